@@ -1,0 +1,35 @@
+# Compiler settings of everything in the tree.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+find_program(CCACHE ccache)
+if(CCACHE)
+    set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE})
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+endif()
+
+# Warnings apply to the project's own targets: link pyrux_warnings.
+add_library(pyrux_warnings INTERFACE)
+target_compile_options(pyrux_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Werror)
+
+if(PYRUX_SANITIZE)
+    add_compile_options(-fsanitize=${PYRUX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -O1)
+    add_link_options(-fsanitize=${PYRUX_SANITIZE})
+endif()
+
+if(WIN32)
+    add_compile_definitions(_WIN32_WINNT=0x0601 UNICODE _UNICODE)
+    # One runtime inside each binary: nothing but system DLLs is needed beside it.
+    add_link_options(-static -static-libgcc -static-libstdc++)
+    # All binaries in one folder, so that each finds its DLLs.
+    set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+else()
+    add_link_options(-Wl,--as-needed)
+endif()
