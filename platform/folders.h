@@ -4,8 +4,8 @@
 
 namespace pyrux::platform {
 
-/// The folder of data for all users: the known folder C:\ProgramData on Windows; on Linux PYRUX_DATA_DIR, default
-/// /var/lib.
+/// The folder of data for all users: the known folder C:\ProgramData on Windows; on Linux PYRUX_DATA_DIR,
+/// default /var/lib.
 std::filesystem::path commonDataFolder();
 
-}  // namespace pyrux::platform
+} // namespace pyrux::platform

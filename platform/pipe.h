@@ -16,7 +16,7 @@ namespace pyrux::platform {
 /// One piece of a message.
 struct PipePiece {
     std::size_t length = 0;
-    bool more = false;  ///< The message goes on behind this piece.
+    bool more = false; ///< The message goes on behind this piece.
 };
 
 /// A client's end of a message pipe (SOCK_SEQPACKET on Linux). Closed by the destructor.
@@ -41,8 +41,9 @@ public:
 /// The server's end of a byte pipe with one instance (SOCK_STREAM on Linux).
 class PipeServer {
 public:
-    /// Makes the pipe; on Linux the runtime folder is made first (mode 0700) if it is missing, and a socket that
-    /// nobody serves any more is replaced. Null when the pipe cannot be made, or another process serves it.
+    /// Makes the pipe; on Linux the runtime folder is made first (mode 0700) if it is missing, and a socket
+    /// that nobody serves any more is replaced. Null when the pipe cannot be made, or another process serves
+    /// it.
     static std::unique_ptr<PipeServer> create(std::string_view name, std::size_t bufferSize);
 
     virtual ~PipeServer() = default;
@@ -57,4 +58,4 @@ public:
     virtual void disconnect() = 0;
 };
 
-}  // namespace pyrux::platform
+} // namespace pyrux::platform

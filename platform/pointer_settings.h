@@ -3,8 +3,9 @@
 #include <optional>
 
 /// @file
-/// The desktop's pointer settings. On Linux: GNOME's settings through `gsettings`' library where a session offers
-/// them; elsewhere the platform keeps the two values itself, so that the operations work on a headless machine.
+/// The desktop's pointer settings. On Linux: GNOME's settings through `gsettings`' library where a session
+/// offers them; elsewhere the platform keeps the two values itself, so that the operations work on a headless
+/// machine.
 
 namespace pyrux::platform {
 
@@ -16,4 +17,4 @@ bool setPointerSpeed(int speed);
 std::optional<int> doubleClickTimeMs();
 bool setDoubleClickTimeMs(int ms);
 
-}  // namespace pyrux::platform
+} // namespace pyrux::platform
