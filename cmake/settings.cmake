@@ -17,7 +17,8 @@ endif()
 
 # Warnings apply to the project's own targets: link pyrux_warnings.
 add_library(pyrux_warnings INTERFACE)
-target_compile_options(pyrux_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Werror)
+target_compile_options(pyrux_warnings INTERFACE -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Werror
+    $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>)
 
 if(PYRUX_SANITIZE)
     add_compile_options(-fsanitize=${PYRUX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -O1)

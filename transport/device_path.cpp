@@ -37,7 +37,8 @@ std::vector<std::string_view> split(std::string_view text, char separator, std::
 }
 
 /// The leading digits of a text as a number of `base`; 0 when it begins with none, or when they say too much.
-template <class Number> Number leadingNumber(std::string_view digits, int base)
+template <class Number>
+Number leadingNumber(std::string_view digits, int base)
 {
     Number number{};
     const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), number, base);
@@ -81,7 +82,7 @@ PathIdentity parse(std::string_view path, bool withInterface)
     return identity;
 }
 
-}  // namespace
+} // namespace
 
 PathIdentity parseDevicePath(std::string_view path)
 {
@@ -121,4 +122,4 @@ std::string registryKey(std::string_view path)
     return key;
 }
 
-}  // namespace pyrux
+} // namespace pyrux

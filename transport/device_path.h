@@ -14,11 +14,11 @@ namespace pyrux {
 struct PathIdentity {
     std::uint16_t vid = 0;
     std::uint16_t pid = 0;
-    std::int32_t interface = -1;  ///< -1: the path names none.
+    std::int32_t interface = -1; ///< -1: the path names none.
 };
 
-/// Reads identity and interface out of a path, whose keys stand in upper case. What is missing or malformed leaves
-/// its value as `PathIdentity` starts.
+/// Reads identity and interface out of a path, whose keys stand in upper case. What is missing or malformed
+/// leaves its value as `PathIdentity` starts.
 PathIdentity parseDevicePath(std::string_view path);
 
 /// Reads the identity alone; the interface stays -1.
@@ -40,4 +40,4 @@ std::string_view withoutDongleMark(std::string_view path);
 /// spellings find one object.
 std::string registryKey(std::string_view path);
 
-}  // namespace pyrux
+} // namespace pyrux

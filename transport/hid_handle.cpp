@@ -30,7 +30,8 @@ HidHandle::~HidHandle()
     hid_close(raw);
 }
 
-template <class Call> int HidHandle::guarded(int limitMs, Call call)
+template <class Call>
+int HidHandle::guarded(int limitMs, Call call)
 {
     int result = -1;
     if (!failed) {
@@ -52,7 +53,7 @@ namespace {
 /// How long a call without a limit of its own waits for another one that may have failed.
 constexpr int gateLimitMs = 1000;
 
-}  // namespace
+} // namespace
 
 int HidHandle::write(std::span<const std::uint8_t> report)
 {
@@ -74,4 +75,4 @@ int HidHandle::inputReport(std::span<std::uint8_t> buffer)
     return guarded(gateLimitMs, [&] { return hid_get_input_report(raw, buffer.data(), buffer.size()); });
 }
 
-}  // namespace pyrux
+} // namespace pyrux

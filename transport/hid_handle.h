@@ -12,12 +12,12 @@ struct hid_device_;
 
 namespace pyrux {
 
-/// hidapi's functions that touch its global state (init, enumerate, open, close) are not safe against each other:
-/// whoever calls one holds this.
+/// hidapi's functions that touch its global state (init, enumerate, open, close) are not safe against each
+/// other: whoever calls one holds this.
 std::mutex& hidLibraryMutex();
 
-/// One open device. Reads and writes may run at the same time. Closed when the last owner lets go, so that a write
-/// that hangs in the system keeps its device.
+/// One open device. Reads and writes may run at the same time. Closed when the last owner lets go, so that a
+/// write that hangs in the system keeps its device.
 class HidHandle {
 public:
     /// Null when the device cannot be opened.
@@ -41,13 +41,14 @@ public:
 private:
     explicit HidHandle(hid_device_* raw) : raw(raw) {}
 
-    template <class Call> int guarded(int limitMs, Call call);
+    template <class Call>
+    int guarded(int limitMs, Call call);
 
     hid_device_* raw;
-    /// hidapi keeps one error text per device without a lock: from a failed call to the next that succeeds, calls
-    /// exclude each other.
+    /// hidapi keeps one error text per device without a lock: from a failed call to the next that succeeds,
+    /// calls exclude each other.
     std::shared_timed_mutex gate;
     std::atomic<bool> failed{false};
 };
 
-}  // namespace pyrux
+} // namespace pyrux

@@ -9,8 +9,8 @@
 
 namespace pyrux {
 
-/// An output report: 65 bytes, byte 0 the report id, bytes 1 to 64 the payload. Commands are constants whose braces
-/// hold the payload as it stands on the wire; arguments are set by report byte on a copy.
+/// An output report: 65 bytes, byte 0 the report id, bytes 1 to 64 the payload. Commands are constants whose
+/// braces hold the payload as it stands on the wire; arguments are set by report byte on a copy.
 class Report {
 public:
     static constexpr std::size_t size = 65;
@@ -66,7 +66,8 @@ private:
     std::array<std::uint8_t, size> bytes_{};
 };
 
-/// An input report: up to 65 bytes, counted from 0, zeros behind what the device has sent. A read outside gives 0.
+/// An input report: up to 65 bytes, counted from 0, zeros behind what the device has sent. A read outside
+/// gives 0.
 class Reply {
 public:
     static constexpr std::size_t size = 65;
@@ -77,7 +78,10 @@ public:
         std::ranges::copy(input.first(std::min(input.size(), size)), bytes_.begin());
     }
 
-    constexpr std::uint8_t operator[](std::size_t byte) const { return byte < size ? bytes_[byte] : std::uint8_t{0}; }
+    constexpr std::uint8_t operator[](std::size_t byte) const
+    {
+        return byte < size ? bytes_[byte] : std::uint8_t{0};
+    }
     constexpr std::uint16_t u16(std::size_t byte) const
     {
         return std::uint16_t((*this)[byte] | (*this)[byte + 1] << 8);
@@ -99,4 +103,4 @@ private:
     std::array<std::uint8_t, size> bytes_{};
 };
 
-}  // namespace pyrux
+} // namespace pyrux

@@ -9,11 +9,11 @@ namespace pyrux {
 
 namespace {
 
-/// A blocking read is cut into slices of this length: an idle device costs ten wake-ups a second, and closing one
-/// waits no longer than this.
+/// A blocking read is cut into slices of this length: an idle device costs ten wake-ups a second, and closing
+/// one waits no longer than this.
 constexpr int sliceMs = 100;
 
-}  // namespace
+} // namespace
 
 usbHid::usbHid(std::string path) : path_(std::move(path)) {}
 
@@ -106,4 +106,4 @@ _error usbHid::getInputReport(std::span<std::uint8_t, 5> buffer)
     return from && from->inputReport(buffer) >= 1 ? E_OK : E_INVALID_GET;
 }
 
-}  // namespace pyrux
+} // namespace pyrux

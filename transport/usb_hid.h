@@ -16,8 +16,8 @@ namespace pyrux {
 /// What the reads give for a closed channel or when nothing came. No result code: callers compare it with 0.
 constexpr int nothingRead = 404;
 
-/// One open device: serialised writes and the few forms of read that the devices need. A channel is opened once; a
-/// closed one stays closed.
+/// One open device: serialised writes and the few forms of read that the devices need. A channel is opened
+/// once; a closed one stays closed.
 class usbHid {
 public:
     enum class Mode { blocking, polled };
@@ -38,7 +38,8 @@ public:
     void closeChannel();
 
     /// The normal way to send: one write at a time, also across threads.
-    /// @return E_OK, also for a write that the system refused; E_NOT_OPEN; E_WRITE_TIMEOUT after 1000 ms, the channel
+    /// @return E_OK, also for a write that the system refused; E_NOT_OPEN; E_WRITE_TIMEOUT after 1000 ms, the
+    /// channel
     ///         having been locked for that long
     _error writeWatched(std::span<const std::uint8_t> report);
 
@@ -46,8 +47,8 @@ public:
     /// @return E_OK; E_NOT_OPEN; E_WRITE_TIMEOUT when the system refuses
     _error writeDirect(std::span<const std::uint8_t> report);
 
-    /// Waits for an input report; on a polled channel looks for one. Reads in slices, so that `closeChannel` and
-    /// `endReads` get it to return.
+    /// Waits for an input report; on a polled channel looks for one. Reads in slices, so that `closeChannel`
+    /// and `endReads` get it to return.
     /// @return hidapi's count, -1 for an error; `nothingRead` for a closed channel
     int readBlocking(std::span<std::uint8_t> buffer);
 
@@ -78,4 +79,4 @@ private:
     WatchedWriter writer;
 };
 
-}  // namespace pyrux
+} // namespace pyrux

@@ -12,10 +12,10 @@ namespace {
 /// Hanging writes of one channel that may exist at a time. Further ones wait for a place.
 constexpr std::size_t mostStuck = 4;
 
-}  // namespace
+} // namespace
 
-/// A writing thread and the one report it has in hand. The thread shares the ownership, so that it can outlive the
-/// channel while a write hangs.
+/// A writing thread and the one report it has in hand. The thread shares the ownership, so that it can
+/// outlive the channel while a write hangs.
 class WatchedWriter::Worker {
 public:
     /// Starts the thread; std::system_error when there is none to be had.
@@ -26,9 +26,10 @@ public:
         return worker;
     }
 
-    /// Hands a report over and waits for its write to return. False when it takes too long: the thread is then left
-    /// alone, and ends when the write returns.
-    bool write(std::shared_ptr<HidHandle> to, std::span<const std::uint8_t> report, std::chrono::milliseconds limit)
+    /// Hands a report over and waits for its write to return. False when it takes too long: the thread is
+    /// then left alone, and ends when the write returns.
+    bool write(std::shared_ptr<HidHandle> to, std::span<const std::uint8_t> report,
+               std::chrono::milliseconds limit)
     {
         std::unique_lock lock(mutex);
         handle = std::move(to);
@@ -116,7 +117,8 @@ _error WatchedWriter::write(const std::shared_ptr<HidHandle>& handle, std::span<
             return E_WRITE_TIMEOUT;
         }
     }
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
     if (worker->write(handle, report, left))
         return E_OK;
     stuck.push_back(worker);
@@ -124,4 +126,4 @@ _error WatchedWriter::write(const std::shared_ptr<HidHandle>& handle, std::span<
     return E_WRITE_TIMEOUT;
 }
 
-}  // namespace pyrux
+} // namespace pyrux

@@ -11,11 +11,14 @@
 
 namespace pyrux {
 
-/// Writes reports with a limit on the time that a stalled device can take. The writing is done by a thread that lives
-/// as long as its channel; one that hangs is left alone and ends by itself, and a new one takes over.
+/// Writes reports with a limit on the time that a stalled device can take. The writing is done by a thread
+/// that lives as long as its channel; one that hangs is left alone and ends by itself, and a new one takes
+/// over.
 class WatchedWriter {
 public:
-    explicit WatchedWriter(std::chrono::milliseconds limit = std::chrono::milliseconds(1000)) : limit(limit) {}
+    explicit WatchedWriter(std::chrono::milliseconds limit = std::chrono::milliseconds(1000)) : limit(limit)
+    {
+    }
     ~WatchedWriter();
     WatchedWriter(const WatchedWriter&) = delete;
     WatchedWriter& operator=(const WatchedWriter&) = delete;
@@ -34,4 +37,4 @@ private:
     std::vector<std::weak_ptr<Worker>> stuck;
 };
 
-}  // namespace pyrux
+} // namespace pyrux
