@@ -5,7 +5,6 @@
 #include <memory>
 #include <optional>
 #include <span>
-#include <string>
 #include <string_view>
 
 /// @file
@@ -19,18 +18,23 @@ struct PipePiece {
     bool more = false; ///< The message goes on behind this piece.
 };
 
-/// A client's end of a message pipe (SOCK_SEQPACKET on Linux). Closed by the destructor.
+/// A client's end of a message pipe (SOCK_SEQPACKET on Linux). Closed by the destructor. For one thread at a
+/// time.
 class PipeClient {
 public:
-    /// Waits for a server that is there and busy, up to `limit`; a pipe that is not there fails at once.
-    static bool wait(std::string_view name, std::chrono::milliseconds limit);
+    /// What came of the way to a server.
+    struct Connection {
+        bool available = false;           ///< A server was there and became free within the limit.
+        std::unique_ptr<PipeClient> pipe; ///< Open for reading and writing; null when it could not be opened.
+    };
 
-    /// Connects with read and write access. Null when the pipe is not there or busy.
-    static std::unique_ptr<PipeClient> connect(std::string_view name, std::chrono::milliseconds limit);
+    /// Waits up to `limit` for a server that is there and busy, then connects. A pipe that is not there fails
+    /// at once.
+    static Connection connect(std::string_view name, std::chrono::milliseconds limit);
 
     virtual ~PipeClient() = default;
 
-    /// Writes one message.
+    /// Writes one message. False: the peer is gone, or has not taken it within `limit`.
     virtual bool write(std::string_view message, std::chrono::milliseconds limit) = 0;
 
     /// Reads the next piece of a message, as much as fits. No value: the peer is gone, or nothing came within
@@ -42,13 +46,13 @@ public:
 class PipeServer {
 public:
     /// Makes the pipe; on Linux the runtime folder is made first (mode 0700) if it is missing, and a socket
-    /// that nobody serves any more is replaced. Null when the pipe cannot be made, or another process serves
-    /// it.
+    /// that nobody serves any more is replaced. Null when the pipe cannot be made, or is served already.
+    /// @param bufferSize  bytes of buffer each way, where a pipe has such a size (Windows)
     static std::unique_ptr<PipeServer> create(std::string_view name, std::size_t bufferSize);
 
     virtual ~PipeServer() = default;
 
-    /// Waits for a client, without limit.
+    /// Waits for a client, without limit. False: the system refuses.
     virtual bool accept() = 0;
 
     /// Reads from the client, waiting without limit; no value when it has gone.

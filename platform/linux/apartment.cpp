@@ -1,0 +1,9 @@
+#include "platform/apartment.h"
+
+namespace pyrux::platform {
+
+void enterApartment() {}
+
+void leaveApartment() {}
+
+} // namespace pyrux::platform
