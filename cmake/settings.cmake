@@ -17,11 +17,17 @@ endif()
 
 # Warnings apply to the project's own targets: link pyrux_warnings.
 add_library(pyrux_warnings INTERFACE)
-target_compile_options(pyrux_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Werror)
+target_compile_options(pyrux_warnings INTERFACE -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Werror
+    $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>)
 
 if(PYRUX_SANITIZE)
     add_compile_options(-fsanitize=${PYRUX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -O1)
     add_link_options(-fsanitize=${PYRUX_SANITIZE})
+endif()
+
+if(PYRUX_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all -O1)
+    add_link_options(-fsanitize=address,undefined)
 endif()
 
 if(WIN32)

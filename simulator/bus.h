@@ -8,8 +8,8 @@
 #include <vector>
 
 /// @file
-/// The bus of the hidapi stand-in: which firmware models are plugged in, how they misbehave, and what passed on the
-/// wire. Exported by the stand-in for tests and hosts that are built with it.
+/// The bus of the hidapi stand-in: which firmware models are plugged in, how they misbehave, and what passed
+/// on the wire. Exported by the stand-in for tests and hosts that are built with it.
 
 #if defined(_WIN32)
 #if defined(PYRUX_STANDIN_BUILDING)
@@ -25,19 +25,20 @@ namespace pyrux::sim {
 
 /// How a plugged device treats its reports. Default: well.
 struct Conduct {
-    std::chrono::milliseconds writeTime{0};   ///< Each hid_write takes this long (a slow or stalled device).
-    std::chrono::milliseconds replyTime{0};   ///< Each input report comes this much later.
-    bool silent = false;                      ///< Takes reports and never answers.
-    bool refuseWrites = false;                ///< hid_write gives -1, the model does not see the report.
-    bool failReads = false;                   ///< hid_read gives -1.
-    bool garbage = false;                     ///< Every input report's bytes are turned into noise.
-    std::size_t shortReads = 64;              ///< Input reports are cut to this many bytes.
+    std::chrono::milliseconds writeTime{0}; ///< Each hid_write takes this long (a slow or stalled device).
+    std::chrono::milliseconds replyTime{0}; ///< Each input report comes this much later.
+    bool silent = false;                    ///< Takes reports and never answers.
+    bool refuseWrites = false;              ///< hid_write gives -1, the model does not see the report.
+    bool failReads = false;                 ///< hid_read gives -1.
+    bool garbage = false;                   ///< Every input report's bytes are turned into noise.
+    std::size_t shortReads = 64;            ///< Input reports are cut to this many bytes.
 };
 
 /// One report on the wire.
 struct WireRecord {
     enum class Direction { toDevice, toHost } direction;
-    std::vector<std::uint8_t> bytes;  ///< As passed to hid_write, with report id; as given by hid_read, without.
+    std::vector<std::uint8_t>
+        bytes; ///< As passed to hid_write, with report id; as given by hid_read, without.
 };
 
 /// Plugs a device in.
@@ -60,9 +61,9 @@ PYRUX_SIM_API void releaseWrites(const std::string& path);
 PYRUX_SIM_API std::vector<WireRecord> takeTraffic(const std::string& path, std::size_t count = 0,
                                                   std::chrono::milliseconds limit = std::chrono::seconds(5));
 
-/// Output reports since the last call as text: payload bytes in hexadecimal without the zeros at the end, one report
-/// from the next by " | ", such as "41 80 | 51 00 00 00 04". Traffic towards the host is forgotten with them.
-/// A report of other length than 65, or with a report id, is written in full in brackets.
+/// Output reports since the last call as text: payload bytes in hexadecimal without the zeros at the end, one
+/// report from the next by " | ", such as "41 80 | 51 00 00 00 04". Traffic towards the host is forgotten
+/// with them. A report of other length than 65, or with a report id, is written in full in brackets.
 PYRUX_SIM_API std::string takeWritten(const std::string& path);
 
 /// Sends an input report of any length (up to 64 bytes) to the host, past the firmware model.
@@ -80,19 +81,20 @@ PYRUX_SIM_API std::shared_ptr<Firmware> makeFirmware(const std::string& name);
 /// The names of `makeFirmware`.
 PYRUX_SIM_API std::vector<std::string> firmwareNames();
 
-}  // namespace pyrux::sim
+} // namespace pyrux::sim
 
-/// The part of the stand-in that a host reaches without being built with it: pyruxctl loads the stand-in, then the
-/// library. Paths and texts are NUL-terminated; results 0 or -1.
+/// The part of the stand-in that a host reaches without being built with it: pyruxctl loads the stand-in,
+/// then the library. Paths and texts are NUL-terminated; results 0 or -1.
 extern "C" {
 /// Plugs a model in by name; its path goes to `path` (1024 bytes).
 PYRUX_SIM_API int pyrux_sim_plug(const char* model, char* path);
 PYRUX_SIM_API int pyrux_sim_unplug(const char* path);
 /// Lets a device do something by itself: `event` as in Firmware::happen, its values in `values`.
 PYRUX_SIM_API int pyrux_sim_event(const char* path, const char* event, const int* values, int count);
-/// Calls back for each report on the wire, on the thread that moves it: direction 0 to the device, 1 to the host.
-PYRUX_SIM_API void pyrux_sim_trace(void (*callback)(const char* path, int direction, const unsigned char* bytes,
-                                                    int length));
+/// Calls back for each report on the wire, on the thread that moves it: direction 0 to the device, 1 to the
+/// host.
+PYRUX_SIM_API void pyrux_sim_trace(void (*callback)(const char* path, int direction,
+                                                    const unsigned char* bytes, int length));
 /// The names of the models, separated by commas.
 PYRUX_SIM_API const char* pyrux_sim_models();
 }

@@ -9,16 +9,17 @@
 #include <vector>
 
 /// @file
-/// Firmware models: what sits behind the HID reports of a device. A model takes output reports and emits input
-/// reports, with the state that the real device keeps. It knows nothing of how it is served.
+/// Firmware models: what sits behind the HID reports of a device. A model takes output reports and emits
+/// input reports, with the state that the real device keeps. It knows nothing of how it is served.
 
 namespace pyrux::sim {
 
 using Bytes = std::span<const std::uint8_t>;
 
-/// One top-level collection of a device, as HID shows it: an interface with several collections has one entry each.
+/// One top-level collection of a device, as HID shows it: an interface with several collections has one entry
+/// each.
 struct Collection {
-    int interface = 0;               ///< USB interface number; -1 for a device that is not composite.
+    int interface = 0; ///< USB interface number; -1 for a device that is not composite.
     std::uint16_t usagePage = 0xFF00;
     std::uint16_t usage = 0x0001;
 };
@@ -32,11 +33,11 @@ struct Identity {
     std::string product;
     std::string manufacturer = "Tessel Works";
     std::vector<Collection> collections;
-    int controlInterface = 0;        ///< Interface that takes the commands and emits the reports.
+    int controlInterface = 0; ///< Interface that takes the commands and emits the reports.
 };
 
-/// Base of the firmware models. The calls to `output` come one at a time; `emit` may be used inside them and, by
-/// events that a device makes itself, outside.
+/// Base of the firmware models. The calls to `output` come one at a time; `emit` may be used inside them and,
+/// by events that a device makes itself, outside.
 class Firmware {
 public:
     using Sink = std::function<void(Bytes payload)>;
@@ -74,4 +75,4 @@ private:
     Sink sink;
 };
 
-}  // namespace pyrux::sim
+} // namespace pyrux::sim

@@ -8,11 +8,11 @@
 
 /// Button codes with a special meaning; all others are passed to the device unchanged.
 enum MouseKeyCode : std::uint16_t {
-    KEY_MACRO = 0x03FF,      ///< On a read: the button holds a macro. On a write: leave this button alone.
-    KEY_STEP_UP = 0x0500,    ///< One step up, kept in the button's macro area.
-    KEY_STEP_DOWN = 0x0501,  ///< One step down.
-    KEY_DPI_LEVEL = 0x01E0,  ///< Go to DPI level n: 0x01E0 + n, n from 0 to 6.
-    KEY_COMBO = 0x01EA,      ///< The shift button that `setMouseCombo` makes of button 5.
+    KEY_MACRO = 0x03FF,     ///< On a read: the button holds a macro. On a write: leave this button alone.
+    KEY_STEP_UP = 0x0500,   ///< One step up, kept in the button's macro area.
+    KEY_STEP_DOWN = 0x0501, ///< One step down.
+    KEY_DPI_LEVEL = 0x01E0, ///< Go to DPI level n: 0x01E0 + n, n from 0 to 6.
+    KEY_COMBO = 0x01EA,     ///< The shift button that `setMouseCombo` makes of button 5.
 };
 
 #pragma pack(push, 1)
@@ -25,35 +25,36 @@ struct DpiLevel {
 
 /// Argument of `setPerformance` and `getPerformance`.
 struct PerformanceRecord {
-    std::uint8_t currentLevel;      ///< Level in use, 0 to 6. It must be enabled.
-    DpiLevel levels[7];             ///< DPI per level.
-    std::uint8_t levelEnabled[7];   ///< 1: the level takes part in the cycle.
-    std::uint8_t pollingCode;       ///< Passed to the device and back unchanged.
-    std::uint8_t reserved[3];       ///< Neither read nor written.
-    std::uint8_t flagA;             ///< Bit 0 of the device's option byte, a truth value.
-    std::uint8_t flagB;             ///< Bits 1 and 2 of that byte, a truth value.
-    std::uint8_t surfaceA;          ///< Surface tuning; 0 stands for the default of 10.
-    std::uint8_t surfaceB;          ///< Surface tuning; 0 stands for the default of 16.
-    std::uint8_t settingF0;         ///< Carried to the device and back.
-    std::uint8_t pointerSpeed;      ///< The system's pointer speed, 1 to 11; 0 stands for the middle, 6.
-    std::uint8_t doubleClickSpeed;  ///< The system's double-click speed, likewise.
-    std::uint8_t settingBank;       ///< 0 to 8, carried to the device and back.
+    std::uint8_t currentLevel;     ///< Level in use, 0 to 6. It must be enabled.
+    DpiLevel levels[7];            ///< DPI per level.
+    std::uint8_t levelEnabled[7];  ///< 1: the level takes part in the cycle.
+    std::uint8_t pollingCode;      ///< Passed to the device and back unchanged.
+    std::uint8_t reserved[3];      ///< Neither read nor written.
+    std::uint8_t flagA;            ///< Bit 0 of the device's option byte, a truth value.
+    std::uint8_t flagB;            ///< Bits 1 and 2 of that byte, a truth value.
+    std::uint8_t surfaceA;         ///< Surface tuning; 0 stands for the default of 10.
+    std::uint8_t surfaceB;         ///< Surface tuning; 0 stands for the default of 16.
+    std::uint8_t settingF0;        ///< Carried to the device and back.
+    std::uint8_t pointerSpeed;     ///< The system's pointer speed, 1 to 11; 0 stands for the middle, 6.
+    std::uint8_t doubleClickSpeed; ///< The system's double-click speed, likewise.
+    std::uint8_t settingBank;      ///< 0 to 8, carried to the device and back.
 };
 
 /// One event of a macro.
 struct MouseMacroEvent {
-    std::uint16_t code;   ///< Key code, 10 bits, or `KEY_STEP_UP` or `KEY_STEP_DOWN`.
-    std::uint8_t kind;    ///< 0 and 1: two key classes; 2: the third one.
-    std::uint16_t delay;  ///< Pause behind the event; the device keeps 15 bits.
+    std::uint16_t code;  ///< Key code, 10 bits, or `KEY_STEP_UP` or `KEY_STEP_DOWN`.
+    std::uint8_t kind;   ///< 0 and 1: two key classes; 2: the third one.
+    std::uint16_t delay; ///< Pause behind the event; the device keeps 15 bits.
 };
 
 /// Argument of `setMacro` and `getMacro`.
 struct MouseMacroRecord {
-    std::uint8_t button;          ///< 0 to 12.
-    char name[40];                ///< Kept in the device as it stands.
-    std::uint8_t mode;            ///< 0, 1, 2: play modes of the firmware. 3: no macro.
-    std::uint8_t count;           ///< Number of events, at most 198.
-    MouseMacroEvent events[199];  ///< One place more than `count` can use: `setMacro` writes the end event there.
+    std::uint8_t button; ///< 0 to 12.
+    char name[40];       ///< Kept in the device as it stands.
+    std::uint8_t mode;   ///< 0, 1, 2: play modes of the firmware. 3: no macro.
+    std::uint8_t count;  ///< Number of events, at most 198.
+    MouseMacroEvent
+        events[199]; ///< One place more than `count` can use: `setMacro` writes the end event there.
 };
 
 #pragma pack(pop)
@@ -63,7 +64,8 @@ static_assert(offsetof(PerformanceRecord, levels) == 1 && offsetof(PerformanceRe
 static_assert(offsetof(PerformanceRecord, pollingCode) == 36 && offsetof(PerformanceRecord, flagA) == 40);
 static_assert(offsetof(PerformanceRecord, flagB) == 41 && offsetof(PerformanceRecord, surfaceA) == 42);
 static_assert(offsetof(PerformanceRecord, surfaceB) == 43 && offsetof(PerformanceRecord, settingF0) == 44);
-static_assert(offsetof(PerformanceRecord, pointerSpeed) == 45 && offsetof(PerformanceRecord, settingBank) == 47);
+static_assert(offsetof(PerformanceRecord, pointerSpeed) == 45 &&
+              offsetof(PerformanceRecord, settingBank) == 47);
 static_assert(offsetof(PerformanceRecord, doubleClickSpeed) == 46);
 static_assert(sizeof(MouseMacroEvent) == 5 && offsetof(MouseMacroEvent, kind) == 2);
 static_assert(offsetof(MouseMacroEvent, delay) == 3);

@@ -2,30 +2,31 @@
 
 #include "pyrux/error.h"
 #include "pyrux/export.h"
-#include "pyrux/records.h"
 #include "pyrux/rd210.h"
+#include "pyrux/records.h"
 
 #include <cstdint>
 
 /// @file
 /// The exports of the library: plain functions, callable without any object and from any thread. A host calls
-/// `pyrux_background` (optional), `pyrux_init`, `registerDevNotify`, `devNums`, `devInfo`, then the factory of each
-/// device's model, and `pyrux_exit` at the end.
+/// `pyrux_background` (optional), `pyrux_init`, `registerDevNotify`, `devNums`, `devInfo`, then the factory
+/// of each device's model, and `pyrux_exit` at the end.
 
 /// The object of `sysInfo`.
 struct SYS_INFO_Base;
 
 /// Starts the library's threads. Repeated calls, also behind `pyrux_exit`, do nothing. Always 0.
-/// @note Tells the control application "app_control_on" unless in background mode, and waits for it up to 3 s when
+/// @note Tells the control application "app_control_on" unless in background mode, and waits for it up to 3 s
+/// when
 ///       its pipe is there but busy, and up to 3 s more when it takes the text and does not answer.
 PYRUX_API std::int32_t pyrux_init();
 
-/// Shuts all devices down, each with its goodbye, then the library's threads and services. Always 0. A second caller
-/// waits up to 10 s for the first. The library cannot be started again.
+/// Shuts all devices down, each with its goodbye, then the library's threads and services. Always 0. A second
+/// caller waits up to 10 s for the first. The library cannot be started again.
 PYRUX_API std::int32_t pyrux_exit();
 
-/// Background mode: a non-zero `flag` says that the host is a resident service without a control application. To be
-/// called before `pyrux_init`.
+/// Background mode: a non-zero `flag` says that the host is a resident service without a control application.
+/// To be called before `pyrux_init`.
 /// @return `flag`.
 PYRUX_API std::uint32_t pyrux_background(std::uint8_t flag);
 
@@ -33,13 +34,13 @@ PYRUX_API std::uint32_t pyrux_background(std::uint8_t flag);
 /// @return `version`.
 PYRUX_API float* pyrux_version(float* version);
 
-/// Exported as `dprintf`: writes a formatted text, behind "[PYRUX]", to the debug output. It has another name in C++
-/// because C libraries declare a function of theirs as `dprintf`.
+/// Exported as `dprintf`: writes a formatted text, behind "[PYRUX]", to the debug output. It has another name
+/// in C++ because C libraries declare a function of theirs as `dprintf`.
 PYRUX_API void pyrux_dprintf(const char* format, ...) __asm__(PYRUX_ASM_NAME("dprintf"))
     __attribute__((format(printf, 1, 2)));
 
-/// Counts the attached devices, one per catalogue row that an attached interface may belong to. `devInfo` never
-/// writes more records than this.
+/// Counts the attached devices, one per catalogue row that an attached interface may belong to. `devInfo`
+/// never writes more records than this.
 PYRUX_API std::int32_t devNums();
 
 /// Lists the attached devices.
@@ -47,7 +48,8 @@ PYRUX_API std::int32_t devNums();
 /// @return the number of records written
 PYRUX_API std::int32_t devInfo(DevInfoRecord* records);
 
-/// Sets the one callback that is told of devices that come and go. It runs on the library's hotplug thread. Always 0.
+/// Sets the one callback that is told of devices that come and go. It runs on the library's hotplug thread.
+/// Always 0.
 PYRUX_API std::int32_t registerDevNotify(void (*callback)(HotplugEvent event));
 
 /// Asks a keyboard with a Bluetooth module for the module's version.
@@ -57,11 +59,13 @@ PYRUX_API void getBTVersion(const char* path, char* version);
 
 /// Tells the release numbers of a wireless receiver and of a device.
 /// @param path     device path, VID_ and PID_ in upper case
-/// @param version  two values: for a receiver the first is its release and the second 0, for any other device the
+/// @param version  two values: for a receiver the first is its release and the second 0, for any other device
+/// the
 ///                 first is 0 and the second its release
 PYRUX_API void getDGVersion(const char* path, std::uint16_t* version);
 
-/// Tells the version of the driver package that VK950's entry in localdevice.ini names; 0 for every other device.
+/// Tells the version of the driver package that VK950's entry in localdevice.ini names; 0 for every other
+/// device.
 /// @param path     device path, VID_ and PID_ in upper case
 PYRUX_API void getDriverVersion(const char* path, std::uint8_t* version);
 
@@ -88,8 +92,8 @@ PYRUX_API std::int32_t fakeTempEnable();
 /// @return as `getSysTemp`
 PYRUX_API std::int32_t fakeTempStep();
 
-/// Factory of the wired mouse RD210: one object per path, made by the first call. It stays valid to the end of the
-/// process, and answers -11 once the device has gone.
+/// Factory of the wired mouse RD210: one object per path, made by the first call. It stays valid to the end
+/// of the process, and answers -11 once the device has gone.
 /// @param path  device path, as `devInfo` or a hotplug event gives it
 /// @return null when the device cannot be opened
 PYRUX_API PYRUX_RD210_Base* rd210(const char* path);

@@ -8,29 +8,31 @@
 
 /// Events of RD210 in `NotifyRecord::event`.
 enum RD210Event : std::uint32_t {
-    RD210_PROFILE_CHANGED = 0,  ///< The profile was changed on the device; value 0.
-    RD210_DPI_CHANGED = 1,      ///< The DPI level was changed on the device; value 0.
-    RD210_KEY_DOWN = 2,         ///< A button went down; value: its number, 32 more while button 1 is held.
-    RD210_KEY_UP = 3,           ///< A button went up; value likewise.
+    RD210_PROFILE_CHANGED = 0, ///< The profile was changed on the device; value 0.
+    RD210_DPI_CHANGED = 1,     ///< The DPI level was changed on the device; value 0.
+    RD210_KEY_DOWN = 2,        ///< A button went down; value: its number, 32 more while button 1 is held.
+    RD210_KEY_UP = 3,          ///< A button went up; value likewise.
 };
 
-/// The wired mouse RD210: five profiles, thirteen buttons, seven DPI levels, a macro memory, surface tuning, no
-/// lights.
+/// The wired mouse RD210: five profiles, thirteen buttons, seven DPI levels, a macro memory, surface tuning,
+/// no lights.
 ///
-/// Slots: the operations stand in the order of the object's virtual table; a host that does not use this header calls
-/// the N-th entry.
+/// Slots: the operations stand in the order of the object's virtual table; a host that does not use this
+/// header calls the N-th entry.
 ///
-/// Results: every operation gives E_CLOSED once the device has gone or `exit_device` has run, and E_NOT_OPEN when the
-/// channel closes while it waits. A set gives E_INVALID_SET for a null pointer or a value out of range, before
-/// anything is sent, and when a command has no reply in time; a get gives E_INVALID_GET for the same. Where a get's
-/// reply does not begin as asked for, the output stays as it was and the result is E_OK.
+/// Results: every operation gives E_CLOSED once the device has gone or `exit_device` has run, and E_NOT_OPEN
+/// when the channel closes while it waits. A set gives E_INVALID_SET for a null pointer or a value out of
+/// range, before anything is sent, and when a command has no reply in time; a get gives E_INVALID_GET for the
+/// same. Where a get's reply does not begin as asked for, the output stays as it was and the result is E_OK.
 ///
-/// Time: each command waits up to 2 s for its reply, and up to 1 s before that for a device that does not take it.
+/// Time: each command waits up to 2 s for its reply, and up to 1 s before that for a device that does not
+/// take it.
 ///
-/// Threads: any thread may call; calls may overlap. Changes live in the device's working memory until `saveConfig`.
+/// Threads: any thread may call; calls may overlap. Changes live in the device's working memory until
+/// `saveConfig`.
 ///
-/// Wire: bytes are given as payload of a 64-byte report with unnamed bytes 0. Unless noted, an operation begins with
-/// 41 80 (the device accepts configuration), whose reply is waited for but not looked at.
+/// Wire: bytes are given as payload of a 64-byte report with unnamed bytes 0. Unless noted, an operation
+/// begins with 41 80 (the device accepts configuration), whose reply is waited for but not looked at.
 struct PYRUX_RD210_Base {
     /// Slot 0. Makes a profile the current one.
     /// @param profile  0 to 4
@@ -43,17 +45,19 @@ struct PYRUX_RD210_Base {
 
     /// Slot 2. Restores factory settings.
     /// @param all  not 0: all profiles; 0: the current one, which is then saved
-    /// @note Wire: 41 01 | 50 10 00 00 FF | 41 00, or 41 01 | 50 10 00 00 00 | 50 55 | 41 00. The result is that of
+    /// @note Wire: 41 01 | 50 10 00 00 FF | 41 00, or 41 01 | 50 10 00 00 00 | 50 55 | 41 00. The result is
+    /// that of
     ///       50 10.
     virtual _error resetProfile(std::uint8_t all) = 0;
 
     /// Slot 3. Restores a part of the current profile's settings.
-    /// @param part  0, 1 (also the wheel's tilt buttons), or 2 (performance; also the system's pointer speed and
+    /// @param part  0, 1 (also the wheel's tilt buttons), or 2 (performance; also the system's pointer speed
+    /// and
     ///              double-click time)
     virtual _error resetPartial(std::uint8_t part) = 0;
 
-    /// Slot 4. Gives a button a function. The button that `setMouseCombo` has made the shift stays as it is, with
-    /// E_OK.
+    /// Slot 4. Gives a button a function. The button that `setMouseCombo` has made the shift stays as it is,
+    /// with E_OK.
     /// @param button  0 to 12
     /// @param code    a code of `MouseKeyCode`, or one of the device's own
     virtual _error setKeyMapping(std::uint8_t button, std::uint16_t code) = 0;
@@ -66,8 +70,8 @@ struct PYRUX_RD210_Base {
     /// @param map  room for 13 codes
     virtual _error getKeyMappingAll(std::uint16_t* map) = 0;
 
-    /// Slot 7. Makes button 5 the shift of the others, or ends that. Nothing is written when `on` is what the device
-    /// has.
+    /// Slot 7. Makes button 5 the shift of the others, or ends that. Nothing is written when `on` is what the
+    /// device has.
     /// @param on  1 or 0
     virtual _error setMouseCombo(std::uint8_t on) = 0;
 
@@ -94,8 +98,8 @@ struct PYRUX_RD210_Base {
     /// @param button  0 to 12
     virtual _error clearMacro(std::uint8_t button) = 0;
 
-    /// Slot 14. Sets the DPI levels and the settings beside them, and the system's pointer speed and double-click
-    /// time.
+    /// Slot 14. Sets the DPI levels and the settings beside them, and the system's pointer speed and
+    /// double-click time.
     virtual _error setPerformance(const PerformanceRecord* record) = 0;
 
     /// Slot 15. Reads what slot 14 sets. Values above 16000 come back rounded down to a multiple of 200.
@@ -123,7 +127,8 @@ struct PYRUX_RD210_Base {
     /// Slot 21. Sets the callback for the device's events; a second one replaces the first.
     virtual _error registerNotify(NotifyCallback callback) = 0;
 
-    /// Slot 22. Takes the callback away. After the return no further call comes. May be called from the callback.
+    /// Slot 22. Takes the callback away. After the return no further call comes. May be called from the
+    /// callback.
     virtual _error unRegisterNotify() = 0;
 
     /// Slot 23. Stores the working memory in the device.
@@ -131,8 +136,10 @@ struct PYRUX_RD210_Base {
     virtual _error saveConfig() = 0;
 
     /// Slot 24. Closes the object: ends its threads and the channel. Always E_OK; further calls do nothing.
-    /// @param unplugged  not 0: the device has gone, nothing is sent to it; 0: it is told goodbye (41 01 | 41 00)
-    /// @note Calls that wait for a reply on other threads are given 2 s with `unplugged` 0, and end at once otherwise.
+    /// @param unplugged  not 0: the device has gone, nothing is sent to it; 0: it is told goodbye (41 01 | 41
+    /// 00)
+    /// @note Calls that wait for a reply on other threads are given 2 s with `unplugged` 0, and end at once
+    /// otherwise.
     virtual _error exit_device(std::uint8_t unplugged) = 0;
 
 protected:

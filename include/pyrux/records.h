@@ -7,26 +7,26 @@
 
 /// One attached device, as `devInfo` writes it. All texts are NUL-terminated.
 struct DevInfoRecord {
-    char path[1024];         ///< Device path in lower case.
-    char serial[512];        ///< Serial number in the system's code page; empty if the device has none.
-    char product[512];       ///< Product string, likewise.
-    char vendor[512];        ///< Manufacturer string, likewise.
-    std::uint16_t release;   ///< Device release number, binary coded decimal.
-    std::uint16_t pid;       ///< USB product id.
-    std::uint16_t vid;       ///< USB vendor id.
-    std::uint32_t driverOk;  ///< 1, or 0 for an audio device whose installed driver is another maker's.
-    std::uint32_t statusOk;  ///< 1, or 0 for an audio device whose Plug and Play status is not "OK".
+    char path[1024];        ///< Device path in lower case.
+    char serial[512];       ///< Serial number in the system's code page; empty if the device has none.
+    char product[512];      ///< Product string, likewise.
+    char vendor[512];       ///< Manufacturer string, likewise.
+    std::uint16_t release;  ///< Device release number, binary coded decimal.
+    std::uint16_t pid;      ///< USB product id.
+    std::uint16_t vid;      ///< USB vendor id.
+    std::uint32_t driverOk; ///< 1, or 0 for an audio device whose installed driver is another maker's.
+    std::uint32_t statusOk; ///< 1, or 0 for an audio device whose Plug and Play status is not "OK".
 };
 
 /// A device that came or went, handed by value to the callback of `registerDevNotify`.
 struct HotplugEvent {
-    char name[30];           ///< Model name, NUL-terminated.
-    char path[1024];         ///< Device path in upper case, NUL-terminated.
-    std::uint32_t vid;       ///< USB vendor id; for a receiver that of the paired device.
-    std::uint32_t pid;       ///< USB product id, likewise.
-    std::uint32_t plugged;   ///< 1 arrival, 0 removal.
-    std::uint32_t driverOk;  ///< As in `DevInfoRecord`.
-    std::uint32_t statusOk;  ///< As in `DevInfoRecord`.
+    char name[30];          ///< Model name, NUL-terminated.
+    char path[1024];        ///< Device path in upper case, NUL-terminated.
+    std::uint32_t vid;      ///< USB vendor id; for a receiver that of the paired device.
+    std::uint32_t pid;      ///< USB product id, likewise.
+    std::uint32_t plugged;  ///< 1 arrival, 0 removal.
+    std::uint32_t driverOk; ///< As in `DevInfoRecord`.
+    std::uint32_t statusOk; ///< As in `DevInfoRecord`.
 };
 
 #pragma pack(pop)
@@ -43,12 +43,12 @@ static_assert(offsetof(HotplugEvent, driverOk) == 1066 && offsetof(HotplugEvent,
 
 /// What a device's notification callback receives by address. Valid only during the call.
 struct NotifyRecord {
-    std::uint32_t event;  ///< Kind of event, listed with each model.
-    std::uint16_t value;  ///< The event's value, 0 for events without one.
+    std::uint32_t event; ///< Kind of event, listed with each model.
+    std::uint16_t value; ///< The event's value, 0 for events without one.
 };
 static_assert(offsetof(NotifyRecord, value) == 4);
 
-/// Callback of `registerNotify`. Runs on the device's reader thread with the device's notify mutex held, so that
-/// after `unRegisterNotify` has returned no further call comes. While it runs, the device's other replies and
-/// events wait.
+/// Callback of `registerNotify`. Runs on the device's reader thread with the device's notify mutex held, so
+/// that after `unRegisterNotify` has returned no further call comes. While it runs, the device's other
+/// replies and events wait.
 using NotifyCallback = void (*)(NotifyRecord* record);

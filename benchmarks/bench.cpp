@@ -1,0 +1,198 @@
+/// The speed budget. Each figure is stated beside raw hidapi calls on the same stand-in in the same run, so
+/// that the numbers mean the same on every machine.
+
+#include "core/log.h"
+#include "devices/mice/rd210.h"
+#include "pyrux/pyrux.h"
+#include "simulator/bus.h"
+#include "transport/usb_hid.h"
+
+#include <benchmark/benchmark.h>
+#include <hidapi/hidapi.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace pyrux;
+
+namespace {
+
+/// The command 41 80, which the mouse answers with its echo.
+constexpr Report command{0x41, 0x80};
+
+std::string devicePath()
+{
+    static const std::string path = sim::plug(sim::makeFirmware("rd210"));
+    return path;
+}
+
+PYRUX_RD210_Base& mouse()
+{
+    static PYRUX_RD210_Base& object = *rd210(devicePath().c_str());
+    return object;
+}
+
+PYRUX_RD210_Base& closedMouse()
+{
+    static PYRUX_RD210_Base* const object = [] {
+        PYRUX_RD210_Base* made = rd210(sim::plug(sim::makeFirmware("rd210")).c_str());
+        made->exit_device(1);
+        return made;
+    }();
+    return *object;
+}
+
+hid_device* rawDevice()
+{
+    static hid_device* const device = hid_open_path(sim::plug(sim::makeFirmware("rd210")).c_str());
+    return device;
+}
+
+void rawExchange(benchmark::State& state)
+{
+    hid_device* device = rawDevice();
+    std::array<std::uint8_t, 65> reply{};
+    for (auto _ : state) {
+        hid_write(device, command.bytes().data(), Report::size);
+        benchmark::DoNotOptimize(hid_read_timeout(device, reply.data(), reply.size(), 1000));
+    }
+}
+
+void rawWrite(benchmark::State& state)
+{
+    hid_device* device = rawDevice();
+    for (auto _ : state)
+        hid_write(device, command.bytes().data(), Report::size);
+    std::array<std::uint8_t, 65> reply{};
+    while (hid_read_timeout(device, reply.data(), reply.size(), 0) > 0) {
+    }
+}
+
+/// `stopRecordMacro` is one command and its reply.
+void hostExchange(benchmark::State& state)
+{
+    PYRUX_RD210_Base& object = mouse();
+    for (auto _ : state)
+        benchmark::DoNotOptimize(object.stopRecordMacro());
+}
+
+void watchedWrite(benchmark::State& state)
+{
+    usbHid channel(sim::plug(sim::makeFirmware("rd210")));
+    channel.open(usbHid::Mode::blocking);
+    for (auto _ : state)
+        channel.writeWatched(command.bytes());
+}
+
+void threadPerWrite(benchmark::State& state)
+{
+    hid_device* device = rawDevice();
+    for (auto _ : state)
+        std::thread([&] { hid_write(device, command.bytes().data(), Report::size); }).join();
+}
+
+void refusedCall(benchmark::State& state)
+{
+    PYRUX_RD210_Base& object = closedMouse();
+    for (auto _ : state)
+        benchmark::DoNotOptimize(object.stopRecordMacro());
+}
+
+void forwardedCall(benchmark::State& state)
+{
+    PYRUX_RD210_Base& object = mouse();
+    for (auto _ : state)
+        benchmark::DoNotOptimize(object.registerNotify(nullptr));
+}
+
+void forwardedWork(benchmark::State& state)
+{
+    static Notify<NotifyCallback> notify;
+    for (auto _ : state)
+        notify.set(nullptr);
+}
+
+/// Keeps the times of a run for the table of ratios.
+class Times : public benchmark::ConsoleReporter {
+public:
+    void ReportRuns(const std::vector<Run>& runs) override
+    {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run& run : runs)
+            if (run.run_type == Run::RT_Aggregate ? run.aggregate_name == "median" : run.repetitions <= 1)
+                microseconds[run.run_name.function_name] =
+                    run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit) * 1e6;
+    }
+    std::map<std::string, double> microseconds;
+};
+
+/// Time to load the stand-in and behind it the library, each in a process of its own; the median of some.
+std::array<double, 2> loadTimes()
+{
+    std::array<std::vector<double>, 2> times;
+    for (int round = 0; round < 21; ++round) {
+        const std::string program = std::string(LOAD_TIME_PROGRAM " ") + STANDIN_FILE + " " + LIBRARY_FILE;
+        const std::unique_ptr<std::FILE, decltype(&pclose)> pipe(popen(program.c_str(), "r"), &pclose);
+        for (std::vector<double>& of : times)
+            if (double time = 0; std::fscanf(pipe.get(), "%lf", &time) == 1)
+                of.push_back(time);
+    }
+    std::array<double, 2> medians{};
+    for (std::size_t i = 0; i < times.size(); ++i) {
+        std::ranges::sort(times[i]);
+        medians[i] = times[i].empty() ? -1 : times[i][times[i].size() / 2];
+    }
+    return medians;
+}
+
+void printRatios(std::map<std::string, double>& us)
+{
+    const auto [standin, library] = loadTimes();
+    std::printf("\n%-34s %10s %10s %8s  %s\n", "what", "us", "raw us", "ratio", "budget");
+    const auto row = [](const char* what, double time, double raw, const std::string& budget) {
+        std::printf("%-34s %10.3f %10.3f %8.2f  %s\n", what, time, raw, time / raw, budget.c_str());
+    };
+    const auto verdict = [](bool kept, const std::string& text) {
+        return text + (kept ? ": kept" : ": EXCEEDED");
+    };
+    row("command and reply, host object", us["hostExchange"], us["rawExchange"],
+        verdict(us["hostExchange"] - us["rawExchange"] <= 25, "at most 25 us above raw"));
+    row("watched write", us["watchedWrite"], us["rawWrite"],
+        verdict(us["watchedWrite"] * 3 <= us["threadPerWrite"], "a third of one with a thread"));
+    row("write with a thread of its own", us["threadPerWrite"], us["rawWrite"], "-");
+    row("host call refused, log off", us["refusedCall"], us["rawWrite"],
+        verdict(us["refusedCall"] <= 0.1, "at most 0.1 us"));
+    row("host call forwarded, log off", us["forwardedCall"], us["forwardedWork"],
+        verdict(us["forwardedCall"] - us["forwardedWork"] <= 0.1, "at most 0.1 us above the work"));
+    row("loading the library", library, standin,
+        verdict(library <= 5000, "at most 5000 us; raw: the stand-in"));
+}
+
+} // namespace
+
+int main(int count, char** arguments)
+{
+    debugEnabled = 0;
+    benchmark::Initialize(&count, arguments);
+    for (const auto& [name, body] : std::map<std::string, void (*)(benchmark::State&)>{
+             {"rawExchange", rawExchange},
+             {"rawWrite", rawWrite},
+             {"hostExchange", hostExchange},
+             {"watchedWrite", watchedWrite},
+             {"threadPerWrite", threadPerWrite},
+             {"refusedCall", refusedCall},
+             {"forwardedCall", forwardedCall},
+             {"forwardedWork", forwardedWork},
+         })
+        benchmark::RegisterBenchmark(name.c_str(), body)->UseRealTime();
+    Times times;
+    benchmark::RunSpecifiedBenchmarks(&times);
+    printRatios(times.microseconds);
+    return 0;
+}

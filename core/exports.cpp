@@ -1,0 +1,174 @@
+#include "pyrux/pyrux.h"
+
+#include "core/catalogue.h"
+#include "core/lifecycle.h"
+#include "core/log.h"
+#include "core/state.h"
+#include "platform/folders.h"
+#include "platform/profile_file.h"
+#include "services/resident_service.h"
+#include "transport/device_path.h"
+#include "transport/enumeration.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The log line of an export.
+#define LOG_EXPORT() pyrux::logCall(pyrux::systemCategory, std::string("PYRUX::") + __func__, __LINE__)
+
+using namespace pyrux;
+
+std::int32_t pyrux_init()
+{
+    LOG_EXPORT();
+    startLibrary();
+    return 0;
+}
+
+std::int32_t pyrux_exit()
+{
+    LOG_EXPORT();
+    stopLibrary();
+    return 0;
+}
+
+std::uint32_t pyrux_background(std::uint8_t flag)
+{
+    backgroundMode = flag;
+    return flag;
+}
+
+float* pyrux_version(float* version)
+{
+    if (version)
+        *version = 3.86F;
+    return version;
+}
+
+void pyrux_dprintf(const char* format, ...)
+{
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::va_list again;
+    va_copy(again, arguments);
+    const int length = format ? std::vsnprintf(nullptr, 0, format, arguments) : -1;
+    va_end(arguments);
+    if (length >= 0) {
+        std::vector<char> text(std::size_t(length) + 1);
+        std::vsnprintf(text.data(), text.size(), format, again);
+        debugText(text.data());
+    }
+    va_end(again);
+}
+
+std::int32_t devNums()
+{
+    LOG_EXPORT();
+    return countDevices();
+}
+
+std::int32_t devInfo(DevInfoRecord* records)
+{
+    LOG_EXPORT();
+    if (!records)
+        return 0;
+    const std::vector<DevInfoRecord> found = listDevices();
+    std::ranges::copy(found, records);
+    return std::int32_t(found.size());
+}
+
+std::int32_t registerDevNotify(void (*callback)(HotplugEvent))
+{
+    LOG_EXPORT();
+    devNotifyCallback = callback;
+    return 0;
+}
+
+void getBTVersion(const char* path, char* version)
+{
+    LOG_EXPORT();
+    if (!path || !version)
+        return;
+    *version = '\0';
+    const PathIdentity identity = parseVidPid(path);
+    log(systemCategory, [&] {
+        return "vid=" + std::to_string(identity.vid) + ",pid=" + std::to_string(identity.pid) +
+               ",device_name=" + findNameByVidPid(identity.vid, identity.pid);
+    });
+}
+
+void getDGVersion(const char* path, std::uint16_t* version)
+{
+    LOG_EXPORT();
+    if (!path || !version)
+        return;
+    version[0] = 0;
+    version[1] = 0;
+    const PathIdentity identity = parseVidPid(path);
+    const auto row = std::ranges::find_if(deviceCatalogue, [&](const DeviceRow& one) {
+        return one.vid == identity.vid && one.pid == identity.pid;
+    });
+    if (row == deviceCatalogue.end())
+        return;
+    // Deliberate asymmetry: a receiver has only the first value, any other device only the second.
+    if (row->flags & RowFlag::receiver) {
+        consoleLine(std::string("is a dongle dev:") + row->name);
+        version[1] = 0;
+    } else {
+        consoleLine(std::string("is not a dongle dev:") + row->name);
+        version[0] = 0;
+    }
+}
+
+void getDriverVersion(const char* path, std::uint8_t* version)
+{
+    LOG_EXPORT();
+    if (!path || !version)
+        return;
+    *version = 0;
+    const PathIdentity identity = parseVidPid(path);
+    if (findNameByVidPid(identity.vid, identity.pid) != std::string_view("VK950"))
+        return;
+    const auto file = platform::commonDataFolder() / "TesselWorks" / "LumaDesk" / "localdevice.ini";
+    *version = std::uint8_t(platform::readProfileInt(file, "VK950_VERSION", "version", 0));
+}
+
+SYS_INFO_Base* sysInfo()
+{
+    LOG_EXPORT();
+    return nullptr;
+}
+
+std::int32_t getSysTemp(std::int32_t* cpu, std::int32_t* gpu)
+{
+    LOG_EXPORT();
+    return queryTemperatures(cpu, gpu);
+}
+
+std::int32_t getSysCore(std::int32_t* first, std::int32_t* second)
+{
+    LOG_EXPORT();
+    return queryCores(first, second);
+}
+
+std::int32_t getVersion(float* version)
+{
+    LOG_EXPORT();
+    return queryServiceVersion(version);
+}
+
+std::int32_t fakeTempEnable()
+{
+    LOG_EXPORT();
+    return enableFakeTemperature();
+}
+
+std::int32_t fakeTempStep()
+{
+    LOG_EXPORT();
+    return stepFakeTemperature();
+}

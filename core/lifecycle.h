@@ -1,0 +1,9 @@
+#pragma once
+
+namespace pyrux {
+
+/// The bodies of `pyrux_init` and `pyrux_exit`, behind their first log line.
+void startLibrary();
+void stopLibrary();
+
+} // namespace pyrux

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace pyrux {
+
+/// Category of the core, the services and everything that has no device: "[SYS]".
+constexpr int systemCategory = 0;
+
+/// A category that no line of ours is shown under.
+constexpr int noCategory = -1;
+
+/// 0: the log is off. Set by the debug console.
+inline std::atomic<std::int32_t> debugEnabled{1};
+
+/// Where log lines go: 1 debug output, 2 standard output, anything else the log file. Set by the debug
+/// console.
+inline std::atomic<std::int32_t> debugType{1};
+
+/// Tag of a category, such as "[RD210]"; false and "[UNKNW]" for a category without one.
+bool categoryTag(int category, std::string& tag);
+
+/// Writes one line of the log: tag and text, to the sink that `debugType` selects. Lines of a category
+/// without a tag are dropped. Safe from any thread; never fails.
+void log(int category, std::string_view text);
+
+/// Writes one line of the log; `text` is called only while the log is on.
+template <class Text>
+requires requires(Text text)
+{
+    std::string_view(text());
+}
+void log(int category, Text&& text)
+{
+    if (debugEnabled.load(std::memory_order_relaxed))
+        log(category, std::string_view(std::forward<Text>(text)()));
+}
+
+/// The log line of a function: its full name and the source line.
+void logCall(int category, std::string_view name, int line);
+
+/// Writes a text to the debug output behind "[PYRUX]", whatever the log's settings.
+void debugText(std::string_view text);
+
+/// Writes one line to the standard output, at once.
+void consoleLine(std::string_view text);
+
+} // namespace pyrux

@@ -1,0 +1,47 @@
+#include "devices/mice/rd210.h"
+
+#include "pyrux/pyrux.h"
+
+#include <array>
+#include <atomic>
+
+namespace pyrux {
+
+namespace {
+
+constexpr Report profileAck{0x42, 0x10, 0x00, 0x00, 0x01, 0x00, 0x00, 0x01};
+constexpr Report dpiAck{0x42, 0x10, 0x40, 0x00, 0x01};
+
+constexpr std::array startUp{
+    Report{0x42, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x01},
+    profileAck,
+    Report{0x42, 0x00, 0x40, 0x00, 0x01},
+    dpiAck,
+};
+
+constexpr std::array<MouseEvent, 2> events{{
+    // head of the report, byte that must be 1, answer, event for the host, text
+    {{0x42, 0x20, 0x40}, 4, dpiAck, RD210_DPI_CHANGED, "RD210 dpi change"},
+    {{0x42, 0x20, 0x00}, 4, profileAck, RD210_PROFILE_CHANGED, "RD210 profile change"},
+}};
+
+constexpr std::array<std::uint8_t, 24> keyValues{0x1E, 0x20, 0x1F, 0x22, 0x21, 0x23, 0, 0, 0x09, 0x0A};
+
+std::atomic<bool> shift{false};
+
+const MouseTraits rd210Traits{.model = RD210::model,
+                              .startUp = startUp,
+                              .events = events,
+                              .keyDownEvent = RD210_KEY_DOWN,
+                              .keyUpEvent = RD210_KEY_UP,
+                              .keyValues = keyValues,
+                              .shift = shift,
+                              .failureText = "RD210 USB fail"};
+
+} // namespace
+
+RD210::RD210(const std::string& path) : WiredMouse(path, rd210Traits) {}
+
+} // namespace pyrux
+
+PYRUX_FACTORY(rd210, pyrux::PYRUX_RD210)

@@ -1,0 +1,130 @@
+#pragma once
+
+#include "core/models.h"
+#include "pyrux/error.h"
+#include "pyrux/mouse_records.h"
+#include "pyrux/records.h"
+#include "transport/exchange.h"
+#include "transport/notify.h"
+#include "transport/reader_thread.h"
+#include "transport/report.h"
+#include "transport/usb_hid.h"
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace pyrux {
+
+/// A report that a mouse sends by itself when its state has changed.
+struct MouseEvent {
+    std::array<std::uint8_t, 3> head; ///< How the report begins.
+    std::size_t flagByte;             ///< The byte that must be 1.
+    Report acknowledgement;
+    std::uint32_t event;   ///< `NotifyRecord::event`
+    std::string_view text; ///< Written to the debug output.
+};
+
+/// What tells one mouse of the family from another.
+struct MouseTraits {
+    const ModelRow& model;
+    std::span<const Report> startUp; ///< Written at the start, without waiting for replies.
+    std::span<const MouseEvent> events;
+    std::uint32_t keyDownEvent, keyUpEvent;  ///< `NotifyRecord::event` of a button.
+    std::span<const std::uint8_t> keyValues; ///< `NotifyRecord::value` by button number; 0 behind its end.
+    std::atomic<bool>& shift;     ///< Whether button 1 is held: one flag per model, not per device.
+    std::string_view failureText; ///< Logged when the reader gives up.
+};
+
+/// The protocol of the wired mice: every command waits for its reply. Operations are those of the host
+/// interfaces, whose headers tell arguments, results and bytes.
+///
+/// A command's reply repeats its first two bytes, or as many as its call names, so that a reply that does not
+/// begin as asked for shows as a missing one.
+class WiredMouse {
+public:
+    WiredMouse(const std::string& path, const MouseTraits& traits);
+    ~WiredMouse();
+    WiredMouse(const WiredMouse&) = delete;
+    WiredMouse& operator=(const WiredMouse&) = delete;
+
+    // Life cycle, for the host object.
+    bool openFailed() const { return !opened; }
+    void setUnplugged(bool gone) { unplugged = gone; }
+    void noteClosed() { closed = true; }
+    void abort() { exchange.abort(); }
+    void sayGoodbye();
+    bool endThreads(std::chrono::milliseconds limit);
+
+    _error changeProfileId(std::uint8_t profile);
+    _error getCurrProfileId(std::uint8_t* profile);
+    _error resetProfile(std::uint8_t all);
+    _error resetPartial(std::uint8_t part);
+    _error setKeyMapping(std::uint8_t button, std::uint16_t code);
+    _error setKeyMappingAll(const std::uint16_t* map);
+    _error getKeyMappingAll(std::uint16_t* map);
+    _error setMouseCombo(std::uint8_t on);
+    _error getMouseCombo(std::uint8_t* on);
+    _error startRecordMacro();
+    _error stopRecordMacro();
+    _error setMacro(MouseMacroRecord* macro);
+    _error getMacro(MouseMacroRecord* macro);
+    _error clearMacro(std::uint8_t button);
+    _error setPerformance(const PerformanceRecord* record);
+    _error getPerformance(PerformanceRecord* record);
+    _error changeDpiLevel(std::uint8_t level);
+    _error startSurfaceLearning();
+    _error stopSurfaceLearning();
+    _error getSurfaceLearningStatus(std::uint8_t* status);
+    _error getSurfaceLearningResult(std::uint8_t* a, std::uint8_t* b);
+    _error registerNotify(NotifyCallback callback);
+    _error unRegisterNotify();
+    _error saveConfig();
+
+private:
+    /// Which of the wheel's two tilt directions act as steps.
+    struct Wheel {
+        bool a = true;
+        bool b = true;
+    };
+    enum class MacroState { none, stepUp, stepDown, macro };
+    enum class Step : std::uint8_t { up = 0x01, down = 0xFF };
+
+    // One command and its reply. `set` gives the result of a set operation: a missing reply is E_INVALID_SET.
+    static constexpr std::size_t defaultMatch = 2;
+    _error get(const Report& command, Reply& reply, std::size_t matchLength = defaultMatch);
+    _error set(const Report& command, std::size_t matchLength = defaultMatch);
+
+    std::optional<Wheel> readWheel();
+    std::optional<Reply> readBank();
+    std::optional<Reply> readOrder();
+    _error writeBank(std::uint8_t comboButton);
+    _error writeButton(std::uint8_t button, std::uint16_t code);
+    _error readButton(std::uint8_t button, std::uint16_t& code);
+    _error writeStep(std::uint8_t button, Step step);
+    _error removeMacro(std::uint8_t button);
+    _error writeMapping(std::uint8_t button, std::uint16_t code);
+    MacroState macroState(std::uint8_t button);
+    _error writeMacroEvents(std::span<const MouseMacroEvent> events);
+    _error readMacroEvents(MouseMacroRecord& macro);
+    std::optional<Reply> readMacroChunk(const Report& command);
+
+    void take(const Reply& reply);
+    void takeKey(std::uint8_t button, std::uint8_t state);
+
+    const MouseTraits& traits;
+    usbHid channel;
+    Exchange exchange;
+    ReaderThread reader;
+    Notify<NotifyCallback> notify;
+    bool opened = false;
+    std::atomic<bool> unplugged{false};
+    std::atomic<bool> closed{false};
+};
+
+} // namespace pyrux

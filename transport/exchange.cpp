@@ -1,0 +1,76 @@
+#include "transport/exchange.h"
+
+#include "core/log.h"
+
+#include <algorithm>
+#include <condition_variable>
+
+namespace pyrux {
+
+/// A command that waits; it lives on the stack of its caller.
+struct Exchange::Pending {
+    std::span<const std::uint8_t> pattern;
+    Reply* reply;
+    bool answered = false;
+    std::condition_variable changed{};
+};
+
+_error Exchange::transact(const Report& command, std::size_t matchLength, Reply& reply)
+{
+    return transact(command, command.payload().first(std::min(matchLength, command.payload().size())), reply);
+}
+
+_error Exchange::transact(const Report& command, std::span<const std::uint8_t> pattern, Reply& reply)
+{
+    if (ended || !channel.isOpen())
+        return E_NOT_OPEN;
+    Pending entry{.pattern = pattern, .reply = &reply};
+    {
+        const std::lock_guard lock(mutex);
+        pending.push_back(&entry);
+    }
+    channel.writeWatched(command.bytes()); // a lost command shows in the missing reply
+    std::unique_lock lock(mutex);
+    entry.changed.wait_for(lock, rules.wait, [&] { return entry.answered || ended; });
+    std::erase(pending, &entry);
+    lock.unlock();
+    if (entry.answered)
+        return E_OK;
+    if (!ended && !rules.timeoutText.empty())
+        log(rules.logCategory, rules.timeoutText);
+    return ended || !channel.isOpen() ? E_NOT_OPEN : E_INVALID_GET;
+}
+
+bool Exchange::deliver(const Reply& reply)
+{
+    const std::lock_guard lock(mutex);
+    bool taken = false;
+    std::size_t equal = 0;
+    for (Pending* entry : pending) {
+        if (!rules.runningMatchCount)
+            equal = 0;
+        bool match = entry->pattern.empty();
+        for (std::size_t i = 0; i < entry->pattern.size() && !match; ++i)
+            if (entry->pattern[i] == reply[i])
+                match = ++equal == entry->pattern.size();
+        if (!match)
+            continue;
+        *entry->reply = reply;
+        entry->answered = true;
+        entry->changed.notify_one();
+        taken = true;
+        if (rules.runningMatchCount)
+            break;
+    }
+    return taken;
+}
+
+void Exchange::abort()
+{
+    const std::lock_guard lock(mutex);
+    ended = true;
+    for (Pending* entry : pending)
+        entry->changed.notify_one();
+}
+
+} // namespace pyrux

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "pyrux/error.h"
+#include "transport/report.h"
+#include "transport/usb_hid.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <mutex>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace pyrux {
+
+/// How a family of devices pairs commands with replies.
+struct ExchangeRules {
+    std::chrono::milliseconds wait{2000}; ///< Time for a reply, behind the write.
+    std::string_view timeoutText;         ///< Logged when no reply comes; empty: nothing is.
+    int logCategory = 0;                  ///< Category of that line.
+    /// Deliberate where it is set: the count of equal bytes is not taken back between waiting commands, so
+    /// that a match may begin in one and end in the next; a full match ends the pass.
+    bool runningMatchCount = false;
+};
+
+/// Commands that wait for their reply on one channel. A host's thread sends and waits in `transact`; the
+/// channel's reader hands every input report to `deliver`.
+class Exchange {
+public:
+    Exchange(usbHid& channel, const ExchangeRules& rules) : channel(channel), rules(rules) {}
+    Exchange(const Exchange&) = delete;
+    Exchange& operator=(const Exchange&) = delete;
+
+    /// Sends a command and waits for a reply that begins with the command's first `matchLength` payload
+    /// bytes.
+    /// @return E_OK, with the reply; E_INVALID_GET: none in time; E_NOT_OPEN: the channel is, or was
+    /// meanwhile, closed
+    _error transact(const Report& command, std::size_t matchLength, Reply& reply);
+
+    /// The same for a reply with a beginning of its own.
+    _error transact(const Report& command, std::span<const std::uint8_t> pattern, Reply& reply);
+
+    /// Gives an input report to the commands that wait for it. Several may take one reply.
+    /// @return whether one did
+    bool deliver(const Reply& reply);
+
+    /// Lets every waiting command, and each one that comes later, end with E_NOT_OPEN, until `resume`.
+    void abort();
+    void resume() { ended = false; }
+    bool aborted() const { return ended; }
+
+private:
+    struct Pending;
+
+    usbHid& channel;
+    const ExchangeRules rules;
+    std::mutex mutex;
+    std::vector<Pending*> pending;
+    std::atomic<bool> ended{false};
+};
+
+} // namespace pyrux

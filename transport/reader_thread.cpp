@@ -1,0 +1,86 @@
+#include "transport/reader_thread.h"
+
+#include "core/log.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <utility>
+
+namespace pyrux {
+
+void ReaderThread::start(std::function<void(const Reply&)> take)
+{
+    running = true;
+    finished = false;
+    thread = std::thread([this, take = std::move(take)] {
+        run(take);
+        running = false;
+        const std::lock_guard lock(mutex);
+        finished = true;
+        changed.notify_all();
+    });
+}
+
+void ReaderThread::askToStop()
+{
+    {
+        const std::lock_guard lock(mutex);
+        stopping = true;
+    }
+    changed.notify_all();
+    channel.endReads();
+}
+
+void ReaderThread::stop()
+{
+    askToStop();
+    if (thread.joinable())
+        thread.join();
+}
+
+bool ReaderThread::stopWithin(std::chrono::milliseconds limit)
+{
+    askToStop();
+    if (std::this_thread::get_id() == thread.get_id())
+        return false;
+    {
+        std::unique_lock lock(mutex);
+        if (!changed.wait_for(lock, limit, [&] { return finished; }))
+            return false;
+    }
+    stop();
+    return true;
+}
+
+void ReaderThread::pause(std::chrono::milliseconds time)
+{
+    std::unique_lock lock(mutex);
+    changed.wait_for(lock, time, [&] { return stopping; });
+}
+
+void ReaderThread::run(const std::function<void(const Reply&)>& take)
+{
+    int failures = 0;
+    for (;;) {
+        std::array<std::uint8_t, Reply::size> buffer{};
+        const std::span<std::uint8_t> room =
+            std::span(buffer).first(std::min(rules.reportSize, buffer.size()));
+        const int count = channel.readBlocking(room);
+        if (count == nothingRead)
+            return;
+        if (count > 0) {
+            take(Reply(room.first(std::size_t(count))));
+        } else if (count == 0) {
+            pause(rules.polledPause);
+        } else if (failures == rules.survivedFailures) {
+            log(rules.logCategory, rules.failureText);
+            return;
+        } else {
+            ++failures;
+            pause(rules.failurePause);
+        }
+    }
+}
+
+} // namespace pyrux

@@ -1,0 +1,129 @@
+#include "transport/watched_writer.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <system_error>
+#include <thread>
+
+namespace pyrux {
+
+namespace {
+
+/// Hanging writes of one channel that may exist at a time. Further ones wait for a place.
+constexpr std::size_t mostStuck = 4;
+
+} // namespace
+
+/// A writing thread and the one report it has in hand. The thread shares the ownership, so that it can
+/// outlive the channel while a write hangs.
+class WatchedWriter::Worker {
+public:
+    /// Starts the thread; std::system_error when there is none to be had.
+    static std::shared_ptr<Worker> start()
+    {
+        auto worker = std::make_shared<Worker>();
+        worker->thread = std::thread([worker] { worker->run(); });
+        return worker;
+    }
+
+    /// Hands a report over and waits for its write to return. False when it takes too long: the thread is
+    /// then left alone, and ends when the write returns.
+    bool write(std::shared_ptr<HidHandle> to, std::span<const std::uint8_t> report,
+               std::chrono::milliseconds limit)
+    {
+        std::unique_lock lock(mutex);
+        handle = std::move(to);
+        bytes.assign(report.begin(), report.end());
+        state = State::full;
+        changed.notify_all();
+        if (changed.wait_for(lock, limit, [&] { return state == State::empty; }))
+            return true;
+        ending = true;
+        thread.detach();
+        return false;
+    }
+
+    /// Ends a thread that has nothing in hand.
+    void end()
+    {
+        {
+            const std::lock_guard lock(mutex);
+            ending = true;
+        }
+        changed.notify_all();
+        thread.join();
+    }
+
+    /// Waits for a thread that was left alone.
+    bool waitForEnd(std::chrono::steady_clock::time_point deadline)
+    {
+        std::unique_lock lock(mutex);
+        return changed.wait_until(lock, deadline, [&] { return state == State::ended; });
+    }
+
+private:
+    enum class State { empty, full, ended };
+
+    void run()
+    {
+        std::unique_lock lock(mutex);
+        for (;;) {
+            changed.wait(lock, [&] { return state == State::full || ending; });
+            if (state == State::full) {
+                std::shared_ptr<HidHandle> to = std::move(handle);
+                lock.unlock();
+                to->write(bytes);
+                to.reset();
+                lock.lock();
+                state = State::empty;
+            }
+            if (ending)
+                break;
+            changed.notify_all();
+        }
+        state = State::ended;
+        changed.notify_all();
+    }
+
+    std::mutex mutex;
+    std::condition_variable changed;
+    State state = State::empty;
+    bool ending = false;
+    std::shared_ptr<HidHandle> handle;
+    std::vector<std::uint8_t> bytes;
+    std::thread thread;
+};
+
+WatchedWriter::~WatchedWriter()
+{
+    if (worker)
+        worker->end();
+}
+
+_error WatchedWriter::write(const std::shared_ptr<HidHandle>& handle, std::span<const std::uint8_t> report)
+{
+    const std::lock_guard lock(turn);
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    std::erase_if(stuck, [](const auto& one) { return one.expired(); });
+    if (!worker) {
+        if (stuck.size() >= mostStuck) {
+            const std::shared_ptr<Worker> oldest = stuck.front().lock();
+            if (oldest && !oldest->waitForEnd(deadline))
+                return E_WRITE_TIMEOUT;
+        }
+        try {
+            worker = Worker::start();
+        } catch (const std::system_error&) {
+            return E_WRITE_TIMEOUT;
+        }
+    }
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    if (worker->write(handle, report, left))
+        return E_OK;
+    stuck.push_back(worker);
+    worker.reset();
+    return E_WRITE_TIMEOUT;
+}
+
+} // namespace pyrux
