@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-using namespace pyrux;
+using namespace pyrux::resident;
 
 /// Replies come from another process.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)

@@ -5,7 +5,7 @@
 #include <string>
 #include <system_error>
 
-namespace pyrux {
+namespace pyrux::resident {
 namespace {
 
 _error askForPair(const char* request, std::int32_t* first, std::int32_t* second, PipeLimits limits)
@@ -36,17 +36,17 @@ _error tell(std::string request, PipeLimits limits)
 
 } // namespace
 
-_error queryTemperatures(std::int32_t* cpu, std::int32_t* gpu, PipeLimits limits)
+_error temperatures(std::int32_t* cpu, std::int32_t* gpu, PipeLimits limits)
 {
     return askForPair("temp", cpu, gpu, limits);
 }
 
-_error queryCores(std::int32_t* first, std::int32_t* second, PipeLimits limits)
+_error coreCounts(std::int32_t* first, std::int32_t* second, PipeLimits limits)
 {
     return askForPair("getcorenum", first, second, limits);
 }
 
-_error queryServiceVersion(float* value, PipeLimits limits)
+_error version(float* value, PipeLimits limits)
 {
     if (!value)
         return E_INVALID_GET;
@@ -100,4 +100,4 @@ std::optional<Number> readNumber(std::string_view text)
 template std::optional<std::int32_t> readNumber(std::string_view text);
 template std::optional<float> readNumber(std::string_view text);
 
-} // namespace pyrux
+} // namespace pyrux::resident

@@ -14,17 +14,17 @@
 /// Results, beside those of `TW_SERVICE::queryDeskService`: E_INVALID_GET for a null pointer, before anything
 /// is sent, and for a reply in which a text stands where a number belongs. Outputs change on success alone.
 
-namespace pyrux {
+namespace pyrux::resident {
 
 /// Temperatures of the processor and the graphics card in degrees Celsius. A reply of fewer than two fields
 /// is a success that changes nothing.
-_error queryTemperatures(std::int32_t* cpu, std::int32_t* gpu, PipeLimits limits = {});
+_error temperatures(std::int32_t* cpu, std::int32_t* gpu, PipeLimits limits = {});
 
 /// The service's two core counts, likewise.
-_error queryCores(std::int32_t* first, std::int32_t* second, PipeLimits limits = {});
+_error coreCounts(std::int32_t* first, std::int32_t* second, PipeLimits limits = {});
 
 /// The service's version.
-_error queryServiceVersion(float* value, PipeLimits limits = {});
+_error version(float* value, PipeLimits limits = {});
 
 /// Simulated temperatures: switches them on, and takes one step. What the service replies does not matter.
 _error enableFakeTemperature(PipeLimits limits = {});
@@ -44,4 +44,4 @@ std::optional<Number> readNumber(std::string_view text);
 extern template std::optional<std::int32_t> readNumber(std::string_view text);
 extern template std::optional<float> readNumber(std::string_view text);
 
-} // namespace pyrux
+} // namespace pyrux::resident

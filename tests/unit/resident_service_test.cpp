@@ -25,7 +25,7 @@ protected:
         const PipePeer peer(pipeName, answering(reply));
         first = 11;
         second = 22;
-        return queryTemperatures(&first, &second, patient);
+        return resident::temperatures(&first, &second, patient);
     }
 
     /// Asks for the version; the output is 1.5 before.
@@ -33,7 +33,7 @@ protected:
     {
         const PipePeer peer(pipeName, answering(reply));
         value = 1.5F;
-        return queryServiceVersion(&value, patient);
+        return resident::version(&value, patient);
     }
 
     void expectUnchanged() const
@@ -53,7 +53,7 @@ protected:
 TEST_F(ResidentService, asksForTheTemperatures)
 {
     const PipePeer peer(pipeName, answering("45;-60"));
-    EXPECT_EQ(queryTemperatures(&first, &second, patient), 0);
+    EXPECT_EQ(resident::temperatures(&first, &second, patient), 0);
     EXPECT_EQ(first, 45);
     EXPECT_EQ(second, -60);
     EXPECT_EQ(peer.requests(), Requests{"temp"});
@@ -62,7 +62,7 @@ TEST_F(ResidentService, asksForTheTemperatures)
 TEST_F(ResidentService, asksForTheCoreCounts)
 {
     const PipePeer peer(pipeName, answering("8;16"));
-    EXPECT_EQ(queryCores(&first, &second, patient), 0);
+    EXPECT_EQ(resident::coreCounts(&first, &second, patient), 0);
     EXPECT_EQ(first, 8);
     EXPECT_EQ(second, 16);
     EXPECT_EQ(peer.requests(), Requests{"getcorenum"});
@@ -71,7 +71,7 @@ TEST_F(ResidentService, asksForTheCoreCounts)
 TEST_F(ResidentService, asksForTheVersion)
 {
     const PipePeer peer(pipeName, answering("2.25"));
-    EXPECT_EQ(queryServiceVersion(&value, patient), 0);
+    EXPECT_EQ(resident::version(&value, patient), 0);
     EXPECT_EQ(value, 2.25F);
     EXPECT_EQ(peer.requests(), Requests{"version"});
 }
@@ -79,8 +79,8 @@ TEST_F(ResidentService, asksForTheVersion)
 TEST_F(ResidentService, controlsTheSimulatedTemperature)
 {
     const PipePeer peer(pipeName, answering("anything"));
-    EXPECT_EQ(enableFakeTemperature(patient), 0);
-    EXPECT_EQ(stepFakeTemperature(patient), 0);
+    EXPECT_EQ(resident::enableFakeTemperature(patient), 0);
+    EXPECT_EQ(resident::stepFakeTemperature(patient), 0);
     EXPECT_EQ(peer.requests(), (Requests{"fake_temp", "fake_step"}));
 }
 
@@ -134,11 +134,11 @@ TEST_F(ResidentService, aVersionThatIsNoNumberChangesNothing)
 TEST_F(ResidentService, aNullPointerSendsNothing)
 {
     const PipePeer peer(pipeName, answering("1;2"));
-    EXPECT_EQ(queryTemperatures(nullptr, &second, patient), -3);
-    EXPECT_EQ(queryTemperatures(&first, nullptr, patient), -3);
-    EXPECT_EQ(queryCores(nullptr, &second, patient), -3);
-    EXPECT_EQ(queryCores(&first, nullptr, patient), -3);
-    EXPECT_EQ(queryServiceVersion(nullptr, patient), -3);
+    EXPECT_EQ(resident::temperatures(nullptr, &second, patient), -3);
+    EXPECT_EQ(resident::temperatures(&first, nullptr, patient), -3);
+    EXPECT_EQ(resident::coreCounts(nullptr, &second, patient), -3);
+    EXPECT_EQ(resident::coreCounts(&first, nullptr, patient), -3);
+    EXPECT_EQ(resident::version(nullptr, patient), -3);
     EXPECT_FALSE(peer.hasServed(1, 50ms));
     EXPECT_EQ(peer.requests(), Requests{});
     expectUnchanged();
@@ -146,11 +146,11 @@ TEST_F(ResidentService, aNullPointerSendsNothing)
 
 TEST_F(ResidentService, aMissingServiceGivesMinus3)
 {
-    EXPECT_EQ(queryTemperatures(&first, &second, patient), -3);
-    EXPECT_EQ(queryCores(&first, &second, patient), -3);
-    EXPECT_EQ(queryServiceVersion(&value, patient), -3);
-    EXPECT_EQ(enableFakeTemperature(patient), -3);
-    EXPECT_EQ(stepFakeTemperature(patient), -3);
+    EXPECT_EQ(resident::temperatures(&first, &second, patient), -3);
+    EXPECT_EQ(resident::coreCounts(&first, &second, patient), -3);
+    EXPECT_EQ(resident::version(&value, patient), -3);
+    EXPECT_EQ(resident::enableFakeTemperature(patient), -3);
+    EXPECT_EQ(resident::stepFakeTemperature(patient), -3);
     expectUnchanged();
     EXPECT_EQ(value, 1.5F);
 }
@@ -158,8 +158,8 @@ TEST_F(ResidentService, aMissingServiceGivesMinus3)
 TEST_F(ResidentService, aSilentServiceGivesMinus7)
 {
     const PipePeer peer(pipeName, silent());
-    EXPECT_EQ(queryTemperatures(&first, &second, hasty), -7);
-    EXPECT_EQ(queryServiceVersion(&value, hasty), -7);
-    EXPECT_EQ(enableFakeTemperature(hasty), -7);
+    EXPECT_EQ(resident::temperatures(&first, &second, hasty), -7);
+    EXPECT_EQ(resident::version(&value, hasty), -7);
+    EXPECT_EQ(resident::enableFakeTemperature(hasty), -7);
     expectUnchanged();
 }
