@@ -35,8 +35,8 @@ struct Identity {
     std::string serial;
     std::string product;
     std::string manufacturer = "Tessel Works";
-    std::vector<Collection> collections;
-    int controlInterface = 0; ///< Interface that takes the commands and emits the reports.
+    std::vector<Collection> collections; ///< At least one.
+    int controlInterface = 0;            ///< Interface that takes the commands and emits the reports.
 };
 
 /// Base of the firmware models. The calls to `output` come one at a time; `emit` may be used inside them and,

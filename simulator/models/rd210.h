@@ -18,19 +18,17 @@
 /// them zeros or, for a read, what was asked for. Everything else is met with silence: unknown commands,
 /// values out of range, commands in the wrong state.
 ///
-///     41 80, 41 01, 41 00   state: configuration, maintenance, off; in any state, as are 42, 43 and 80 01
-///     with
-///                           byte 4 at 0. Reset, save and recording are of the maintenance state, the rest of
-///                           the configuration state; 51 22 is of both, a recording being begun by it.
+///     41 80, 41 01, 41 00   the state becomes configuration, maintenance, off. These, 42, 43 and the end of
+///                           the learning are taken in any state; reset and save in the maintenance state;
+///                           51 22 there too, where it begins a macro recording; all else in configuration.
 ///     42 00 kind, 43 00     start-up: the host asks for reports. They come anyway.
 ///     42 10 kind            acknowledgement of an event of that kind: 00 profile, 40 DPI level
 ///     50 10 .. .. v         reset: v 00 the current profile; FF everything, also the stored copy
-///     50 55                 working memory to the stored copy, which is what the next power-on begins with
+///     50 55                 working memory to the stored copy, with which the next power-on begins
 ///     51/52 00              4: current profile, 0 to 4
 ///     51/52 10              2-63: bank. 12: button that shifts the others, FF none; 16: a setting
 ///     51/52 18 button       4-6: macro assignment {area low, mode and area high, unused}; FF 3F none.
-///     Written or
-///                           read, it points the cursor at the beginning of the area.
+///                           Written or read, it points the cursor at the area.
 ///     51/52 19 button       4-43: name
 ///     51/52 20 address page 4-5: code of a button, low byte first
 ///     51/52 22              4-5: wheel tilt, left as the host told it
@@ -38,24 +36,24 @@
 ///                           6-12 y, 13-19 x, 20-26 multipliers, in sorted order; 27 polling; 28 options;
 ///                           29, 30 surface
 ///     51/52 9B              4-10: order table, the level number of each place; FF at 4: no order
-///     51 98 b b b b         reset of parts of the current profile, one bit each, see `resettableParts`
+///     51 98 b b b b         reset of parts of the current profile, a bit each: 1 macros, 2 buttons,
+///                           4 performance
 ///     51/52 F0              4: a setting
-///     53 00/01 n            n (1 to 15) macro events of 4 bytes from byte 4: to the beginning of the area
-///     that
-///                           the cursor points at, wiping it; behind the ones before
-///     53 10/11 n            the same reading: from the beginning, from behind the ones before
+///     53 00/01 n            n (1 to 15) macro events of 4 bytes from byte 4, into the area under the cursor:
+///                           00 from its beginning, wiping it; 01 behind the ones before
+///     53 10/11 n            reading likewise
 ///     80 00                 4: 1 while the device learns its surface, else 0
 ///     80 01 .. .. v         learning: v 1 begin, 0 end without a result
 ///
 /// Layout of the memory. Each of the five profiles has all of the settings, the macros included. A button has
 /// an address and a page; its macro area is known by the number address + 256 * page, 10 bits, as an
-/// assignment holds it: there are areas for the addresses B0 to BF of pages 0 and 1, of 200 events each.
-/// Address D8 of page 0 is the code that the shifting button has for itself. An event is {code low, class and
-/// code high, delay}.
+/// assignment holds it. There are areas for the addresses B0 to BF of pages 0 and 1, of 200 events each;
+/// where nothing was written there are end events, also behind an area's end. Address D8 of page 0 is the
+/// code that the shifting button has for itself. An event is {code low, class and code high, delay}.
 ///
 /// Factory settings: no order table, seven levels from 400 to 16000 DPI, the second of them current; buttons
-/// with their own function (code 00FF); no macros, no shifting button; wheel tilt on (C0 C0); 0xF0 at 1 and
-/// the setting in the bank at 3.
+/// with their own function (code 00FF); no macros, no shifting button; wheel tilt on (C0 C0); F0 at 1 and the
+/// setting in the bank at 3.
 
 namespace pyrux::sim {
 
@@ -81,7 +79,7 @@ public:
         std::uint16_t shiftKey = 0;                   ///< Address D8.
         std::array<std::array<std::uint8_t, 3>, buttonCount> assignments{}; ///< Bytes 4 to 6 of 18.
         std::array<std::array<std::uint8_t, 40>, buttonCount> names{};      ///< Bytes 4 to 43 of 19.
-        std::array<MacroArea, 32> macros{};                                 ///< Numbered as `keys`.
+        std::array<MacroArea, 32> macros{};                                 ///< Placed as `keys`.
 
         bool operator==(const Settings&) const = default;
     };
@@ -143,7 +141,7 @@ private:
     std::uint16_t* keyAt(std::uint8_t address, std::uint8_t page);
     int levelAtPlace(std::size_t place) const;
     std::optional<Payload> answer(const Payload& command);
-    std::optional<Payload> eventReport(const std::string& event, const std::vector<int>& values);
+    static const Block& block(std::uint8_t number);
 
     // Each fills in the reply, which begins as the echo; false: silence. Called with `mutex` held.
     bool enterState(const Payload& command, Payload& reply);
@@ -168,8 +166,14 @@ private:
     bool getLearning(const Payload& command, Payload& reply);
     bool setLearning(const Payload& command, Payload& reply);
 
+    // Each changes the device and fills in a report if the host is told; false: it cannot happen now.
+    bool pressDpi(const int* values, std::optional<Payload>& report);
+    bool pressProfile(const int* values, std::optional<Payload>& report);
+    bool pressKey(const int* values, std::optional<Payload>& report);
+    bool learnSurface(const int* values, std::optional<Payload>& report);
+
     void pointAt(const std::array<std::uint8_t, 3>& assignment);
-    std::span<std::uint8_t> macroChunk(const Payload& command);
+    std::optional<std::size_t> chunkBegin(const Payload& command) const;
 
     mutable std::mutex mutex;
     Memory working;
