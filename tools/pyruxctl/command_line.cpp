@@ -5,6 +5,8 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <map>
+#include <sstream>
 
 namespace pyrux::ctl {
 
@@ -42,10 +44,19 @@ public:
     {
         const auto found = usages.find(app);
         const bool isTop = app->get_parent() == nullptr;
-        return "Usage: " + std::string(isTop || name.empty() ? "pyruxctl" : name) + " [OPTIONS]" +
+        return "Usage: " + std::string(isTop ? "pyruxctl" : name) + " [OPTIONS]" +
                (found == usages.end() ? "" : " " + found->second) + "\n";
     }
 };
+
+std::vector<std::string> splitAtCommas(const std::string& text)
+{
+    std::vector<std::string> parts;
+    std::istringstream stream(text);
+    for (std::string part; std::getline(stream, part, ',');)
+        parts.push_back(part);
+    return parts;
+}
 
 std::string listOperations(const Model& model)
 {
@@ -58,17 +69,32 @@ std::string listOperations(const Model& model)
     return text + "\n\"pyruxctl " + std::string(model.command) + " OPERATION --help\" tells the arguments.";
 }
 
+/// "level: 0 to 255"; a record field by field.
+std::string valueHelp(std::string_view name, const Type& type)
+{
+    if (type.kind != Type::Kind::record)
+        return std::string(name) + ": " + describe(type) + "\n";
+    std::string text = std::string(name) + ":\n";
+    for (const Field& field : type.fields)
+        text += "    " + std::string(field.name) + ": " + describe(field) + "\n";
+    return text;
+}
+
 std::string operationHelp(const Model& model, const Operation& operation)
 {
     std::string text =
         "Usage: pyruxctl [OPTIONS] " + std::string(model.command) + " " + operation.synopsis() + "\n";
-    for (const Word& word : operation.words())
-        text += "\n" + std::string(word.name) + ": " + describe(*word.type) +
-                (word.type->isPlain() ? "" : "\n  as JSON, @FILE, or - for the standard input");
+    const auto words = operation.words();
+    if (!words.empty())
+        text += "\nTakes\n";
+    for (const Word& word : words)
+        text += "  " + valueHelp(word.name, *word.type) +
+                (word.type->isPlain() ? "" : "    as JSON, as @FILE, or - for the standard input\n");
+    std::string outputs;
     for (const Argument& argument : operation.arguments)
         if (argument.isOutput())
-            text += "\ngives " + std::string(argument.name) + ": " + describe(*argument.type);
-    return text;
+            outputs += "  " + valueHelp(argument.name, *argument.type);
+    return text + (outputs.empty() ? "" : "\nGives\n" + outputs);
 }
 
 /// The grammar of a command line, and where its words go.
@@ -76,9 +102,9 @@ class Grammar {
 public:
     Grammar(CommandLine& line, bool isScript) : to(line)
     {
+        app.name("pyruxctl");
         app.formatter(formatter);
         app.description("Shows and drives PYRUX devices.");
-        app.footer(exitCodes);
         app.require_subcommand(0, 1);
         formatter->usages[&app] = "COMMAND ...";
         if (!isScript) {
@@ -93,9 +119,7 @@ public:
         CLI::App& watch =
             addCommand("watch", "Show devices that come and go, and the events of devices, as they come");
         addDevice(watch);
-        watch.add_option("--for", to.command.seconds, "End after this time")
-            ->type_name("SECONDS")
-            ->check(CLI::NonNegativeNumber);
+        watch.add_option("--for", to.command.seconds, "End after this time")->type_name("SECONDS");
         watch.add_option("--count", to.command.count, "End after so many events")->type_name("N");
         std::vector<CLI::App*> all{&list, &info, &watch};
         if (!isScript) {
@@ -119,6 +143,7 @@ public:
             if (!isScript)
                 addSetup(*command);
         }
+        app.footer(exitCodes); // behind the commands, which would take it over
     }
 
     void parse(std::vector<std::string> words)
@@ -137,7 +162,9 @@ public:
 private:
     CLI::App& addCommand(std::string name, std::string description)
     {
-        return *app.add_subcommand(std::move(name), std::move(description));
+        CLI::App& command = *app.add_subcommand(std::move(name), std::move(description));
+        command.group("Commands");
+        return command;
     }
 
     void addStyle(CLI::App& command)
@@ -154,12 +181,8 @@ private:
 
     void addSetup(CLI::App& command)
     {
-        command
-            .add_option("--simulate", to.setup.simulate,
-                        "Plug these simulated devices in, instead of the real ones")
-            ->type_name("MODEL,...")
-            ->delimiter(',')
-            ->allow_extra_args(false);
+        command.add_option("--simulate", simulate, "Plug simulated devices in, instead of the real ones")
+            ->type_name("MODELS");
         command.add_flag("--trace", to.setup.trace, "Show the bytes on the wire (simulated devices)");
         command.add_flag("--debug", to.setup.debug, "Show the library's debug output");
     }
@@ -185,6 +208,9 @@ private:
             if (word.starts_with("--") ||
                 (word.size() == 2 && word[0] == '-' && std::isalpha(static_cast<unsigned char>(word[1]))))
                 throw UsageError("unknown option " + word);
+        to.setup.simulate = splitAtCommas(simulate);
+        if (to.command.seconds && !(*to.command.seconds >= 0))
+            throw UsageError("--for takes a number of seconds");
         if (to.setup.trace && to.setup.simulate.empty())
             throw UsageError("--trace shows simulated devices only (--simulate)");
         if (findModel(to.command.name) && to.command.words.empty())
@@ -204,6 +230,7 @@ private:
     }
 
     CommandLine& to;
+    std::string simulate;
     bool version = false;
     std::shared_ptr<HelpFormatter> formatter = std::make_shared<HelpFormatter>();
     CLI::App app;

@@ -89,7 +89,7 @@ void printTable(const std::vector<Row>& rows)
     }
 }
 
-void list(const Session& session, const Style& style)
+void list(Session& session, const Style& style)
 {
     const std::vector<Device> devices = session.devices();
     if (style.json)
@@ -134,9 +134,9 @@ std::string libraryVersion(const Library& library)
     return toText(toJson(typeOf<float>, memory.data()));
 }
 
-Json infoAsJson(const Session& session)
+Json infoAsJson(Session& session)
 {
-    const Library& library = session.exports();
+    const Library& library = session.library();
     Json devices = Json::array();
     for (const Device& device : session.devices()) {
         const Versions versions = versionsOf(library, device);
@@ -155,11 +155,11 @@ Json infoAsJson(const Session& session)
     };
 }
 
-void info(const Session& session, const Style& style)
+void info(Session& session, const Style& style)
 {
     if (style.json)
         return console::print(toPrettyText(infoAsJson(session)));
-    const Library& library = session.exports();
+    const Library& library = session.library();
     const auto line = [](const std::string& name, const std::string& value) {
         console::print(name + std::string(20 - name.size(), ' ') + (value.empty() ? "-" : value));
     };

@@ -14,6 +14,7 @@ std::vector<std::filesystem::path> candidates()
         here / PYRUX_LIBRARY_FOLDER / PYRUX_LIBRARY_NAME, // the installed tree
         here / "../lib" / PYRUX_LIBRARY_NAME,
         here / ".." / PYRUX_LIBRARY_NAME, // the build tree
+        PYRUX_LIBRARY_NAME,
     };
 }
 

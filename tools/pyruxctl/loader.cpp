@@ -104,17 +104,15 @@ SharedLibrary loadFirst(const char* variable, const std::vector<fs::path>& candi
         return SharedLibrary(fs::path(named));
     std::string tried;
     for (const fs::path& candidate : candidates) {
+        if (!candidate.has_parent_path())
+            return SharedLibrary(candidate);
         std::error_code none;
         if (fs::exists(candidate, none))
             return SharedLibrary(fs::absolute(candidate).lexically_normal());
         tried += "\n  " + candidate.lexically_normal().string();
     }
-    try {
-        return SharedLibrary(candidates.front().filename());
-    } catch (const Failure& failure) {
-        throw Failure(Exit::notLoaded, std::string(failure.what()) + "\nnor is it one of these (" + variable +
-                                           " may name another):" + tried);
-    }
+    throw Failure(Exit::notLoaded,
+                  "none of these is there, and " + std::string(variable) + " names no other:" + tried);
 }
 
 } // namespace pyrux::ctl

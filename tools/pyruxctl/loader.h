@@ -33,8 +33,9 @@ std::filesystem::path programFolder();
 /// Sets a variable of this process's environment.
 void setEnvironment(const char* name, const char* value);
 
-/// Loads the library that the environment variable names, otherwise the first of the candidates that exists,
-/// otherwise the one that the system finds under their file name. Throws Failure, which tells what was tried.
+/// Loads the library that the environment variable names, otherwise the first of the candidates that exists.
+/// A candidate without a folder is left to the system's own search. Throws Failure, which tells what was
+/// tried.
 SharedLibrary loadFirst(const char* variable, const std::vector<std::filesystem::path>& candidates);
 
 } // namespace pyrux::ctl

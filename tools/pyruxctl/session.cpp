@@ -21,17 +21,6 @@ void chooseDebugOutput(bool debug)
         setEnvironment(variable, "none");
 }
 
-std::optional<Simulation> makeSimulation(const Setup& setup)
-{
-    chooseDebugOutput(setup.debug);
-    if (setup.simulate.empty())
-        return std::nullopt;
-    std::optional<Simulation> simulation(std::in_place, setup.trace);
-    for (const std::string& model : setup.simulate)
-        simulation->plug(model);
-    return simulation;
-}
-
 template <std::size_t N>
 std::string textOf(const char (&field)[N])
 {
@@ -74,7 +63,18 @@ Device makeDevice(const DevInfoRecord& record)
 
 } // namespace
 
-Session::Session(const Setup& setup) : simulation(makeSimulation(setup)) {}
+const Library& Session::library()
+{
+    if (loaded)
+        return *loaded;
+    chooseDebugOutput(setup.debug);
+    if (!setup.simulate.empty()) {
+        simulation.emplace(setup.trace);
+        for (const std::string& model : setup.simulate)
+            simulation->plug(model);
+    }
+    return loaded.emplace();
+}
 
 Session::~Session()
 {
@@ -82,22 +82,23 @@ Session::~Session()
         if (object.slot)
             object.model->calls.stopListening(object.host);
     if (started)
-        library.pyrux_exit();
+        loaded->pyrux_exit();
 }
 
 Simulation& Session::simulator()
 {
+    library();
     if (!simulation)
         throw UsageError("works with simulated devices only (--simulate)");
     return *simulation;
 }
 
-std::vector<Device> Session::devices() const
+std::vector<Device> Session::devices()
 {
-    const auto room = static_cast<std::size_t>(std::max(library.devNums(), 0));
+    const auto room = static_cast<std::size_t>(std::max(library().devNums(), 0));
     // A device may come between the two calls; the spare places are for the records that it may bring.
     std::vector<DevInfoRecord> records(room + 16);
-    const auto count = static_cast<std::size_t>(std::max(library.devInfo(records.data()), 0));
+    const auto count = static_cast<std::size_t>(std::max(library().devInfo(records.data()), 0));
     std::vector<Device> devices;
     for (std::size_t i = 0; i < std::min(count, records.size()); ++i)
         devices.push_back(makeDevice(records[i]));
@@ -109,15 +110,15 @@ void Session::start()
     if (started)
         return;
     // This program is no control application that other processes should hear of.
-    library.pyrux_background(1);
-    library.pyrux_init();
+    library().pyrux_background(1);
+    library().pyrux_init();
     started = true;
 }
 
 void Session::listen()
 {
     start();
-    library.registerDevNotify(&onHotplug);
+    library().registerDevNotify(&onHotplug);
     listening = true;
 }
 
@@ -156,7 +157,7 @@ HostObject& Session::open(const Model& model, const std::string& path)
 
     start();
     const std::string wanted = candidates.empty() ? path : candidates.front().path;
-    void* const host = model.calls.create(library.factory(model.command), wanted.c_str());
+    void* const host = model.calls.create(library().factory(model.command), wanted.c_str());
     if (!host)
         throw Failure(Exit::noDevice, "cannot open " + wanted);
     HostObject* object = findOpened(model, wanted);

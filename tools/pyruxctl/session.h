@@ -45,17 +45,19 @@ struct HostObject {
 /// down.
 class Session {
 public:
-    /// Loads the simulator if asked to, then the library. Throws Failure.
-    explicit Session(const Setup& setup);
+    explicit Session(Setup setup) : setup(std::move(setup)) {}
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    const Library& exports() const { return library; }
+    /// The library; the simulator is loaded in front of it if asked for. Throws Failure when they cannot be
+    /// loaded.
+    const Library& library();
+
     /// The bus of simulated devices. Throws UsageError without --simulate.
     Simulation& simulator();
 
-    std::vector<Device> devices() const;
+    std::vector<Device> devices();
 
     /// From now on opened devices, and the library's hotplug events, go to `events()`.
     void listen();
@@ -77,8 +79,9 @@ private:
     HostObject* findOpened(const Model& model, const std::string& path);
     void listenTo(HostObject& object);
 
+    const Setup setup;
     std::optional<Simulation> simulation;
-    Library library;
+    std::optional<Library> loaded;
     bool started = false;
     bool listening = false;
     std::size_t nextSlot = 0;

@@ -330,6 +330,11 @@ std::string toPrettyText(const Json& json)
     return write(write, json, 0);
 }
 
+std::string describe(const Field& field)
+{
+    return (field.countOffset < 0 ? "" : "at most ") + describe(*field.type);
+}
+
 std::string describe(const Type& type)
 {
     switch (type.kind) {
@@ -347,8 +352,7 @@ std::string describe(const Type& type)
     }
     std::string text;
     for (const Field& field : type.fields)
-        text += (text.empty() ? "{" : ", ") + std::string(field.name) + ": " +
-                (field.countOffset < 0 ? "" : "at most ") + describe(*field.type);
+        text += (text.empty() ? "{" : ", ") + std::string(field.name) + ": " + describe(field);
     return text + "}";
 }
 

@@ -105,6 +105,7 @@ std::string toPrettyText(const Json& json);
 
 /// The type in a few words for a help text, such as "0 to 255" or "13 of 0 to 65535".
 std::string describe(const Type& type);
+std::string describe(const Field& field);
 
 /// The field of a record type with this name, or null.
 const Field* findField(const Type& record, std::string_view name);
