@@ -75,3 +75,13 @@ once()
         fi
     ) 9>"$folder.lock"
 }
+
+# source_files PATTERN... : files below the current folder that git knows or would add
+source_files()
+{
+    git -c safe.directory='*' ls-files -co --exclude-standard -- "$@" | while read -r file; do
+        if [[ -f $file ]]; then
+            echo "$file"
+        fi
+    done
+}
