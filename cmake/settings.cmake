@@ -25,6 +25,11 @@ if(PYRUX_SANITIZE)
     add_link_options(-fsanitize=${PYRUX_SANITIZE})
 endif()
 
+if(PYRUX_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all -O1)
+    add_link_options(-fsanitize=address,undefined)
+endif()
+
 if(WIN32)
     add_compile_definitions(_WIN32_WINNT=0x0601 UNICODE _UNICODE)
     # One runtime inside each binary: nothing but system DLLs is needed beside it.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "simulator/firmware.h"
+#include "simulator/models.h"
 
 #include <chrono>
 #include <memory>
@@ -23,50 +24,58 @@
 
 namespace pyrux::sim {
 
-/// How a plugged device treats its reports. Default: well.
+/// How a plugged device treats its reports. Default: well. A write that is under way keeps to the conduct
+/// that it began with.
 struct Conduct {
     std::chrono::milliseconds writeTime{0}; ///< Each hid_write takes this long (a slow or stalled device).
     std::chrono::milliseconds replyTime{0}; ///< Each input report comes this much later.
-    bool silent = false;                    ///< Takes reports and never answers.
+    bool silent = false;                    ///< Takes reports; none of the model's comes back.
     bool refuseWrites = false;              ///< hid_write gives -1, the model does not see the report.
-    bool failReads = false;                 ///< hid_read gives -1.
-    bool garbage = false;                   ///< Every input report's bytes are turned into noise.
+    bool failReads = false;                 ///< hid_read gives -1, a waiting one at once.
+    bool garbage = false;                   ///< Every byte of an input report is turned into another one.
     std::size_t shortReads = 64;            ///< Input reports are cut to this many bytes.
 };
 
 /// One report on the wire.
 struct WireRecord {
     enum class Direction { toDevice, toHost } direction;
-    std::vector<std::uint8_t>
-        bytes; ///< As passed to hid_write, with report id; as given by hid_read, without.
+    /// To the device: as passed to hid_write, with report id. To the host: as hid_read gives it, without.
+    std::vector<std::uint8_t> bytes;
 };
 
-/// Plugs a device in.
+/// Plugs a device in and gives it power.
+/// @param instance  the piece of the path that tells this plug from others; empty: a new one, "sim-0001" and
+/// up.
+///                  A device that comes back to the port that it was pulled out of has its old path.
 /// @return the device path of the control interface, as hid_enumerate gives it
-PYRUX_SIM_API std::string plug(std::shared_ptr<Firmware> device);
+PYRUX_SIM_API std::string plug(std::shared_ptr<Firmware> device, std::string instance = "");
 
-/// Pulls a device out: reads and writes fail from now on, waiting ones at once.
+/// Pulls a device out: reads and writes fail from now on, waiting ones at once. Its traffic can still be
+/// taken.
 PYRUX_SIM_API void unplug(const std::string& path);
 
-/// Pulls all devices out and forgets all traffic, faults and counters.
+/// Pulls all devices out and forgets all traffic, faults and counters. Handles stay to be closed, and paths
+/// are not given out again.
 PYRUX_SIM_API void reset();
 
 /// Sets the conduct of a plugged device.
 PYRUX_SIM_API void setConduct(const std::string& path, const Conduct& conduct);
 
-/// Lets a stalled write, and those waiting behind it, end now.
+/// Lets a stalled write, and those waiting behind it, end now: the device has taken their reports.
 PYRUX_SIM_API void releaseWrites(const std::string& path);
 
 /// Reports to and from a device since the last call, in order. Waits up to `limit` until `count` are there.
+/// The newest 65536 are kept.
 PYRUX_SIM_API std::vector<WireRecord> takeTraffic(const std::string& path, std::size_t count = 0,
                                                   std::chrono::milliseconds limit = std::chrono::seconds(5));
 
 /// Output reports since the last call as text: payload bytes in hexadecimal without the zeros at the end, one
-/// report from the next by " | ", such as "41 80 | 51 00 00 00 04". Traffic towards the host is forgotten
-/// with them. A report of other length than 65, or with a report id, is written in full in brackets.
+/// report from the next by " | ", such as "41 80 | 51 00 00 00 C4"; a payload of zeros is "00". Traffic
+/// towards the host is forgotten with them. A report of other length than 65, or with a report id, is written
+/// in full in brackets.
 PYRUX_SIM_API std::string takeWritten(const std::string& path);
 
-/// Sends an input report of any length (up to 64 bytes) to the host, past the firmware model.
+/// Sends an input report of any length (up to 64 bytes) to the host, past the firmware model and its conduct.
 PYRUX_SIM_API void inject(const std::string& path, std::vector<std::uint8_t> report);
 
 /// Handles that hid_open_path has given out and hid_close has not taken back.
@@ -75,11 +84,19 @@ PYRUX_SIM_API int openHandles();
 /// Threads that are inside hid_write at this moment, waiting for a stalled device.
 PYRUX_SIM_API int writersInside();
 
-/// Makes a firmware model by its name on the command line ("rd210"); null for an unknown name.
-PYRUX_SIM_API std::shared_ptr<Firmware> makeFirmware(const std::string& name);
+/// Waits up to `limit` until there are `count` such threads at least.
+PYRUX_SIM_API bool awaitWritersInside(int count, std::chrono::milliseconds limit = std::chrono::seconds(5));
 
-/// The names of `makeFirmware`.
-PYRUX_SIM_API std::vector<std::string> firmwareNames();
+/// How often hid_read, hid_read_timeout were called for a device since it was plugged in or `reset` ran.
+PYRUX_SIM_API int readWakeups(const std::string& path);
+
+/// How often hid_init, hid_exit, hid_enumerate, hid_open, hid_open_path or hid_close began while another of
+/// them was running: hidapi itself is not safe against that.
+PYRUX_SIM_API int overlaps();
+
+/// Calls with a handle that was not open, and calls of hid_close while another call used the handle. They do
+/// no harm here; in hidapi they would touch freed memory.
+PYRUX_SIM_API int misuses();
 
 } // namespace pyrux::sim
 
@@ -91,8 +108,9 @@ PYRUX_SIM_API int pyrux_sim_plug(const char* model, char* path);
 PYRUX_SIM_API int pyrux_sim_unplug(const char* path);
 /// Lets a device do something by itself: `event` as in Firmware::happen, its values in `values`.
 PYRUX_SIM_API int pyrux_sim_event(const char* path, const char* event, const int* values, int count);
-/// Calls back for each report on the wire, on the thread that moves it: direction 0 to the device, 1 to the
-/// host.
+/// Calls back for each report on the wire, on the thread that moves it and one call at a time: direction 0 to
+/// the device (with report id), 1 to the host. The callback does not call the stand-in. Null ends it; no call
+/// comes after that.
 PYRUX_SIM_API void pyrux_sim_trace(void (*callback)(const char* path, int direction,
                                                     const unsigned char* bytes, int length));
 /// The names of the models, separated by commas.

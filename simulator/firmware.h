@@ -4,8 +4,11 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
+#include <memory>
+#include <mutex>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// @file
@@ -32,19 +35,26 @@ struct Identity {
     std::string serial;
     std::string product;
     std::string manufacturer = "Tessel Works";
-    std::vector<Collection> collections;
-    int controlInterface = 0; ///< Interface that takes the commands and emits the reports.
+    std::vector<Collection> collections; ///< At least one.
+    int controlInterface = 0;            ///< Interface that takes the commands and emits the reports.
 };
 
 /// Base of the firmware models. The calls to `output` come one at a time; `emit` may be used inside them and,
-/// by events that a device makes itself, outside.
+/// by events that a device makes itself, outside. `output`, `happen` and what a model offers beside them may
+/// come from different threads at once.
 class Firmware {
 public:
     using Sink = std::function<void(Bytes payload)>;
 
+    Firmware() = default;
+    Firmware(const Firmware&) = delete;
+    Firmware& operator=(const Firmware&) = delete;
     virtual ~Firmware() = default;
 
     virtual const Identity& identity() const = 0;
+
+    /// The device gets power, as when it is plugged in: what it had not saved is lost.
+    virtual void powerOn() {}
 
     /// Takes one output report: its payload, up to 64 bytes, without the report id.
     virtual void output(Bytes payload) = 0;
@@ -57,7 +67,12 @@ public:
     virtual std::vector<std::string> events() const = 0;
 
     /// The side that serves the model sets where input reports go.
-    void connect(Sink to) { sink = std::move(to); }
+    void connect(Sink to)
+    {
+        auto next = std::make_shared<const Sink>(std::move(to));
+        const std::lock_guard lock(sinkMutex);
+        sink.swap(next);
+    }
 
 protected:
     /// Sends an input report, filled with zeros to 64 bytes.
@@ -66,13 +81,20 @@ protected:
         std::array<std::uint8_t, 64> report{};
         for (std::size_t i = 0; i < payload.size() && i < report.size(); ++i)
             report[i] = payload[i];
-        if (sink)
-            sink(report);
+        if (const auto to = currentSink(); to && *to)
+            (*to)(report);
     }
     void emit(std::initializer_list<std::uint8_t> payload) { emit(Bytes(payload.begin(), payload.size())); }
 
 private:
-    Sink sink;
+    std::shared_ptr<const Sink> currentSink() const
+    {
+        const std::lock_guard lock(sinkMutex);
+        return sink;
+    }
+
+    mutable std::mutex sinkMutex;
+    std::shared_ptr<const Sink> sink;
 };
 
 } // namespace pyrux::sim

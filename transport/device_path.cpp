@@ -54,10 +54,13 @@ std::uint16_t idBehind(std::string_view piece, std::string_view key)
     return leadingNumber<std::uint16_t>(piece.substr(place + key.size(), 4), 16);
 }
 
-/// Reads the third piece of the second token: every "MI_0" is removed, the rest is a decimal number.
+/// Reads the third piece of the second token: every "MI_0" is removed, the rest is a decimal number. A piece
+/// that names no interface, such as the collection of a device that is not composite, gives -1.
 std::int32_t interfaceOf(std::string_view piece)
 {
     constexpr std::string_view key = "MI_0";
+    if (piece.find("MI_") == std::string_view::npos)
+        return -1;
     std::string rest(piece);
     for (std::size_t place = rest.find(key); place != std::string::npos; place = rest.find(key, place))
         rest.erase(place, key.size());

@@ -618,7 +618,7 @@ _error WiredMouse::setPerformance(const PerformanceRecord* record)
         return E_INVALID_SET;
     std::array<std::uint8_t, dpiLevels> order{0, 1, 2, 3, 4, 5, 6};
     const auto enabled = [&](std::uint8_t level) { return record->levelEnabled[level] == 1; };
-    const auto enabledCount = std::ranges::stable_partition(order, enabled).begin() - order.begin();
+    const auto enabledCount = std::stable_partition(order.begin(), order.end(), enabled) - order.begin();
     const auto currentPosition = std::ranges::find(order, record->currentLevel) - order.begin();
     if (currentPosition >= enabledCount)
         return E_INVALID_SET;

@@ -1,0 +1,42 @@
+#include "simulator/models.h"
+
+#include "simulator/models/rd210.h"
+
+namespace pyrux::sim {
+
+namespace {
+
+struct Model {
+    const char* name;
+    std::shared_ptr<Firmware> (*make)();
+};
+
+template <class Type>
+std::shared_ptr<Firmware> make()
+{
+    return std::make_shared<Type>();
+}
+
+constexpr Model models[]{
+    {"rd210", make<RD210Firmware>},
+};
+
+} // namespace
+
+std::shared_ptr<Firmware> makeFirmware(const std::string& name)
+{
+    for (const Model& model : models)
+        if (name == model.name)
+            return model.make();
+    return nullptr;
+}
+
+std::vector<std::string> firmwareNames()
+{
+    std::vector<std::string> names;
+    for (const Model& model : models)
+        names.emplace_back(model.name);
+    return names;
+}
+
+} // namespace pyrux::sim

@@ -1,0 +1,130 @@
+#pragma once
+
+#include "simulator/bus.h"
+#include "simulator/standin/clock.h"
+
+#include <array>
+#include <atomic>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace pyrux::sim {
+
+class Device;
+
+/// One entry of the enumeration: a collection of a plugged device.
+struct Entry {
+    Collection collection;
+    std::string path;
+};
+
+/// What hid_open_path gives out: the device's side of it. The input reports wait here, guarded by the
+/// device's mutex.
+class Handle {
+public:
+    Handle(std::shared_ptr<Device> of, const Entry& entry);
+
+    const std::shared_ptr<Device> device;
+    const Entry& entry; ///< Lives as long as the device.
+    std::atomic<bool> nonblocking = false;
+    std::atomic<const wchar_t*> error = nullptr; ///< What the last call ran into; null: nothing.
+    std::atomic<int> callers = 0;                ///< Calls that use the handle at this moment.
+
+    std::mutex infoMutex;
+    std::shared_ptr<void> info; ///< What hid_get_device_info gave out, guarded by `infoMutex`.
+
+private:
+    friend class Device;
+
+    struct InputReport {
+        std::array<std::uint8_t, 64> bytes;
+        std::size_t length;
+    };
+
+    /// As many as the kernel keeps; the oldest gives way.
+    std::array<InputReport, 64> waiting;
+    std::size_t first = 0;
+    std::size_t count = 0;
+    std::condition_variable arrived;
+    bool closed = false;
+};
+
+/// A plugged-in device: a firmware model, its conduct, the handles to it and the traffic on its wire.
+class Device : public std::enable_shared_from_this<Device> {
+public:
+    Device(std::shared_ptr<Firmware> behind, const std::string& instance);
+
+    const std::vector<Entry> entries;
+    const std::shared_ptr<Firmware> model;
+
+    /// Connects the model and gives it power.
+    void plug();
+    void unplug();
+    bool isPlugged() const;
+    bool hasPath(const std::string& path, bool caseMatters) const;
+    /// A path in the right case comes first. Null: no such entry.
+    const Entry* entryOf(const std::string& path) const;
+    /// The path of the first collection on the control interface.
+    const std::string& controlPath() const;
+
+    /// Null: the device has gone. Each open handle must be closed before it is let go.
+    std::shared_ptr<Handle> open(const Entry& entry);
+    void close(Handle& handle);
+
+    /// hidapi's results: bytes written, bytes read, -1 with an error text left in the handle.
+    int write(Handle& handle, Bytes report);
+    int read(Handle& handle, std::span<std::uint8_t> buffer, int limitMs);
+    int inputReport(Handle& handle, std::span<std::uint8_t> buffer);
+
+    void setConduct(const Conduct& next);
+    void releaseWrites();
+    /// Sends an input report as it is.
+    void deliver(Bytes report);
+    std::vector<WireRecord> takeTraffic(std::size_t least, std::chrono::milliseconds limit);
+    int reads() const;
+
+private:
+    using Lock = std::unique_lock<std::mutex>;
+
+    bool onControlInterface(const Entry& entry) const;
+    bool waitForTurn(Lock& lock, std::uint64_t ticket);
+    bool stall(Lock& lock, std::uint64_t releasesBefore);
+    const wchar_t* refusal(const Handle& handle) const;
+    void fromModel(Bytes report);
+    std::vector<std::uint8_t> shaped(Bytes report);
+    void deliver(const Lock& lock, Bytes report);
+    void record(const Lock& lock, WireRecord::Direction direction, Bytes report);
+
+    mutable std::mutex mutex;
+    bool plugged = true;
+    Conduct conduct;
+    std::vector<Handle*> handles; ///< Those that are open.
+
+    // Writes are taken one at a time, in the order in which they came.
+    std::condition_variable turns;
+    std::uint64_t nextTicket = 0;
+    std::uint64_t servedTicket = 0;
+    std::uint64_t releases = 0;
+
+    std::deque<WireRecord> traffic;
+    std::condition_variable recorded;
+    std::vector<std::uint8_t> newest; ///< The input report that was delivered last.
+    std::uint32_t noise = 0x2545F491;
+    std::atomic<int> readCalls = 0;
+};
+
+/// Threads in hid_write that a stalled device holds, on all devices.
+int stalledWriters();
+bool awaitStalledWriters(int least, std::chrono::milliseconds limit);
+
+using Trace = void (*)(const char* path, int direction, const unsigned char* bytes, int length);
+/// After the return no other callback is running.
+void setTrace(Trace callback);
+
+} // namespace pyrux::sim
