@@ -1,0 +1,42 @@
+#pragma once
+
+#include "loader.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace pyrux::ctl {
+
+/// The bus of the hidapi stand-in. To be made before the PYRUX library is loaded, which then finds the
+/// stand-in's devices where it looks for the system's.
+class Simulation {
+public:
+    /// Loads the stand-in: the file of PYRUX_SIMULATOR, or the one of the installation or the build tree.
+    /// Throws Failure.
+    explicit Simulation(bool trace);
+
+    /// Plugs a model in. Throws UsageError for a model that it does not know.
+    /// @return the device path
+    std::string plug(const std::string& model);
+
+    /// Pulls a device out.
+    /// @param which  its path, its model, or empty for the only one
+    /// @return the device path
+    std::string unplug(const std::string& which);
+
+    /// Lets a device do something by itself. Throws UsageError when the model has no such event.
+    void event(const std::string& which, const std::string& name, const std::vector<int>& values);
+
+private:
+    struct Plugged {
+        std::string model;
+        std::string path;
+    };
+    std::vector<Plugged>::iterator find(const std::string& which);
+
+    SharedLibrary library;
+    std::vector<Plugged> plugged;
+};
+
+} // namespace pyrux::ctl
