@@ -33,7 +33,20 @@ struct Options {
     std::string model;
     Place place;
     std::string socket;
+    bool trace = false;
 };
+
+/// "> 41 80", without the zeros that fill a report.
+void printReport(char direction, sim::Bytes report)
+{
+    while (report.size() > 1 && report.back() == 0)
+        report = report.first(report.size() - 1);
+    std::string line(1, direction);
+    for (const std::uint8_t byte : report)
+        line += {' ', "0123456789abcdef"[byte >> 4], "0123456789abcdef"[byte & 15]};
+    std::puts(line.c_str());
+    std::fflush(stdout);
+}
 
 std::string listOfModels()
 {
@@ -58,6 +71,9 @@ std::optional<Options> parse(int argc, char** argv)
                    "Name of the device in the gadget configuration; default: pyrux-MODEL")
         ->type_name("NAME");
     app.add_option("--socket", options.socket, "Take commands on this socket too")->type_name("PATH");
+    app.add_flag("--trace", options.trace,
+                 "Print each report, as payload without the zeros at its end: \"> 41 80\" to the device, "
+                 "\"< 41 80\" to the host");
     app.add_flag("--list", list, "List the models and exit");
     app.set_version_flag("--version", PYRUX_VERSION, "Show the version and exit");
     app.footer(footer);
@@ -95,7 +111,7 @@ void serve(Options options)
     const std::unique_ptr<ControlSocket> socket = options.socket.empty()
                                                       ? std::make_unique<ControlSocket>()
                                                       : std::make_unique<ControlSocket>(options.socket);
-    ServedModel device(model, options.place);
+    ServedModel device(model, options.place, options.trace ? printReport : Trace());
     device.plug();
     std::printf("%s is %s\n", options.model.c_str(), device.whereabouts().c_str());
     std::fflush(stdout);

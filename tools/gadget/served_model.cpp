@@ -19,8 +19,8 @@ constexpr std::size_t mostWaiting = 64;
 
 } // namespace
 
-ServedModel::ServedModel(std::shared_ptr<sim::Firmware> served, Place at)
-    : model(std::move(served)), place(std::move(at)),
+ServedModel::ServedModel(std::shared_ptr<sim::Firmware> served, Place at, Trace told)
+    : model(std::move(served)), place(std::move(at)), trace(std::move(told)),
       usb(place.folder, model->identity(), interfacesOf(model->identity())),
       wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
@@ -105,9 +105,13 @@ void ServedModel::takeReports()
     Report report;
     for (;;) {
         const ssize_t count = read(file.get(), report.data(), report.size());
-        if (count > 0)
-            model->output({report.data(), std::size_t(count)});
-        else if (count < 0 && errno != EINTR)
+        if (count > 0) {
+            const sim::Bytes payload(report.data(), std::size_t(count));
+            if (trace)
+                trace('>', payload);
+            model->output(payload);
+        }
+        if (count < 0 && errno != EINTR)
             return; // nothing left, or the host has just shut the device down
     }
 }
@@ -121,6 +125,8 @@ void ServedModel::sendReports()
             continue;
         if (count < 0 && errno == EAGAIN)
             return;
+        if (count > 0 && trace)
+            trace('<', waiting.front());
         waiting.pop_front(); // also when the host has not set the device up: nobody is there to hear it
     }
 }

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -23,10 +24,13 @@ struct Place {
     std::string controller; ///< Name of the device controller.
 };
 
+/// Is told of a report on the wire: '>' to the device, '<' to the host. Called before the model answers.
+using Trace = std::function<void(char direction, sim::Bytes report)>;
+
 class ServedModel {
 public:
     /// Makes the device; it is not yet plugged in.
-    ServedModel(std::shared_ptr<sim::Firmware> model, Place place);
+    ServedModel(std::shared_ptr<sim::Firmware> model, Place place, Trace trace = {});
     ~ServedModel();
 
     void plug();
@@ -58,6 +62,7 @@ private:
 
     std::shared_ptr<sim::Firmware> model;
     Place place;
+    Trace trace;
     UsbDevice usb;
     std::string node;
     FileDescriptor file;
