@@ -12,6 +12,7 @@
 #include <linux/sock_diag.h>
 #include <linux/unix_diag.h>
 #include <optional>
+#include <poll.h>
 #include <span>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -64,23 +65,35 @@ std::optional<std::uint32_t> peerInode(std::span<const std::byte> answer)
     return {};
 }
 
-} // namespace
-
-bool isAccepted(int socketNumber)
+/// The kernel's word on the inode at the server's side of the connection; 0 while nobody has accepted it.
+std::optional<std::uint32_t> askForPeerInode(int socketNumber)
 {
     struct stat own {};
     const FileDescriptor diagnosis{socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_SOCK_DIAG)};
     if (!diagnosis || fstat(socketNumber, &own) != 0)
-        return true;
+        return {};
     const PeerRequest request = peerRequest(static_cast<std::uint32_t>(own.st_ino));
     std::array<std::byte, 512> answer;
     ssize_t length = send(diagnosis.get(), &request, sizeof request, 0);
     if (length >= 0)
         length = recv(diagnosis.get(), answer.data(), answer.size(), 0);
     if (length < 0)
-        return true;
-    // A connection that nobody has accepted yet has no inode at the server's side.
-    return peerInode(std::span(answer).first(static_cast<std::size_t>(length))) != 0U;
+        return {};
+    return peerInode(std::span(answer).first(static_cast<std::size_t>(length)));
+}
+
+bool hasHungUp(int socketNumber)
+{
+    pollfd state{socketNumber, 0, 0};
+    return poll(&state, 1, 0) == 1 && (state.revents & POLLHUP);
+}
+
+} // namespace
+
+bool isAccepted(int socketNumber)
+{
+    // A peer that has gone has no inode either.
+    return askForPeerInode(socketNumber) != 0U || hasHungUp(socketNumber);
 }
 
 } // namespace pyrux::platform

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,7 @@ public:
     MouseMacroRecord macro{};
     PerformanceRecord performance{};
     NotifyCallback callback = nullptr;
+    std::function<void()> onListen = [] {};
 
     _error changeProfileId(std::uint8_t profile) override { return note("changeProfileId", {profile}); }
     _error getCurrProfileId(std::uint8_t* profile) override { return give("getCurrProfileId", profile); }
@@ -78,6 +80,7 @@ public:
     _error registerNotify(NotifyCallback notify) override
     {
         callback = notify;
+        onListen();
         return note("registerNotify", {});
     }
     _error unRegisterNotify() override

@@ -19,7 +19,7 @@ std::vector<std::filesystem::path> candidates()
         here / PYRUX_LIBRARY_FOLDER / "pyrux/simulator" / PYRUX_SIMULATOR_NAME, // the installed tree
         here / "../lib/pyrux/simulator" / PYRUX_SIMULATOR_NAME,
         here / "../simulator" / PYRUX_SIMULATOR_NAME, // the build tree
-        here / "simulator" / PYRUX_SIMULATOR_NAME,
+        here / PYRUX_SIMULATOR_NAME, // the build tree on Windows, where a program's folder holds its DLLs
     };
 }
 

@@ -1,0 +1,98 @@
+#include "services/tw_service.h"
+
+#include "core/log.h"
+
+#include <array>
+#include <optional>
+
+namespace pyrux {
+namespace {
+
+using platform::PipePiece;
+
+namespace peer {
+constexpr std::string_view service = "twservicepipe";       // resident service of the ATRIUM host
+constexpr std::string_view deskService = "twldservicepipe"; // resident service of the LumaDesk host
+constexpr std::string_view controlApp = "twironwoodpipe";   // control application
+} // namespace peer
+
+constexpr std::string_view acknowledgement = "TW_OK";
+constexpr std::size_t commandPiece = 256;
+constexpr std::size_t queryPiece = 127;
+
+} // namespace
+
+_error TW_SERVICE::sendToService(std::string_view text)
+{
+    return command(peer::service, text);
+}
+
+_error TW_SERVICE::sendToDeskService(std::string_view text)
+{
+    return command(peer::deskService, text);
+}
+
+_error TW_SERVICE::sendToControlApp(std::string_view text)
+{
+    return command(peer::controlApp, text);
+}
+
+_error TW_SERVICE::queryService(std::string& text)
+{
+    return query(peer::service, text);
+}
+
+_error TW_SERVICE::queryDeskService(std::string& text)
+{
+    const _error result = query(peer::deskService, text);
+    if (result == E_OK)
+        pipe.reset();
+    return result;
+}
+
+bool TW_SERVICE::connect(std::string_view name)
+{
+    pipe.reset(); // a connection of an earlier call would keep the peer busy
+    auto connection = platform::PipeClient::connect(name, limits.free);
+    pipe = std::move(connection.pipe);
+    return connection.available;
+}
+
+bool TW_SERVICE::write(std::string_view request)
+{
+    return pipe && pipe->write(request, limits.reply);
+}
+
+_error TW_SERVICE::command(std::string_view name, std::string_view text)
+{
+    connect(name); // without a peer the write fails
+    if (!write(text))
+        return E_PIPE_FAIL;
+    std::array<char, commandPiece> buffer;
+    for (std::optional<PipePiece> piece; !piece || piece->more;) {
+        piece = pipe->read(buffer, limits.reply);
+        if (!piece || !std::string_view(buffer.data(), piece->length).starts_with(acknowledgement))
+            return E_PIPE_FAIL;
+    }
+    return E_OK;
+}
+
+_error TW_SERVICE::query(std::string_view name, std::string& text)
+{
+    if (!connect(name))
+        return E_INVALID_GET;
+    if (!write(text))
+        return E_PIPE_FAIL;
+    for (std::optional<PipePiece> piece; !piece || piece->more;) {
+        std::array<char, queryPiece + 1> buffer{};
+        piece = pipe->read(std::span(buffer).first(queryPiece), limits.reply);
+        if (!piece) {
+            consoleLine("error read ");
+            return E_PIPE_FAIL;
+        }
+        text = buffer.data(); // deliberate: replaced, not appended, and at an end that the peer sends it ends
+    }
+    return E_OK;
+}
+
+} // namespace pyrux
