@@ -146,29 +146,29 @@ SYS_INFO_Base* sysInfo()
 std::int32_t getSysTemp(std::int32_t* cpu, std::int32_t* gpu)
 {
     LOG_EXPORT();
-    return queryTemperatures(cpu, gpu);
+    return resident::temperatures(cpu, gpu);
 }
 
 std::int32_t getSysCore(std::int32_t* first, std::int32_t* second)
 {
     LOG_EXPORT();
-    return queryCores(first, second);
+    return resident::coreCounts(first, second);
 }
 
 std::int32_t getVersion(float* version)
 {
     LOG_EXPORT();
-    return queryServiceVersion(version);
+    return resident::version(version);
 }
 
 std::int32_t fakeTempEnable()
 {
     LOG_EXPORT();
-    return enableFakeTemperature();
+    return resident::enableFakeTemperature();
 }
 
 std::int32_t fakeTempStep()
 {
     LOG_EXPORT();
-    return stepFakeTemperature();
+    return resident::stepFakeTemperature();
 }
