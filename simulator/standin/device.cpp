@@ -163,19 +163,11 @@ bool Device::isPlugged() const
     return plugged;
 }
 
-bool Device::hasPath(const std::string& path, bool caseMatters) const
-{
-    return std::ranges::any_of(entries, [&](const Entry& entry) {
-        return caseMatters ? entry.path == path : equalWithoutCase(entry.path, path);
-    });
-}
-
 const Entry* Device::entryOf(const std::string& path) const
 {
-    for (const bool caseMatters : {true, false})
-        for (const Entry& entry : entries)
-            if (caseMatters ? entry.path == path : equalWithoutCase(entry.path, path))
-                return &entry;
+    for (const Entry& entry : entries)
+        if (equalWithoutCase(entry.path, path))
+            return &entry;
     return nullptr;
 }
 
