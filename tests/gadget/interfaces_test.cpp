@@ -34,18 +34,14 @@ const Bytes end{0xC0};
 
 TEST(Interfaces, vendorPageHasReportsOf64BytesInBothDirections)
 {
-    const auto interfaces =
-        interfacesOf(device({
-    {
-        .interface = 0, .usagePage = 0xFF00, .usage = 1
-    }}});
-ASSERT_EQ(interfaces.size(), 1U);
-EXPECT_EQ(interfaces[0].subclass, 0);
-EXPECT_EQ(interfaces[0].protocol, 0);
-EXPECT_EQ(interfaces[0].reportLength, 64);
-EXPECT_TRUE(interfaces[0].hasOutputEndpoint);
-EXPECT_EQ(interfaces[0].descriptor, joined({{0x06, 0x00, 0xFF, 0x09, 0x01, 0xA1, 0x01}, reports64, end}));
-} // namespace
+    const auto interfaces = interfacesOf(device({{.interface = 0, .usagePage = 0xFF00, .usage = 1}}));
+    ASSERT_EQ(interfaces.size(), 1U);
+    EXPECT_EQ(interfaces[0].subclass, 0);
+    EXPECT_EQ(interfaces[0].protocol, 0);
+    EXPECT_EQ(interfaces[0].reportLength, 64);
+    EXPECT_TRUE(interfaces[0].hasOutputEndpoint);
+    EXPECT_EQ(interfaces[0].descriptor, joined({{0x06, 0x00, 0xFF, 0x09, 0x01, 0xA1, 0x01}, reports64, end}));
+}
 
 TEST(Interfaces, longUsagesTakeTwoBytes)
 {
@@ -74,56 +70,55 @@ TEST(Interfaces, bootMouseHasAPlainMouseReport)
 
 TEST(Interfaces, bootKeyboardHasItsProtocol)
 {
-    const auto interfaces = interfacesOf({.collections = {{.interface = 0, .usagePage = 1, .usage = 6}}));
-        EXPECT_EQ(interfaces.at(0).subclass, 1);
-        EXPECT_EQ(interfaces[0].protocol, 1);
-        EXPECT_EQ(interfaces[0].reportLength, 8);
+    const auto interfaces = interfacesOf(device({{.interface = 0, .usagePage = 1, .usage = 6}}));
+    EXPECT_EQ(interfaces.at(0).subclass, 1);
+    EXPECT_EQ(interfaces[0].protocol, 1);
+    EXPECT_EQ(interfaces[0].reportLength, 8);
 }
 
 // Without report ids an interface has one report per direction: a second collection with reports would
 // lengthen it.
 TEST(Interfaces, oneCollectionOfAnInterfaceCarriesTheReports)
 {
-        const auto interfaces = interfacesOf(device({{.interface = 0, .usagePage = 0x000C, .usage = 1},
-                                                     {.interface = 0, .usagePage = 0xFF00, .usage = 1},
-                                                     {.interface = 0, .usagePage = 0xFF01, .usage = 2}}));
-        ASSERT_EQ(interfaces.size(), 1U);
-        EXPECT_EQ(interfaces[0].reportLength, 64);
-        EXPECT_TRUE(interfaces[0].hasOutputEndpoint);
-        EXPECT_EQ(interfaces[0].descriptor, joined({{0x05, 0x0C, 0x09, 0x01, 0xA1, 0x01},
-                                                    featureByte,
-                                                    end,
-                                                    {0x06, 0x00, 0xFF, 0x09, 0x01, 0xA1, 0x01},
-                                                    reports64,
-                                                    end,
-                                                    {0x06, 0x01, 0xFF, 0x09, 0x02, 0xA1, 0x01},
-                                                    featureByte,
-                                                    end}));
+    const auto interfaces = interfacesOf(device({{.interface = 0, .usagePage = 0x000C, .usage = 1},
+                                                 {.interface = 0, .usagePage = 0xFF00, .usage = 1},
+                                                 {.interface = 0, .usagePage = 0xFF01, .usage = 2}}));
+    ASSERT_EQ(interfaces.size(), 1U);
+    EXPECT_EQ(interfaces[0].reportLength, 64);
+    EXPECT_TRUE(interfaces[0].hasOutputEndpoint);
+    EXPECT_EQ(interfaces[0].descriptor, joined({{0x05, 0x0C, 0x09, 0x01, 0xA1, 0x01},
+                                                featureByte,
+                                                end,
+                                                {0x06, 0x00, 0xFF, 0x09, 0x01, 0xA1, 0x01},
+                                                reports64,
+                                                end,
+                                                {0x06, 0x01, 0xFF, 0x09, 0x02, 0xA1, 0x01},
+                                                featureByte,
+                                                end}));
 }
 
 TEST(Interfaces, numbersWithoutACollectionAreFilled)
 {
-        const sim::Identity identity = device(
-            {{.interface = 3, .usagePage = 0xFF00, .usage = 1}, {.interface = 1, .usagePage = 1, .usage = 2}},
-            3);
-        const auto interfaces = interfacesOf(identity);
-        ASSERT_EQ(interfaces.size(), 4U);
-        for (const std::size_t filled : {0, 2}) {
-            EXPECT_FALSE(interfaces[filled].hasOutputEndpoint);
-            EXPECT_EQ(interfaces[filled].reportLength, 1);
-            EXPECT_EQ(interfaces[filled].descriptor,
-                      joined({{0x06, 0xFF, 0xFF, 0x09, 0x01, 0xA1, 0x01}, featureByte, end}));
-        }
-        EXPECT_EQ(interfaces[1].protocol, 2);
-        EXPECT_EQ(interfaces[3].reportLength, 64);
-        EXPECT_EQ(controlInterfaceOf(identity), 3U);
+    const sim::Identity identity = device(
+        {{.interface = 3, .usagePage = 0xFF00, .usage = 1}, {.interface = 1, .usagePage = 1, .usage = 2}}, 3);
+    const auto interfaces = interfacesOf(identity);
+    ASSERT_EQ(interfaces.size(), 4U);
+    for (const std::size_t filled : {0, 2}) {
+        EXPECT_FALSE(interfaces[filled].hasOutputEndpoint);
+        EXPECT_EQ(interfaces[filled].reportLength, 1);
+        EXPECT_EQ(interfaces[filled].descriptor,
+                  joined({{0x06, 0xFF, 0xFF, 0x09, 0x01, 0xA1, 0x01}, featureByte, end}));
+    }
+    EXPECT_EQ(interfaces[1].protocol, 2);
+    EXPECT_EQ(interfaces[3].reportLength, 64);
+    EXPECT_EQ(controlInterfaceOf(identity), 3U);
 }
 
 TEST(Interfaces, aDeviceThatIsNotCompositeHasInterface0)
 {
-        const sim::Identity identity = device({{.interface = -1, .usagePage = 0xFF00, .usage = 1}}, -1);
-        EXPECT_EQ(interfacesOf(identity).size(), 1U);
-        EXPECT_EQ(controlInterfaceOf(identity), 0U);
+    const sim::Identity identity = device({{.interface = -1, .usagePage = 0xFF00, .usage = 1}}, -1);
+    EXPECT_EQ(interfacesOf(identity).size(), 1U);
+    EXPECT_EQ(controlInterfaceOf(identity), 0U);
 }
 
 } // namespace
