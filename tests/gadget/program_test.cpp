@@ -49,7 +49,7 @@ TEST(Program, listsItsModels)
 TEST(Program, refusesWrongWords)
 {
     for (const char* words : {"", "rd211", "rd210 rd210", "--colour rd210", "rd210 --udc", "--name a/b rd210",
-                              "--name .. rd210", "--name '' rd210 extra"}) {
+                              "--name .. rd210"}) {
         const Ended ended = run(words);
         EXPECT_EQ(ended.code, 2) << words;
         EXPECT_TRUE(ended.output.starts_with("pyrux-gadget: ")) << words;

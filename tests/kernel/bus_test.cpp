@@ -1,8 +1,13 @@
 #include "tests/kernel/rd210_rig.h"
 
+#include <algorithm>
+#include <array>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 /// @file
 /// The device on the bus: what the kernel, udev and the library's lists show of it, and that it goes without
@@ -79,8 +84,39 @@ TEST_F(RD210Rig, aFactoryForAnotherPathGivesNull)
     EXPECT_EQ(rd210(""), nullptr);
 }
 
+/// A client of the control socket.
+class Client {
+public:
+    explicit Client(const std::string& path) : file(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::ranges::copy(path, address.sun_path);
+        connected = connect(file, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    }
+    ~Client() { close(file); }
+
+    bool isConnected() const { return connected; }
+
+    /// Sends a text, and waits for one piece of an answer; empty when the other side has closed.
+    std::string say(const std::string& text)
+    {
+        if (write(file, text.data(), text.size()) != ssize_t(text.size()))
+            return "";
+        std::array<char, 256> answer{};
+        const ssize_t count = read(file, answer.data(), answer.size());
+        return {answer.data(), count > 0 ? std::size_t(count) : 0};
+    }
+
+private:
+    int file;
+    bool connected = false;
+};
+
 class GadgetProgram : public testing::Test {
 protected:
+    static constexpr auto socketPath = "/run/pyrux-gadget-test";
+
     void TearDown() override { EXPECT_TRUE(udev.waitForNodes("3a7e", "012f", 0).empty()); }
 
     Udev udev;
@@ -157,7 +193,73 @@ TEST_F(GadgetProgram, refusesWhatIsTaken)
     EXPECT_EQ(noController.errors(), "pyrux-gadget: there is no USB device controller \"none\"\n");
     EXPECT_FALSE(std::filesystem::exists(gadgets / "other"));
 
+    Gadget sameSocket({"--socket", "/dev/null", "--name", "other", "rd210"});
+    EXPECT_EQ(sameSocket.wait(), 1);
+    EXPECT_EQ(sameSocket.errors(), "pyrux-gadget: /dev/null: Address already in use\n");
+
     EXPECT_EQ(first.command("events"), "ok dpi LEVEL, profile N, key NUMBER STATE, surface A B");
+}
+
+TEST_F(GadgetProgram, answersEveryCommand)
+{
+    Gadget gadget({"rd210"});
+    ASSERT_NE(gadget.line(), "");
+    EXPECT_EQ(gadget.command("dance"), "error there is no command \"dance\"");
+    EXPECT_EQ(gadget.command("silent"), "error wrong number of words behind \"silent\"");
+    EXPECT_EQ(gadget.command("silent maybe"), "error silent on, or silent off");
+    EXPECT_EQ(gadget.command("event dpi two"), "error \"two\" is no number");
+    EXPECT_EQ(gadget.command("event dpi 7"), "error no such event, or it cannot happen now");
+    EXPECT_EQ(gadget.command("event sleep"), "error no such event, or it cannot happen now");
+    EXPECT_EQ(gadget.command("plug"), "error is plugged in already");
+    EXPECT_EQ(gadget.command("# a comment\n\n \t event  dpi\t2 # and another"), "ok");
+}
+
+TEST_F(GadgetProgram, takesCommandsFromASocket)
+{
+    {
+        Gadget killed({"--socket", socketPath, "rd210"});
+        ASSERT_NE(killed.line(), "");
+        killed.send(SIGKILL);
+        killed.wait();
+    }
+    EXPECT_TRUE(std::filesystem::is_socket(socketPath));
+
+    Gadget gadget({"--socket", socketPath, "rd210"}); // takes over the one that is left
+    ASSERT_NE(gadget.line(), "");
+    EXPECT_EQ(std::filesystem::status(socketPath).permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    Client first(socketPath);
+    Client second(socketPath);
+    ASSERT_TRUE(first.isConnected() && second.isConnected());
+    EXPECT_EQ(first.say("event dpi 3\n"), "ok\n");
+    EXPECT_EQ(second.say("nothing\n"), "error there is no command \"nothing\"\n");
+    EXPECT_EQ(gadget.command("event dpi 4"), "ok");
+    EXPECT_EQ(first.say(std::string(5000, 'x')), ""); // no line is that long
+    EXPECT_EQ(second.say("unplug\n"), "ok\n");
+    EXPECT_EQ(second.say("quit\n"), "ok\n");
+    EXPECT_EQ(gadget.wait(), 0);
+    EXPECT_FALSE(std::filesystem::exists(socketPath));
+    EXPECT_TRUE(std::filesystem::is_empty(gadgets));
+}
+
+/// A host that has not opened the device fetches nothing; that must neither stop the device nor be replayed
+/// as replies to what comes later.
+TEST_F(GadgetProgram, goesOnWhenNobodyFetchesItsReports)
+{
+    Gadget gadget({"rd210"});
+    ASSERT_NE(gadget.line(), "");
+    auto nodes = udev.waitForNodes("3a7e", "012f", 2);
+    ASSERT_EQ(nodes.size(), 2U);
+    for (int i = 0; i < 200; ++i)
+        ASSERT_EQ(gadget.command("event dpi 2"), "ok");
+    keepNumberOf(nodes["01"]);
+    PYRUX_RD210_Base* const mouse = rd210(pathOf(nodes["01"].path).c_str());
+    ASSERT_NE(mouse, nullptr);
+    EXPECT_EQ(mouse->changeProfileId(2), E_OK);
+    std::uint8_t profile = 0xEE;
+    EXPECT_EQ(mouse->getCurrProfileId(&profile), E_OK);
+    EXPECT_EQ(profile, 2);
+    EXPECT_EQ(mouse->exit_device(0), E_OK);
 }
 
 } // namespace

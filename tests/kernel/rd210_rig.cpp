@@ -57,6 +57,11 @@ std::string pathOf(const std::string& node)
     return "";
 }
 
+void keepNumberOf(const HidrawNode& node)
+{
+    ASSERT_GE(open(node.path.c_str(), O_RDONLY | O_CLOEXEC), 0); // deliberate: never closed
+}
+
 void RD210Rig::SetUp()
 {
     gadget = std::make_unique<Gadget>(gadgetArguments());
@@ -80,7 +85,7 @@ void RD210Rig::waitForDevice()
 {
     nodes = udev.waitForNodes(vid, pid, 2);
     ASSERT_TRUE(nodes.contains("00") && nodes.contains("01"));
-    ASSERT_GE(open(nodes["01"].path.c_str(), O_RDONLY | O_CLOEXEC), 0); // deliberate: held to the end
+    keepNumberOf(nodes["01"]);
 }
 
 void RD210Rig::unplug()

@@ -29,6 +29,10 @@ public:
 /// The path that `devInfo` gives for the node of a hidraw device; empty when it lists none.
 std::string pathOf(const std::string& node);
 
+/// Keeps the number of a node from being given out again, to the end of the process: the library returns the
+/// object that it has for a path until it has heard of the device's removal.
+void keepNumberOf(const HidrawNode& node);
+
 class RD210Rig : public testing::Test {
 protected:
     static constexpr auto vid = "3a7e";
@@ -39,8 +43,7 @@ protected:
     void TearDown() override;
     virtual std::vector<std::string> gadgetArguments() const { return {"--trace", "rd210"}; }
 
-    /// Waits for the device's nodes, and keeps the number of the control interface's from being given out
-    /// again: the library returns an object for its path until it has heard of the device's removal.
+    /// Waits for the device's nodes.
     void waitForDevice();
     PYRUX_RD210_Base* openDevice();
 
