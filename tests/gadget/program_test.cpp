@@ -3,6 +3,8 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <sys/wait.h>
 
@@ -37,6 +39,21 @@ TEST(Program, tellsItsUsage)
     for (const char* word : {"--udc", "--name", "--socket", "--trace", "--list", "--version", "unplug, plug",
                              "event NAME", "silent on|off", "quit", "Exit codes"})
         EXPECT_NE(ended.output.find(word), std::string::npos) << word;
+}
+
+TEST(Program, manualNamesEveryOption)
+{
+    std::ifstream file(PYRUX_GADGET_MANUAL);
+    const std::string manual(std::istreambuf_iterator<char>(file), {});
+    const std::string help = run("--help").output;
+    int count = 0;
+    for (std::size_t place = help.find("--"); place != std::string::npos;
+         place = help.find("--", place + 1)) {
+        const std::string option = help.substr(place + 1, help.find_first_of(" ,\n", place) - place - 1);
+        EXPECT_NE(manual.find("Fl " + option), std::string::npos) << option;
+        ++count;
+    }
+    EXPECT_GE(count, 7);
 }
 
 TEST(Program, listsItsModels)

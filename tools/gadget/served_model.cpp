@@ -36,6 +36,16 @@ void ServedModel::plug()
 {
     model->powerOn();
     usb.plug(place.controller);
+    try {
+        openNode();
+    } catch (const Failure&) {
+        usb.unplug();
+        throw;
+    }
+}
+
+void ServedModel::openNode()
+{
     node = usb.node(controlInterfaceOf(model->identity()));
     file = FileDescriptor(open(node.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
     if (!file)

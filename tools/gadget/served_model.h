@@ -58,6 +58,7 @@ public:
 private:
     using Report = std::array<std::uint8_t, 64>;
 
+    void openNode();
     void queue(sim::Bytes payload);
 
     std::shared_ptr<sim::Firmware> model;
