@@ -368,6 +368,8 @@ TEST_F(RD210FirmwareTest, hasNoMacroWhereTheCursorPointsNowhere)
     EXPECT_EQ(ask("53 00 10 00" + events(1, 15)), "");
     EXPECT_EQ(ask("53 10 10"), "");
     EXPECT_EQ(ask("53 10 01"), "53 10 01 00 00 FC");
+    ask("51 18 02 00 B2 3E"); // a page without areas
+    EXPECT_EQ(ask("53 10 01"), "");
     ask("51 18 02 00 FF 3F");
     EXPECT_EQ(ask("53 00 01 00" + events(1, 1)), "");
     EXPECT_EQ(ask("53 10 01"), "");
