@@ -244,6 +244,8 @@ const ScriptCase scriptCases[]{
      "pyruxctl: rd210 cannot do \"fly\" now, or not with these values\npyruxctl: stopped at line 1\n"},
     {"event rd210 dpi 7", 2, "",
      "pyruxctl: rd210 cannot do \"dpi\" now, or not with these values\npyruxctl: stopped at line 1\n"},
+    {"open rd999", 2, "", "pyruxctl: there is no model \"rd999\"\npyruxctl: stopped at line 1\n"},
+    {"open rd210 elsewhere", 3, "", "pyruxctl: cannot open elsewhere\npyruxctl: stopped at line 1\n"},
     {"unplug nothing", 2, "", "pyruxctl: no \"nothing\" is plugged in\npyruxctl: stopped at line 1\n"},
     {"trace maybe", 2, "", "pyruxctl: usage: trace on|off\npyruxctl: stopped at line 1\n"},
     {"rd210 setMacro -", 2, "",
@@ -306,7 +308,7 @@ TEST_F(Simulated, anotherEventThanExpectedStopsTheScript)
     constexpr auto path =
         R"(\\?\hid#vid_3a7e&pid_012f&mi_01#sim-0001#{4d1e55b2-f16f-11cf-88cb-001111000030})";
     const auto key = [&](const std::string& expectation) {
-        return script("rd210 saveConfig\nevent key 0 1\n" + expectation);
+        return script("open rd210\nevent key 0 1\n" + expectation);
     };
     EXPECT_EQ(key("expect-event 2").exit, 0);
     EXPECT_EQ(key("expect-event 2 30").exit, 0);
