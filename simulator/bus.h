@@ -69,10 +69,10 @@ PYRUX_SIM_API void releaseWrites(const std::string& path);
 PYRUX_SIM_API std::vector<WireRecord> takeTraffic(const std::string& path, std::size_t count = 0,
                                                   std::chrono::milliseconds limit = std::chrono::seconds(5));
 
-/// Output reports since the last call as text: payload bytes in hexadecimal without the zeros at the end, one
-/// report from the next by " | ", such as "41 80 | 51 00 00 00 C4"; a payload of zeros is "00". Traffic
-/// towards the host is forgotten with them. A report of other length than 65, or with a report id, is written
-/// in full in brackets.
+/// Output reports since the last call as text: payload bytes in upper-case hexadecimal without the zeros at
+/// the end, one report from the next by " | ", such as "41 80 | 51 00 00 00 C4". So 52 00 is "52", and a
+/// payload of zeros is "00". Traffic towards the host is forgotten with them. A report of other length than
+/// 65, or with a report id, is written in full in brackets.
 PYRUX_SIM_API std::string takeWritten(const std::string& path);
 
 /// Sends an input report of any length (up to 64 bytes) to the host, past the firmware model and its conduct.

@@ -16,9 +16,9 @@ bool setPointerSpeed(int speed)
 {
     if (speed < 1 || speed > 20)
         return false;
-    // The speed stands in place of the pointer.
+    // Windows takes the speed itself in the pointer's place, Wine in the number's.
     auto* argument = reinterpret_cast<void*>(static_cast<INT_PTR>(speed));
-    return SystemParametersInfoW(SPI_SETMOUSESPEED, 0, argument, 0) != FALSE;
+    return SystemParametersInfoW(SPI_SETMOUSESPEED, static_cast<UINT>(speed), argument, 0) != FALSE;
 }
 
 std::optional<int> doubleClickTimeMs()

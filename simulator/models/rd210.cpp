@@ -8,18 +8,6 @@ namespace pyrux::sim {
 
 namespace {
 
-const Identity rd210{
-    .vid = 0x3A7E,
-    .pid = 0x012F,
-    .release = 0x0103,
-    .serial = "RD210-000001",
-    .product = "RD210",
-    .manufacturer = "Tessel Works",
-    .collections = {{.interface = 0, .usagePage = 0x0001, .usage = 0x0002},
-                    {.interface = 1, .usagePage = 0xFF00, .usage = 0x0001}},
-    .controlInterface = 1,
-};
-
 // Places in the blocks of settings, counted from the blocks' beginnings.
 constexpr std::size_t currentPlace = 4 - 4; // performance
 constexpr std::size_t enabledCount = 5 - 4;
@@ -177,6 +165,18 @@ RD210Firmware::Memory RD210Firmware::factoryMemory()
 
 const Identity& RD210Firmware::identity() const
 {
+    // Never destroyed: a write may hang in the model to the end of the process.
+    static const Identity& rd210 = *new Identity{
+        .vid = 0x3A7E,
+        .pid = 0x012F,
+        .release = 0x0103,
+        .serial = "RD210-000001",
+        .product = "RD210",
+        .manufacturer = "Tessel Works",
+        .collections = {{.interface = 0, .usagePage = 0x0001, .usage = 0x0002},
+                        {.interface = 1, .usagePage = 0xFF00, .usage = 0x0001}},
+        .controlInterface = 1,
+    };
     return rd210;
 }
 

@@ -167,10 +167,13 @@ void pyrux_sim_trace(void (*callback)(const char* path, int direction, const uns
 
 const char* pyrux_sim_models()
 {
-    static const std::string names = [] {
-        std::string all;
-        for (const std::string& name : sim::firmwareNames())
-            all += (all.empty() ? "" : ",") + name;
+    static const std::string& names = *[] {
+        auto* all = new std::string;
+        for (const std::string& name : sim::firmwareNames()) {
+            if (!all->empty())
+                *all += ',';
+            *all += name;
+        }
         return all;
     }();
     return names.c_str();

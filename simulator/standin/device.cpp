@@ -163,19 +163,11 @@ bool Device::isPlugged() const
     return plugged;
 }
 
-bool Device::hasPath(const std::string& path, bool caseMatters) const
-{
-    return std::ranges::any_of(entries, [&](const Entry& entry) {
-        return caseMatters ? entry.path == path : equalWithoutCase(entry.path, path);
-    });
-}
-
 const Entry* Device::entryOf(const std::string& path) const
 {
-    for (const bool caseMatters : {true, false})
-        for (const Entry& entry : entries)
-            if (caseMatters ? entry.path == path : equalWithoutCase(entry.path, path))
-                return &entry;
+    for (const Entry& entry : entries)
+        if (equalWithoutCase(entry.path, path))
+            return &entry;
     return nullptr;
 }
 
@@ -222,7 +214,7 @@ bool Device::waitForTurn(Lock& lock, std::uint64_t ticket)
 /// Waits as long as a write takes. False: the device has gone.
 bool Device::stall(Lock& lock, std::uint64_t releasesBefore)
 {
-    if (conduct.writeTime.count() > 0 && plugged && releases == releasesBefore) {
+    if (conduct.writeTime.count() > 0 && plugged) {
         const auto until = Clock::now() + std::min(conduct.writeTime, longest);
         const StalledHere here;
         turns.wait_until(lock, until, [&] { return !plugged || releases != releasesBefore; });
@@ -319,7 +311,7 @@ void Device::releaseWrites()
 void Device::fromModel(Bytes report)
 {
     const Lock lock(mutex);
-    if (!plugged || conduct.silent)
+    if (conduct.silent)
         return;
     if (conduct.replyTime.count() <= 0) {
         if (conduct.garbage || conduct.shortReads < report.size())

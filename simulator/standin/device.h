@@ -67,8 +67,7 @@ public:
     void plug();
     void unplug();
     bool isPlugged() const;
-    bool hasPath(const std::string& path, bool caseMatters) const;
-    /// A path in the right case comes first. Null: no such entry.
+    /// The entry of a path, in any case. Null: there is none.
     const Entry* entryOf(const std::string& path) const;
     /// The path of the first collection on the control interface.
     const std::string& controlPath() const;

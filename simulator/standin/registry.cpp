@@ -23,9 +23,9 @@ std::string Registry::plug(std::shared_ptr<Firmware> model, std::string instance
         instance = text;
     }
     auto device = std::make_shared<Device>(std::move(model), instance);
-    // A port holds one device, and its path leads to the newest one.
+    // A port holds one device, and its paths lead to the newest one.
     std::erase_if(devices, [&](const auto& old) {
-        if (!old->hasPath(device->controlPath(), false))
+        if (std::ranges::none_of(device->entries, [&](const Entry& one) { return old->entryOf(one.path); }))
             return false;
         old->unplug();
         return true;
@@ -57,10 +57,9 @@ std::vector<std::shared_ptr<Device>> Registry::plugged() const
 std::shared_ptr<Device> Registry::find(const std::string& path) const
 {
     const std::lock_guard lock(devicesMutex);
-    for (const bool caseMatters : {true, false})
-        for (const auto& device : devices)
-            if (device->hasPath(path, caseMatters))
-                return device;
+    for (const auto& device : devices)
+        if (device->entryOf(path))
+            return device;
     return nullptr;
 }
 

@@ -23,7 +23,7 @@ public:
     void reset();
     /// The plugged devices, in the order in which they were plugged in.
     std::vector<std::shared_ptr<Device>> plugged() const;
-    /// The device of a path, also one that has gone; a path in the right case comes first. Null: none.
+    /// The device of a path in any case, also one that has gone. Null: none.
     std::shared_ptr<Device> find(const std::string& path) const;
 
     /// A handle, from its opening to its closing, has a number that no other one ever gets.

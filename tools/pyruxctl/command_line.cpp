@@ -24,7 +24,9 @@ Environment: PYRUX_LIBRARY, PYRUX_SIMULATOR, PYRUX_DEBUG_OUTPUT. See pyruxctl(1)
 constexpr auto scriptHelp =
     R"(A line is a command of pyruxctl ("rd210 changeDpiLevel 3"), a comment ("# ..."), or one of:
   plug MODEL                  plug a simulated device in
-  unplug [MODEL|PATH]         pull it out
+  unplug [MODEL|PATH]         pull it out, and close it as a host does that learns of it
+  trace on|off                show the bytes on the wire, or stop to
+|PATH]         pull it out
   event [MODEL|PATH] NAME [VALUE...]
                               let it do something by itself: "event rd210 dpi 2"
   expect-event EVENT [VALUE]  wait for the next event, which must be this one;

@@ -72,6 +72,7 @@ struct HostCalls {
     void* (*create)(void* factory, const char* path); ///< The host object, or null.
     void (*listen)(void* host, std::size_t slot);
     void (*stopListening)(void* host);
+    void (*closeUnplugged)(void* host); ///< Closes the object of a device that has gone.
 };
 
 namespace detail {
@@ -95,6 +96,7 @@ HostCalls hostCalls()
             detail::listen(*static_cast<Interface*>(host), &Interface::registerNotify, slot);
         },
         [](void* host) { static_cast<Interface*>(host)->unRegisterNotify(); },
+        [](void* host) { static_cast<Interface*>(host)->exit_device(1); },
     };
 }
 

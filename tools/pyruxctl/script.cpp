@@ -71,20 +71,24 @@ public:
     {
         session.listen();
         std::string line;
+        int number = 0;
         for (std::string part; std::getline(lines, part);) {
+            ++number;
             if (part.ends_with('\r'))
                 part.pop_back();
             line += part;
             if (!style.quiet)
                 echo(part, line.size() > part.size());
-            if (line.ends_with('\\')) {
+            if (line.ends_with('\\') && lines.peek() != std::istream::traits_type::eof()) {
                 line.pop_back();
                 continue;
             }
-            if (const Exit result = runLine(std::exchange(line, {})); result != Exit::fine)
+            if (const Exit result = runLine(std::exchange(line, {})); result != Exit::fine) {
+                console::note("pyruxctl: stopped at line " + std::to_string(number));
                 return result;
+            }
         }
-        return line.empty() ? Exit::fine : runLine(line);
+        return Exit::fine;
     }
 
 private:
@@ -97,8 +101,13 @@ private:
 
     Exit runLine(const std::string& line)
     {
-        const std::vector<std::string> words = splitWords(line);
-        return words.empty() ? Exit::fine : runWords(words);
+        try {
+            const std::vector<std::string> words = splitWords(line);
+            return words.empty() ? Exit::fine : runWords(words);
+        } catch (const Failure& failure) {
+            console::note(std::string("pyruxctl: ") + failure.what());
+            return failure.exit;
+        }
     }
 
     Exit runWords(Words words)
@@ -108,9 +117,13 @@ private:
             Exit (Script::*run)(Words);
         };
         static constexpr Directive directives[]{
-            {"plug", &Script::plug},       {"unplug", &Script::unplug},
-            {"event", &Script::event},     {"expect-event", &Script::expectEvent},
-            {"expect", &Script::expect},   {"match", &Script::match},
+            {"plug", &Script::plug},
+            {"unplug", &Script::unplug},
+            {"trace", &Script::trace},
+            {"event", &Script::event},
+            {"expect-event", &Script::expectEvent},
+            {"expect", &Script::expect},
+            {"match", &Script::match},
             {"!", &Script::expectFailure},
         };
         for (const Directive& directive : directives)
@@ -150,7 +163,18 @@ private:
     Exit unplug(Words words)
     {
         expectWords(words, 0, 1, "unplug [MODEL|PATH]");
-        say("pulled out " + session.simulator().unplug(wordOr(words, 0, "")));
+        const std::string path = session.simulator().unplug(wordOr(words, 0, ""));
+        session.closeUnplugged(path);
+        say("pulled out " + path);
+        return Exit::fine;
+    }
+
+    Exit trace(Words words)
+    {
+        expectWords(words, 1, 1, "trace on|off");
+        if (words[0] != "on" && words[0] != "off")
+            throw UsageError("usage: trace on|off");
+        session.simulator().trace(words[0] == "on");
         return Exit::fine;
     }
 

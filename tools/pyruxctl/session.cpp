@@ -69,7 +69,8 @@ const Library& Session::library()
         return *loaded;
     chooseDebugOutput(setup.debug);
     if (!setup.simulate.empty()) {
-        simulation.emplace(setup.trace);
+        simulation.emplace();
+        simulation->trace(setup.trace);
         for (const std::string& model : setup.simulate)
             simulation->plug(model);
     }
@@ -188,6 +189,14 @@ const HostObject* Session::listener(std::size_t slot) const
 {
     const auto found = std::ranges::find(opened, slot, &HostObject::slot);
     return found == opened.end() ? nullptr : &*found;
+}
+
+void Session::closeUnplugged(const std::string& path)
+{
+    drop(path);
+    for (const HostObject& object : opened)
+        if (equalIgnoringCase(object.path, path))
+            object.model->calls.closeUnplugged(object.host);
 }
 
 void Session::drop(const std::string& path)

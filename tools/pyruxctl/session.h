@@ -71,6 +71,10 @@ public:
     /// The object whose events arrive at a slot, or null.
     const HostObject* listener(std::size_t slot) const;
 
+    /// Closes the objects of a device that has gone, as a host does that learns of it. They go on answering,
+    /// with -11.
+    void closeUnplugged(const std::string& path);
+
     /// Stops listening to a device that has gone.
     void drop(const std::string& path);
 

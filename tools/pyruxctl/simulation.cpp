@@ -51,11 +51,14 @@ void traceReport(const char*, int direction, const unsigned char* bytes, int len
 
 } // namespace
 
-Simulation::Simulation(bool trace) : library(loadFirst("PYRUX_SIMULATOR", candidates()))
+Simulation::Simulation() : library(loadFirst("PYRUX_SIMULATOR", candidates()))
 {
     SIMULATOR(pyrux_sim_plug); // so that a hidapi that is no stand-in is told at once
-    if (trace)
-        SIMULATOR(pyrux_sim_trace)(traceReport);
+}
+
+void Simulation::trace(bool on)
+{
+    SIMULATOR(pyrux_sim_trace)(on ? traceReport : nullptr);
 }
 
 std::string Simulation::plug(const std::string& model)

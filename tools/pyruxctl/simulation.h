@@ -14,7 +14,10 @@ class Simulation {
 public:
     /// Loads the stand-in: the file of PYRUX_SIMULATOR, or the one of the installation or the build tree.
     /// Throws Failure.
-    explicit Simulation(bool trace);
+    Simulation();
+
+    /// Shows the bytes on the wire, or stops to.
+    void trace(bool on);
 
     /// Plugs a model in. Throws UsageError for a model that it does not know.
     /// @return the device path
