@@ -10,7 +10,8 @@ ByteVector bytes(std::string_view text)
 {
     std::string digits;
     std::ranges::copy_if(text, std::back_inserter(digits), [](unsigned char c) { return !std::isspace(c); });
-    if (digits.size() % 2 != 0 || !std::ranges::all_of(digits, [](unsigned char c) { return std::isxdigit(c); }))
+    if (digits.size() % 2 != 0 ||
+        !std::ranges::all_of(digits, [](unsigned char c) { return std::isxdigit(c); }))
         throw std::invalid_argument("no bytes: " + std::string(text));
     ByteVector result;
     for (std::size_t i = 0; i < digits.size(); i += 2)

@@ -1,65 +1,48 @@
 #include "tests/support/debug_log.h"
 
-#include "tests/support/scripted_mouse.h"
-#include "tests/support/system.h"
+#include "tests/support/debug_capture.h"
 
-#include <algorithm>
-#include <chrono>
-#include <thread>
+#include <memory>
 
 namespace pyrux::test {
 namespace {
 
-std::vector<std::string> kept;
+std::unique_ptr<DebugCapture> capture;
 
 std::string withoutSourceLine(std::string line)
 {
+    if (line.ends_with('\n'))
+        line.pop_back();
     const std::size_t comma = line.rfind(", ");
     if (comma != std::string::npos && comma + 2 < line.size() &&
-        line.find_first_not_of("0123456789", comma + 2) == std::string::npos && line.substr(comma + 2) != "0")
+        line.find_first_not_of("0123456789", comma + 2) == std::string::npos)
         line.replace(comma + 2, std::string::npos, "#");
     return line;
-}
-
-void fetch()
-{
-    for (std::string& line : takeDebugOutput())
-        kept.push_back(withoutSourceLine(std::move(line)));
 }
 
 } // namespace
 
 void forgetDebugOutput()
 {
-    takeDebugOutput();
-    kept.clear();
+    capture.reset();
+    capture = std::make_unique<DebugCapture>();
 }
 
-std::vector<std::string> debugLines()
+Lines debugLines()
 {
-    fetch();
-    return std::exchange(kept, {});
+    Lines lines;
+    for (const std::string& text : capture->texts())
+        lines.push_back(withoutSourceLine(text));
+    return lines;
 }
 
-std::vector<std::string> debugLinesUntil(const std::string& line)
+Lines debugLinesWith(const std::string& line)
 {
-    const auto deadline = std::chrono::steady_clock::now() + patience;
-    while (true) {
-        fetch();
-        const auto found = std::ranges::find(kept, line);
-        if (found != kept.end()) {
-            std::vector<std::string> lines(kept.begin(), found + 1);
-            kept.erase(kept.begin(), found + 1);
-            return lines;
-        }
-        if (std::chrono::steady_clock::now() > deadline)
-            return std::exchange(kept, {});
-        // The debug output is a file or a hook of the system: nothing tells of a new line.
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
+    capture->waitFor(line);
+    return debugLines();
 }
 
-std::vector<std::string> debugLinesOf(const std::function<void()>& call)
+Lines debugLinesOf(const std::function<void()>& call)
 {
     forgetDebugOutput();
     call();

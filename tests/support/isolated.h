@@ -1,9 +1,11 @@
 #pragma once
 
-#include "tests/support/system.h"
+#include "tests/support/process.h"
+#include "tests/support/surroundings.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 
 /// @file
@@ -13,12 +15,13 @@ namespace pyrux::test {
 
 inline void runIsolated(const std::string& name, void (*body)())
 {
-    if (environmentHas("PYRUX_ISOLATED_TEST", name)) {
+    const char* only = std::getenv("PYRUX_ISOLATED_TEST");
+    if (only && only == name) {
         body();
         return;
     }
-    const Ended child = runThisProgram({"--gtest_filter=" + name, "--gtest_output=", "--gtest_color=no"},
-                                       "PYRUX_ISOLATED_TEST=" + name);
+    const Variable variable("PYRUX_ISOLATED_TEST", name);
+    const Ended child = run(thisProgram(), {"--gtest_filter=" + name, "--gtest_output=", "--gtest_color=no"});
     EXPECT_EQ(child.exitCode, 0) << child.output;
     EXPECT_NE(child.output.find("[  PASSED  ] 1 test."), std::string::npos) << child.output;
 }
@@ -27,5 +30,8 @@ inline void runIsolated(const std::string& name, void (*body)())
 
 #define ISOLATED_TEST(suite, name)                                                                           \
     static void isolated_##suite##_##name();                                                                 \
-    TEST(suite, name) { pyrux::test::runIsolated(#suite "." #name, isolated_##suite##_##name); }             \
+    TEST(suite, name)                                                                                        \
+    {                                                                                                        \
+        pyrux::test::runIsolated(#suite "." #name, isolated_##suite##_##name);                               \
+    }                                                                                                        \
     static void isolated_##suite##_##name()

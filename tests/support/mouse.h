@@ -24,7 +24,9 @@ std::string takeWritten(const std::string& path, std::size_t atLeast = 0);
 /// A scripted mouse that is plugged in and opened through the library, its start-up reports behind it.
 class Mouse {
 public:
-    explicit Mouse(const std::function<void(ScriptedMouse&)>& prepare = {}) : Mouse(rd210Identity(), prepare) {}
+    explicit Mouse(const std::function<void(ScriptedMouse&)>& prepare = {}) : Mouse(rd210Identity(), prepare)
+    {
+    }
 
     explicit Mouse(const sim::Identity& identity, const std::function<void(ScriptedMouse&)>& prepare = {})
         : device(std::make_shared<ScriptedMouse>(identity))
@@ -39,9 +41,10 @@ public:
 
     ~Mouse()
     {
+        // A read that waits ends with the device, so that the reader is gone at once.
+        sim::unplug(path);
         if (host)
             host->exit_device(1);
-        sim::unplug(path);
     }
     Mouse(const Mouse&) = delete;
     Mouse& operator=(const Mouse&) = delete;

@@ -26,7 +26,7 @@ sim::Identity rd210Identity()
     return identity;
 }
 
-void ScriptedMouse::answer(std::string_view command, const std::vector<std::string>& replies)
+void ScriptedMouse::answers(std::string_view command, const std::vector<std::string>& replies)
 {
     const std::lock_guard lock(mutex);
     rules[bytes(command)] = {replies.begin(), replies.end()};

@@ -29,8 +29,8 @@ public:
     /// Commands that begin with `command` are answered by `replies`: one after the other, the last one again
     /// and again. A reply of "" is silence, one of "52 00 | 52 00 01" is two reports. Of several rules the
     /// longest `command` counts, of equal ones the newest.
-    void answer(std::string_view command, const std::vector<std::string>& replies);
-    void answer(std::string_view command, const std::string& reply) { answer(command, std::vector{reply}); }
+    void answers(std::string_view command, const std::vector<std::string>& replies);
+    void answer(std::string_view command, const std::string& reply) { answers(command, {reply}); }
     void silence(std::string_view command) { answer(command, ""); }
 
     /// Sends an input report.

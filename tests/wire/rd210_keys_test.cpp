@@ -67,14 +67,15 @@ TEST(RD210SetKeyMapping, switchesTheWheelWhenItsButtonsGetACode)
         std::uint8_t button;
         const char *wheel, *bytes;
     };
-    for (const Case& each : {Case{6, wheelOff, "10 10"}, Case{6, wheelAOn, "10 C0"}, Case{6, wheelBOn, "10 10"},
-                             Case{7, wheelOff, "10 10"}, Case{7, wheelAOn, "10 10"}, Case{7, wheelBOn, "C0 10"}}) {
+    for (const Case& each :
+         {Case{6, wheelOff, "10 10"}, Case{6, wheelAOn, "10 C0"}, Case{6, wheelBOn, "10 10"},
+          Case{7, wheelOff, "10 10"}, Case{7, wheelAOn, "10 10"}, Case{7, wheelBOn, "C0 10"}}) {
         Mouse mouse;
         mouse.device->answer("52 10", noCombo);
         mouse.device->answer("52 22", each.wheel);
         EXPECT_EQ(mouse->setKeyMapping(each.button, 0x0009), E_OK);
-        EXPECT_EQ(mouse.written(), wire(std::string("41 80 | 52 10 | 52 22 | 51 22 00 00 ") + each.bytes + " | " +
-                                        mapped(each.button, "09 00")))
+        EXPECT_EQ(mouse.written(), wire(std::string("41 80 | 52 10 | 52 22 | 51 22 00 00 ") + each.bytes +
+                                        " | " + mapped(each.button, "09 00")))
             << int(each.button) << " " << each.wheel;
     }
 }
@@ -138,7 +139,8 @@ TEST(RD210SetKeyMapping, takes20ForAWheelThatIsOff)
 
 TEST(RD210SetKeyMapping, refusesAnUnknownWheelState)
 {
-    for (const char* wheel : {"52 22 00 00 30 10", "52 22 00 00 10 00", "52 22 00 00 C1 C0", "52 22 00 00 10 FF"}) {
+    for (const char* wheel :
+         {"52 22 00 00 30 10", "52 22 00 00 10 00", "52 22 00 00 C1 C0", "52 22 00 00 10 FF"}) {
         Mouse mouse;
         mouse.device->answer("52 10", noCombo);
         mouse.device->answer("52 22", wheel);
@@ -150,7 +152,7 @@ TEST(RD210SetKeyMapping, refusesAnUnknownWheelState)
 TEST(RD210SetKeyMapping, leavesTheComboButtonAlone)
 {
     Mouse mouse;
-    mouse.device->answer("52 10", {combo5, combo0, combo6});
+    mouse.device->answers("52 10", {combo5, combo0, combo6});
     EXPECT_EQ(mouse->setKeyMapping(5, 0x0009), E_OK);
     EXPECT_EQ(mouse.written(), wire("41 80 | 52 10"));
     EXPECT_EQ(mouse->setKeyMapping(0, 0x0500), E_OK);
@@ -181,7 +183,8 @@ TEST(RD210SetKeyMapping, namesADpiLevelByItsPlaceInTheOrder)
     Mouse mouse;
     mouse.device->answer("52 10", noCombo);
     mouse.device->answer("52 9B", "52 9B 00 00 03 05 00 06 01 04 02");
-    constexpr std::array<const char*, 7> places{"E2 01", "E4 01", "E6 01", "E0 01", "E5 01", "E1 01", "E3 01"};
+    constexpr std::array<const char*, 7> places{"E2 01", "E4 01", "E6 01", "E0 01",
+                                                "E5 01", "E1 01", "E3 01"};
     for (std::size_t level = 0; level < 7; ++level) {
         EXPECT_EQ(mouse->setKeyMapping(2, std::uint16_t(0x01E0 + level)), E_OK);
         EXPECT_EQ(mouse.written(), wire("41 80 | 52 10 | 52 9B | " + mapped(2, places[level]))) << level;
@@ -212,9 +215,16 @@ TEST(RD210SetKeyMapping, translatesNothingBesideTheSevenLevels)
 {
     Mouse mouse;
     mouse.device->answer("52 10", noCombo);
-    for (const auto& [code, text] : {std::pair<std::uint16_t, const char*>{0x01DF, "DF 01"}, {0x01E7, "E7 01"},
-                                     {0x01EA, "EA 01"}, {0x00E1, "E1 00"}, {0x0502, "02 05"}, {0x04FF, "FF 04"},
-                                     {0x03FE, "FE 03"}, {0x0400, "00 04"}, {0xFFFF, "FF FF"}, {0x0000, "00 00"}}) {
+    for (const auto& [code, text] : {std::pair<std::uint16_t, const char*>{0x01DF, "DF 01"},
+                                     {0x01E7, "E7 01"},
+                                     {0x01EA, "EA 01"},
+                                     {0x00E1, "E1 00"},
+                                     {0x0502, "02 05"},
+                                     {0x04FF, "FF 04"},
+                                     {0x03FE, "FE 03"},
+                                     {0x0400, "00 04"},
+                                     {0xFFFF, "FF FF"},
+                                     {0x0000, "00 00"}}) {
         EXPECT_EQ(mouse->setKeyMapping(2, code), E_OK);
         EXPECT_EQ(mouse.written(), wire("41 80 | 52 10 | " + mapped(2, text))) << code;
     }
@@ -242,10 +252,11 @@ TEST(RD210SetKeyMappingAll, writesAllButtons)
     const std::array<std::uint16_t, 13> map{0x0101, 0x0500, 0x0501, 0x03FF, 0x01E2, 0x00FF, 0x0500,
                                             0x0501, 0x0808, 0x0909, 0x03FF, 0x0500, 0x0C0C};
     EXPECT_EQ(mouse->setKeyMappingAll(map.data()), E_OK);
-    EXPECT_EQ(mouse.written(), wire(joined({"41 80 | 52 10 | 51 22 00 00 10 10", mapped(0, "01 01"), step(1, "01"),
-                                            step(2, "FF"), "52 9B", mapped(4, "E4 01"), mapped(5, "FF 00"),
-                                            step(6, "01"), step(7, "FF"), mapped(8, "08 08"), mapped(9, "09 09"),
-                                            step(11, "01"), mapped(12, "0C 0C")})));
+    EXPECT_EQ(
+        mouse.written(),
+        wire(joined({"41 80 | 52 10 | 51 22 00 00 10 10", mapped(0, "01 01"), step(1, "01"), step(2, "FF"),
+                     "52 9B", mapped(4, "E4 01"), mapped(5, "FF 00"), step(6, "01"), step(7, "FF"),
+                     mapped(8, "08 08"), mapped(9, "09 09"), step(11, "01"), mapped(12, "0C 0C")})));
 }
 
 TEST(RD210SetKeyMappingAll, setsTheWheelByItsButtons)
@@ -271,7 +282,8 @@ TEST(RD210SetKeyMappingAll, setsTheWheelByItsButtons)
         map[6] = each.six;
         map[7] = each.seven;
         EXPECT_EQ(mouse->setKeyMappingAll(map.data()), E_OK);
-        EXPECT_EQ(mouse.written(), wire(joined({std::string("41 80 | 52 10 | 51 22 00 00 ") + each.bytes, each.rest})));
+        EXPECT_EQ(mouse.written(),
+                  wire(joined({std::string("41 80 | 52 10 | 51 22 00 00 ") + each.bytes, each.rest})));
     }
 }
 
@@ -303,7 +315,8 @@ void plainButtons(ScriptedMouse& device)
     device.answer("52 22", wheelOff);
     for (std::size_t n = 0; n < 13; ++n) {
         device.answer(std::string("52 18 ") + number[n], std::string("52 18 ") + number[n] + " 00 FF 3F");
-        device.answer(std::string("52 20 ") + place[n], std::string("52 20 ") + place[n] + " " + number[n] + " 01");
+        device.answer(std::string("52 20 ") + place[n],
+                      std::string("52 20 ") + place[n] + " " + number[n] + " 01");
     }
 }
 
@@ -323,8 +336,9 @@ std::string plainRead(std::size_t n)
 TEST(RD210GetKeyMappingAll, readsTheCodes)
 {
     Mouse mouse(plainButtons);
-    EXPECT_EQ(readMap(mouse), (std::vector<std::uint16_t>{0x0100, 0x0101, 0x0102, 0x0103, 0x0104, 0x0105, 0x0106,
-                                                          0x0107, 0x0108, 0x0109, 0x010A, 0x010B, 0x010C}));
+    EXPECT_EQ(readMap(mouse),
+              (std::vector<std::uint16_t>{0x0100, 0x0101, 0x0102, 0x0103, 0x0104, 0x0105, 0x0106, 0x0107,
+                                          0x0108, 0x0109, 0x010A, 0x010B, 0x010C}));
     std::vector<std::string> expected{"41 80"};
     for (std::size_t n = 0; n < 13; ++n)
         expected.push_back(plainRead(n));
@@ -342,14 +356,19 @@ TEST(RD210GetKeyMappingAll, knowsMacrosAndSteps)
         device.answer("52 18 04", "52 18 04 00 FF 3C"); // FF alone is no missing macro
         device.answer("52 18 05", "52 18 05 00 FF FF"); // but this is
         device.answer("52 18 06", "52 18 06 00 FE 3F"); // and this is none
-        device.answer("53 10 02",
-                      {"53 10 02 00 01 9E 80", "53 10 02 00 FF 9E 80", "53 10 02 00 02 9E 80", "53 10 02 00 01 9F 80",
-                       "53 10 02 00 FF 9E 81"});
+        device.answers("53 10 02", {"53 10 02 00 01 9E 80", "53 10 02 00 FF 9E 80", "53 10 02 00 02 9E 80",
+                                   "53 10 02 00 01 9F 80", "53 10 02 00 FF 9E 81"});
     });
-    EXPECT_EQ(readMap(mouse), (std::vector<std::uint16_t>{0x0100, 0x0500, 0x0501, 0x03FF, 0x03FF, 0x0105, 0x03FF,
-                                                          0x0107, 0x0108, 0x0109, 0x010A, 0x010B, 0x010C}));
-    std::vector<std::string> expected{"41 80", plainRead(0), "52 18 01 | 53 10 02", "52 18 02 | 53 10 02",
-                                      "52 18 03 | 53 10 02", "52 18 04 | 53 10 02", plainRead(5),
+    EXPECT_EQ(readMap(mouse),
+              (std::vector<std::uint16_t>{0x0100, 0x0500, 0x0501, 0x03FF, 0x03FF, 0x0105, 0x03FF, 0x0107,
+                                          0x0108, 0x0109, 0x010A, 0x010B, 0x010C}));
+    std::vector<std::string> expected{"41 80",
+                                      plainRead(0),
+                                      "52 18 01 | 53 10 02",
+                                      "52 18 02 | 53 10 02",
+                                      "52 18 03 | 53 10 02",
+                                      "52 18 04 | 53 10 02",
+                                      plainRead(5),
                                       "52 18 06 | 53 10 02"};
     for (std::size_t n = 7; n < 13; ++n)
         expected.push_back(plainRead(n));
@@ -365,8 +384,9 @@ TEST(RD210GetKeyMappingAll, namesAButtonOfItsOwnFunctionByByteTwo)
         for (const char* each : place)
             device.answer(std::string("52 20 ") + each, std::string("52 20 ") + each + " FF 00");
     });
-    EXPECT_EQ(readMap(mouse), (std::vector<std::uint16_t>{0x00B0, 0x00B1, 0x00B2, 0x00B3, 0x00B4, 0x00B5, 0x00BE,
-                                                          0x00BF, 0x00FF, 0x00FF, 0x00FF, 0x00FF, 0x00FF}));
+    EXPECT_EQ(readMap(mouse),
+              (std::vector<std::uint16_t>{0x00B0, 0x00B1, 0x00B2, 0x00B3, 0x00B4, 0x00B5, 0x00BE, 0x00BF,
+                                          0x00FF, 0x00FF, 0x00FF, 0x00FF, 0x00FF}));
 }
 
 TEST(RD210GetKeyMappingAll, takesByteTwoAsItStands)
@@ -395,15 +415,18 @@ TEST(RD210GetKeyMappingAll, namesADpiLevelByTheOrder)
     Mouse mouse([](ScriptedMouse& device) {
         plainButtons(device);
         device.answer("52 9B", "52 9B 00 00 03 05 00 06 01 04 02");
-        constexpr std::array<const char*, 7> codes{"E0 01", "E1 01", "E2 01", "E3 01", "E4 01", "E5 01", "E6 01"};
+        constexpr std::array<const char*, 7> codes{"E0 01", "E1 01", "E2 01", "E3 01",
+                                                   "E4 01", "E5 01", "E6 01"};
         constexpr std::array<std::size_t, 7> buttons{0, 1, 2, 3, 4, 5, 8};
         for (std::size_t i = 0; i < 7; ++i)
             device.answer(std::string("52 20 ") + place[buttons[i]],
                           std::string("52 20 ") + place[buttons[i]] + " " + codes[i]);
     });
-    EXPECT_EQ(readMap(mouse), (std::vector<std::uint16_t>{0x01E3, 0x01E5, 0x01E0, 0x01E6, 0x01E1, 0x01E4, 0x0106,
-                                                          0x0107, 0x01E2, 0x0109, 0x010A, 0x010B, 0x010C}));
-    EXPECT_TRUE(mouse.written().starts_with("41 80 | 52 18 | 52 20 B0 | 52 9B | 52 18 01 | 52 20 B1 | 52 9B | "));
+    EXPECT_EQ(readMap(mouse),
+              (std::vector<std::uint16_t>{0x01E3, 0x01E5, 0x01E0, 0x01E6, 0x01E1, 0x01E4, 0x0106, 0x0107,
+                                          0x01E2, 0x0109, 0x010A, 0x010B, 0x010C}));
+    EXPECT_TRUE(
+        mouse.written().starts_with("41 80 | 52 18 | 52 20 B0 | 52 9B | 52 18 01 | 52 20 B1 | 52 9B | "));
 }
 
 TEST(RD210GetKeyMappingAll, keepsALevelWhenTheDeviceHasNoOrder)
@@ -418,7 +441,8 @@ TEST(RD210GetKeyMappingAll, keepsALevelWhenTheDeviceHasNoOrder)
 
 TEST(RD210GetKeyMappingAll, readsTheCodeOfTheComboButton)
 {
-    for (const auto& [bank, button] : {std::pair<const char*, std::size_t>{combo0, 0}, {combo3, 3}, {combo5, 5}}) {
+    for (const auto& [bank, button] :
+         {std::pair<const char*, std::size_t>{combo0, 0}, {combo3, 3}, {combo5, 5}}) {
         Mouse mouse([&](ScriptedMouse& device) {
             plainButtons(device);
             device.answer("52 10", bank);
@@ -459,9 +483,10 @@ TEST(RD210GetKeyMappingAll, showsTheWheelAsSteps)
         const char* wheel;
         std::uint16_t six, seven;
     };
-    for (const Case& each : {Case{"52 22 00 00 C0 C0", 0x0501, 0x0500}, Case{wheelAOn, 0x0501, 0x0107},
-                             Case{wheelBOn, 0x0106, 0x0500}, Case{wheelOff, 0x0106, 0x0107},
-                             Case{"52 22 00 00 20 20", 0x0106, 0x0107}, Case{"52 22 00 00 C0 30", 0x0106, 0x0107}}) {
+    for (const Case& each :
+         {Case{"52 22 00 00 C0 C0", 0x0501, 0x0500}, Case{wheelAOn, 0x0501, 0x0107},
+          Case{wheelBOn, 0x0106, 0x0500}, Case{wheelOff, 0x0106, 0x0107},
+          Case{"52 22 00 00 20 20", 0x0106, 0x0107}, Case{"52 22 00 00 C0 30", 0x0106, 0x0107}}) {
         Mouse mouse([&](ScriptedMouse& device) {
             plainButtons(device);
             device.answer("52 22", each.wheel);
@@ -483,7 +508,8 @@ TEST(RD210GetKeyMappingAll, needsAMap)
 std::string numberedBank(const std::string& head, const std::string& combo)
 {
     return head + " 02 03 04 05 06 07 08 09 0A 0B " + combo +
-           " 0D 0E 0F 10 11 12 13 14 15 16 17 18 19 1A 1B 1C 1D 1E 1F 20 21 22 23 24 25 26 27 28 29 2A 2B 2C 2D 2E "
+           " 0D 0E 0F 10 11 12 13 14 15 16 17 18 19 1A 1B 1C 1D 1E 1F 20 21 22 23 24 25 26 27 28 29 2A 2B 2C "
+           "2D 2E "
            "2F 30 31 32 33 34 35 36 37 38 39 3A 3B 3C 3D 3E 3F";
 }
 
@@ -507,7 +533,7 @@ TEST(RD210SetMouseCombo, endsTheShift)
 TEST(RD210SetMouseCombo, writesNothingThatIsSoAlready)
 {
     Mouse mouse;
-    mouse.device->answer("52 10", {noCombo, combo5, combo0});
+    mouse.device->answers("52 10", {noCombo, combo5, combo0});
     EXPECT_EQ(mouse->setMouseCombo(0), E_OK);
     EXPECT_EQ(mouse.written(), wire("41 80 | 41 80 | 52 10"));
     EXPECT_EQ(mouse->setMouseCombo(1), E_OK);
@@ -519,7 +545,7 @@ TEST(RD210SetMouseCombo, writesNothingThatIsSoAlready)
 TEST(RD210GetMouseCombo, tellsWhetherThereIsAShift)
 {
     Mouse mouse;
-    mouse.device->answer("52 10", {noCombo, combo0, "52 10 00 00 00 00 00 00 00 00 00 00 FE"});
+    mouse.device->answers("52 10", {noCombo, combo0, "52 10 00 00 00 00 00 00 00 00 00 00 FE"});
     std::uint8_t on = 0xEE;
     EXPECT_EQ(mouse->getMouseCombo(&on), E_OK);
     EXPECT_EQ(on, 0);

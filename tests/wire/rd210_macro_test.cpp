@@ -18,8 +18,9 @@ constexpr const char* wheelBOn = "52 22 00 00 C0 10";
 
 /// A name of forty bytes, and the same bytes on the wire.
 constexpr const char* name = "Forty characters make the name of macro.";
-constexpr const char* nameBytes = "46 6F 72 74 79 20 63 68 61 72 61 63 74 65 72 73 20 6D 61 6B 65 20 74 68 65 20 6E 61 "
-                                  "6D 65 20 6F 66 20 6D 61 63 72 6F 2E";
+constexpr const char* nameBytes =
+    "46 6F 72 74 79 20 63 68 61 72 61 63 74 65 72 73 20 6D 61 6B 65 20 74 68 65 20 6E 61 "
+    "6D 65 20 6F 66 20 6D 61 63 72 6F 2E";
 
 MouseMacroRecord macro(std::uint8_t button, std::uint8_t mode, std::uint8_t count)
 {
@@ -70,8 +71,9 @@ TEST(RD210SetMacro, writesPlaceNameAndEvents)
     record.events[1] = {0x0129, 1, 0x0180};
     record.events[2] = {0x0500, 2, 64};
     EXPECT_EQ(mouse->setMacro(&record), E_OK);
-    EXPECT_EQ(mouse.written(), wire(std::string("41 80 | 52 22 | 51 18 02 00 B2 3C | 51 19 02 00 ") + nameBytes +
-                                    " | 53 00 04 00 04 5C 14 00 29 3D 00 03 01 9E 80 00 00 FC FE FF"));
+    EXPECT_EQ(mouse.written(),
+              wire(std::string("41 80 | 52 22 | 51 18 02 00 B2 3C | 51 19 02 00 ") + nameBytes +
+                   " | 53 00 04 00 04 5C 14 00 29 3D 00 03 01 9E 80 00 00 FC FE FF"));
 }
 
 TEST(RD210SetMacro, writesTheEndIntoTheRecord)
@@ -129,8 +131,9 @@ TEST(RD210SetMacro, cutsTheEventsIntoChunksOfFifteen)
         mouse.device->answer("52 22", wheelOff);
         MouseMacroRecord record = numbered(count);
         EXPECT_EQ(mouse->setMacro(&record), E_OK);
-        EXPECT_EQ(mouse.written(), wire(joined({std::string("41 80 | 52 22 | 51 18 02 00 B2 3C | 51 19 02 00 ") + nameBytes,
-                                                numberedChunks(count)})))
+        EXPECT_EQ(mouse.written(),
+                  wire(joined({std::string("41 80 | 52 22 | 51 18 02 00 B2 3C | 51 19 02 00 ") + nameBytes,
+                               numberedChunks(count)})))
             << int(count);
     }
 }
@@ -202,8 +205,8 @@ TEST(RD210SetMacro, switchesTheWheelForItsButtons)
         mouse.device->answer("52 22", each.wheel);
         MouseMacroRecord record = macro(each.button, each.mode, 0);
         EXPECT_EQ(mouse->setMacro(&record), E_OK);
-        EXPECT_TRUE(mouse.written().starts_with(std::string("41 80 | 52 22 | 51 22 00 00 ") + each.bytes + " | 51 18 0" +
-                                                char('0' + each.button) + " 00 "))
+        EXPECT_TRUE(mouse.written().starts_with(std::string("41 80 | 52 22 | 51 22 00 00 ") + each.bytes +
+                                                " | 51 18 0" + char('0' + each.button) + " 00 "))
             << int(each.button) << " " << int(each.mode) << " " << each.wheel;
     }
 }
@@ -253,7 +256,7 @@ void holdsMacro(ScriptedMouse& device, const std::string& head, const std::vecto
     if (!chunks.empty())
         device.answer("53 10", chunks.front());
     if (chunks.size() > 1)
-        device.answer("53 11", std::vector<std::string>(chunks.begin() + 1, chunks.end()));
+        device.answers("53 11", std::vector<std::string>(chunks.begin() + 1, chunks.end()));
 }
 
 /// A record full of something else.
@@ -277,7 +280,8 @@ TEST(RD210GetMacro, readsModeNameAndEvents)
     EXPECT_EQ(std::string(record.name, 40), name);
     EXPECT_EQ(record.mode, 1);
     ASSERT_EQ(record.count, 4);
-    const std::array<MouseMacroEvent, 4> expected{{{0x0004, 0, 10}, {0x0129, 1, 0x0180}, {0x0500, 2, 64}, {0x0501, 2, 1}}};
+    const std::array<MouseMacroEvent, 4> expected{
+        {{0x0004, 0, 10}, {0x0129, 1, 0x0180}, {0x0500, 2, 64}, {0x0501, 2, 1}}};
     for (std::size_t i = 0; i < expected.size(); ++i) {
         EXPECT_EQ(record.events[i].code, expected[i].code) << i;
         EXPECT_EQ(record.events[i].kind, expected[i].kind) << i;
@@ -329,16 +333,16 @@ TEST(RD210GetMacro, takesTheModeFromTheHighDigit)
         std::uint8_t mode;
     };
     for (const Case& each :
-         {Case{"3C", 0}, Case{"5C", 1}, Case{"5D", 1}, Case{"50", 1}, Case{"7C", 2}, Case{"7F", 2}, Case{"6C", 0},
-          Case{"4C", 0}, Case{"00", 0}, Case{"DC", 0}, Case{"FC", 0}}) {
+         {Case{"3C", 0}, Case{"5C", 1}, Case{"5D", 1}, Case{"50", 1}, Case{"7C", 2}, Case{"7F", 2},
+          Case{"6C", 0}, Case{"4C", 0}, Case{"00", 0}, Case{"DC", 0}, Case{"FC", 0}}) {
         Mouse mouse;
         holdsMacro(*mouse.device, std::string("52 18 02 00 B2 ") + each.area, {"53 10 0F 00 00 FC"});
         MouseMacroRecord record = dirty(2);
         EXPECT_EQ(mouse->getMacro(&record), E_OK);
         EXPECT_EQ(record.mode, each.mode) << each.area;
         EXPECT_EQ(record.count, 0);
-        EXPECT_EQ(mouse.written(), wire(std::string("41 80 | 52 18 02 | 52 19 02 | 51 18 02 00 B2 ") + each.area +
-                                        " | 53 10 0F"));
+        EXPECT_EQ(mouse.written(), wire(std::string("41 80 | 52 18 02 | 52 19 02 | 51 18 02 00 B2 ") +
+                                        each.area + " | 53 10 0F"));
     }
 }
 
@@ -348,16 +352,18 @@ TEST(RD210GetMacro, pointsTheCursorByTheButtonsOwnAddress)
         std::uint8_t button;
         const char *number, *address;
     };
-    for (const Case& each : {Case{0, "00", "B0"}, Case{6, "06", "BE"}, Case{7, "07", "BF"}, Case{12, "0C", "B4"}}) {
+    for (const Case& each :
+         {Case{0, "00", "B0"}, Case{6, "06", "BE"}, Case{7, "07", "BF"}, Case{12, "0C", "B4"}}) {
         Mouse mouse;
-        mouse.device->answer(std::string("52 18 ") + each.number, std::string("52 18 ") + each.number + " 00 11 5D 22");
+        mouse.device->answer(std::string("52 18 ") + each.number,
+                             std::string("52 18 ") + each.number + " 00 11 5D 22");
         mouse.device->answer("53 10", "53 10 0F 00 00 FC");
         MouseMacroRecord record = dirty(each.button);
         EXPECT_EQ(mouse->getMacro(&record), E_OK);
-        EXPECT_EQ(mouse.written(), wire(joined({"41 80", std::string("52 18 ") + each.number,
-                                                std::string("52 19 ") + each.number,
-                                                std::string("51 18 ") + each.number + " 00 " + each.address + " 5D 22",
-                                                "53 10 0F"})));
+        EXPECT_EQ(mouse.written(),
+                  wire(joined(
+                      {"41 80", std::string("52 18 ") + each.number, std::string("52 19 ") + each.number,
+                       std::string("51 18 ") + each.number + " 00 " + each.address + " 5D 22", "53 10 0F"})));
     }
 }
 
@@ -385,7 +391,8 @@ std::vector<std::string> chunkReplies(std::size_t count, bool withEnd)
         const std::size_t room = first == 195 ? 5 : 15;
         std::string chunk = std::string("53 ") + (first == 0 ? "10 " : "11 ") + byteText(room) + " 00";
         for (std::size_t i = first; i < std::min(all, first + room); ++i)
-            chunk += i == count ? " 00 FC FE FF" : " " + byteText(i) + " 5D " + byteText(2 * i) + " " + byteText((2 * i) >> 8);
+            chunk += i == count ? " 00 FC FE FF"
+                                : " " + byteText(i) + " 5D " + byteText(2 * i) + " " + byteText((2 * i) >> 8);
         chunks.push_back(chunk);
     }
     return chunks;
@@ -402,7 +409,8 @@ TEST(RD210GetMacro, asksForFifteenEventsAtATime)
         EXPECT_EQ(record.count, count);
         bool equal = true;
         for (std::size_t i = 0; i < count; ++i)
-            equal &= record.events[i].code == 0x0100 + i && record.events[i].kind == 0 && record.events[i].delay == i;
+            equal &= record.events[i].code == 0x0100 + i && record.events[i].kind == 0 &&
+                     record.events[i].delay == i;
         EXPECT_TRUE(equal) << int(count);
         std::vector<std::string> expected{"41 80 | 52 18 02 | 52 19 02 | 51 18 02 00 B2 3C"};
         for (std::size_t i = 0; i < chunks.size(); ++i)
@@ -427,7 +435,7 @@ TEST(RD210GetMacro, goesOnAskingWhileTheDeviceIsThere)
     // An older reply with another count is none to this question.
     Mouse mouse;
     holdsMacro(*mouse.device, "52 18 02 00 B2 3C", {});
-    mouse.device->answer("53 10", {"", "53 10 0E 00 01 5C", "53 10 0F 00 09 5C 00 00 00 FC"});
+    mouse.device->answers("53 10", {"", "53 10 0E 00 01 5C", "53 10 0F 00 09 5C 00 00 00 FC"});
     MouseMacroRecord record = dirty(2);
     const auto time = milliseconds([&] { EXPECT_EQ(mouse->getMacro(&record), E_OK); });
     EXPECT_GE(time, 3900);

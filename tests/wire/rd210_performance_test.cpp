@@ -16,7 +16,8 @@ PerformanceRecord sample()
 {
     PerformanceRecord record{};
     record.currentLevel = 2;
-    const DpiLevel levels[7]{{400, 500}, {800, 900}, {1600, 1700}, {3200, 3300}, {6400, 6500}, {12000, 12100}, {16000, 100}};
+    const DpiLevel levels[7]{{400, 500},   {800, 900},     {1600, 1700}, {3200, 3300},
+                             {6400, 6500}, {12000, 12100}, {16000, 100}};
     std::memcpy(record.levels, levels, sizeof levels);
     const std::uint8_t enabled[7]{1, 0, 1, 0, 1, 0, 1};
     std::memcpy(record.levelEnabled, enabled, sizeof enabled);
@@ -48,10 +49,11 @@ TEST(RD210SetPerformance, writesEverything)
     const PerformanceRecord record = sample();
     EXPECT_EQ(mouse->setPerformance(&record), E_OK);
     // Order 0 2 4 6 1 3 5: place 1 of 4; y, x, no doubling.
-    EXPECT_EQ(mouse.written(), wire("41 80 | 51 9B 00 00 00 02 04 06 01 03 05 | "
-                                    "51 40 00 00 01 04 04 10 40 00 08 20 78 03 0F 3F 9F 07 1F 77 00 00 00 00 00 00 00 "
-                                    "55 07 21 22 | "
-                                    "51 F0 00 00 66 | 52 10 | 51 10 00 00 00 00 00 00 00 00 00 00 05 00 00 00 08"));
+    EXPECT_EQ(mouse.written(),
+              wire("41 80 | 51 9B 00 00 00 02 04 06 01 03 05 | "
+                   "51 40 00 00 01 04 04 10 40 00 08 20 78 03 0F 3F 9F 07 1F 77 00 00 00 00 00 00 00 "
+                   "55 07 21 22 | "
+                   "51 F0 00 00 66 | 52 10 | 51 10 00 00 00 00 00 00 00 00 00 00 05 00 00 00 08"));
 }
 
 TEST(RD210SetPerformance, doublesTheLevelsAbove16000)
@@ -59,16 +61,18 @@ TEST(RD210SetPerformance, doublesTheLevelsAbove16000)
     Mouse mouse;
     mouse.device->answer("52 10", bank);
     PerformanceRecord record = sample();
-    const DpiLevel levels[7]{{16100, 16000}, {16000, 16100}, {26000, 26000}, {0, 65535}, {65535, 50}, {199, 200}, {16001, 99}};
+    const DpiLevel levels[7]{{16100, 16000}, {16000, 16100}, {26000, 26000}, {0, 65535},
+                             {65535, 50},    {199, 200},     {16001, 99}};
     std::memcpy(record.levels, levels, sizeof levels);
     std::memset(record.levelEnabled, 1, 7);
     EXPECT_EQ(mouse->setPerformance(&record), E_OK);
     // y: 9F; 8050 -> 4F; 13000 -> 81; 32767 -> 146; 50 -> 0; 1; 99 -> 0, as the division is towards zero.
     // x: 4F; 9F; 81; 0 -> -1; 146; 199 -> 0; 8000 -> 4F.
-    EXPECT_EQ(mouse.written(), wire("41 80 | 51 9B 00 00 00 01 02 03 04 05 06 | "
-                                    "51 40 00 00 02 07 9F 4F 81 46 00 01 00 4F 9F 81 FF 46 00 4F 01 10 11 10 01 00 01 "
-                                    "55 07 21 22 | "
-                                    "51 F0 00 00 66 | 52 10 | 51 10 00 00 00 00 00 00 00 00 00 00 05 00 00 00 08"));
+    EXPECT_EQ(mouse.written(),
+              wire("41 80 | 51 9B 00 00 00 01 02 03 04 05 06 | "
+                   "51 40 00 00 02 07 9F 4F 81 46 00 01 00 4F 9F 81 FF 46 00 4F 01 10 11 10 01 00 01 "
+                   "55 07 21 22 | "
+                   "51 F0 00 00 66 | 52 10 | 51 10 00 00 00 00 00 00 00 00 00 00 05 00 00 00 08"));
 }
 
 /// The last bytes of 51 40: polling, options, surfaces.
@@ -155,7 +159,8 @@ TEST(RD210SetPerformance, takesTheLimits)
     record.settingBank = 0;
     EXPECT_EQ(mouse->setPerformance(&record), E_OK);
     const std::string written = mouse.written();
-    EXPECT_TRUE(written.starts_with("41 80 | 51 9B 00 00 00 02 04 06 01 03 05 | 51 40 00 00 03 04 ")) << written;
+    EXPECT_TRUE(written.starts_with("41 80 | 51 9B 00 00 00 02 04 06 01 03 05 | 51 40 00 00 03 04 "))
+        << written;
     EXPECT_TRUE(written.ends_with("| 51 10 00 00 00 00 00 00 00 00 00 00 05")) << written;
 }
 
@@ -205,8 +210,9 @@ TEST(RD210ResetPartial, setsTheMiddleSpeeds)
 }
 
 /// Place 1 of 4; y 0x10.., x 0x20.., multipliers of all kinds.
-constexpr const char* performance = "52 40 AA BB 01 04 10 11 12 13 14 15 9F 20 21 22 23 24 25 9F 00 01 10 11 02 20 33 "
-                                    "C1 07 D1 D2 EE";
+constexpr const char* performance =
+    "52 40 AA BB 01 04 10 11 12 13 14 15 9F 20 21 22 23 24 25 9F 00 01 10 11 02 20 33 "
+    "C1 07 D1 D2 EE";
 
 PerformanceRecord dirty()
 {
@@ -233,12 +239,12 @@ TEST(RD210GetPerformance, readsEverything)
     EXPECT_EQ(mouse->getPerformance(&record), E_OK);
     EXPECT_EQ(mouse.written(), wire("41 80 | 52 40 | 52 9B | 52 F0 | 52 10"));
     EXPECT_EQ(record.currentLevel, 5);
-    expectLevel(record, 3, 3300, 1700, 1);      // place 0, multiplier 00
-    expectLevel(record, 5, 6800, 1800, 1);      // place 1, 01
-    expectLevel(record, 0, 3500, 3800, 1);      // place 2, 10
-    expectLevel(record, 6, 7200, 4000, 1);      // place 3, 11
-    expectLevel(record, 1, 11100, 2100, 0);     // place 4, 02
-    expectLevel(record, 4, 3800, 6600, 0);      // place 5, 20
+    expectLevel(record, 3, 3300, 1700, 1);           // place 0, multiplier 00
+    expectLevel(record, 5, 6800, 1800, 1);           // place 1, 01
+    expectLevel(record, 0, 3500, 3800, 1);           // place 2, 10
+    expectLevel(record, 6, 7200, 4000, 1);           // place 3, 11
+    expectLevel(record, 1, 11100, 2100, 0);          // place 4, 02
+    expectLevel(record, 4, 3800, 6600, 0);           // place 5, 20
     expectLevel(record, 2, 16000 * 4, 16000 * 4, 0); // place 6, 33
     EXPECT_EQ(record.pollingCode, 0xC1);
     EXPECT_EQ(record.flagA, 1);
@@ -275,12 +281,14 @@ TEST(RD210GetPerformance, readsTheOptions)
         const char* option;
         int a, b;
     };
-    for (const Case& each : {Case{"00", 0, 0}, Case{"01", 1, 0}, Case{"02", 0, 0}, Case{"04", 0, 0}, Case{"06", 0, 1},
-                             Case{"07", 1, 1}, Case{"F8", 0, 0}, Case{"FF", 1, 1}, Case{"05", 1, 0}}) {
+    for (const Case& each :
+         {Case{"00", 0, 0}, Case{"01", 1, 0}, Case{"02", 0, 0}, Case{"04", 0, 0}, Case{"06", 0, 1},
+          Case{"07", 1, 1}, Case{"F8", 0, 0}, Case{"FF", 1, 1}, Case{"05", 1, 0}}) {
         Mouse mouse;
-        mouse.device->answer("52 40", std::string("52 40 00 00 00 07 10 11 12 13 14 15 16 10 11 12 13 14 15 16 00 00 00 00 00 "
-                                                  "00 00 C1 ") +
-                                          each.option);
+        mouse.device->answer(
+            "52 40", std::string("52 40 00 00 00 07 10 11 12 13 14 15 16 10 11 12 13 14 15 16 00 00 00 00 00 "
+                                 "00 00 C1 ") +
+                         each.option);
         mouse.device->answer("52 9B", "52 9B 00 00 00 01 02 03 04 05 06");
         PerformanceRecord record = dirty();
         EXPECT_EQ(mouse->getPerformance(&record), E_OK);
@@ -357,8 +365,9 @@ TEST(RD210ChangeDpiLevel, writesThePlaceOfTheLevel)
 {
     Mouse mouse;
     // Every byte of the reply tells its place; five levels are enabled.
-    const std::string rest = " 06 07 08 09 0A 0B 0C 0D 0E 0F 10 11 12 13 14 15 16 17 18 19 1A 1B 1C 1D 1E 1F 20 21 22 23 "
-                             "24 25 26 27 28 29 2A 2B 2C 2D 2E 2F 30 31 32 33 34 35 36 37 38 39 3A 3B 3C 3D 3E 3F";
+    const std::string rest =
+        " 06 07 08 09 0A 0B 0C 0D 0E 0F 10 11 12 13 14 15 16 17 18 19 1A 1B 1C 1D 1E 1F 20 21 22 23 "
+        "24 25 26 27 28 29 2A 2B 2C 2D 2E 2F 30 31 32 33 34 35 36 37 38 39 3A 3B 3C 3D 3E 3F";
     mouse.device->answer("52 40", "52 40 02 03 04 05" + rest);
     mouse.device->answer("52 9B", "52 9B 00 00 03 05 00 06 01 04 02");
     EXPECT_EQ(mouse->changeDpiLevel(6), E_OK);
@@ -376,7 +385,8 @@ TEST(RD210ChangeDpiLevel, takesTheLevelForThePlaceWithoutAnOrder)
 {
     Mouse mouse;
     mouse.device->answer("52 40", "52 40 00 00 00 05");
-    mouse.device->answer("52 9B", {"52 9B 00 00 FF 05 00 06 01 04 02", "52 9B 00 00 00 00 00 00 00 00 00 04"});
+    mouse.device->answers("52 9B",
+                         {"52 9B 00 00 FF 05 00 06 01 04 02", "52 9B 00 00 00 00 00 00 00 00 00 04"});
     EXPECT_EQ(mouse->changeDpiLevel(4), E_OK);
     EXPECT_EQ(mouse.written(), wire("41 80 | 52 9B | 52 40 | 51 40 00 00 04 05"));
     EXPECT_EQ(mouse->changeDpiLevel(4), E_OK); // not in the order's seven places

@@ -77,8 +77,8 @@ TEST(RD210ChangeProfileId, refusesASixthProfileWithoutAWordToTheDevice)
 {
     Mouse mouse;
     EXPECT_EQ(debugLinesOf([&] { EXPECT_EQ(mouse->changeProfileId(5), E_INVALID_SET); }),
-              (std::vector<std::string>{"[PYRUX][RD210]PYRUX::PYRUX_RD210::changeProfileId, #",
-                                        "[PYRUX][RD210]PYRUX::PYRUX_RD210::changeProfileId, ret = -2"}));
+              (Lines{"[PYRUX][RD210]PYRUX::PYRUX_RD210::changeProfileId, #",
+                     "[PYRUX][RD210]PYRUX::PYRUX_RD210::changeProfileId, ret = -2"}));
     EXPECT_EQ(mouse->changeProfileId(255), E_INVALID_SET);
     EXPECT_EQ(mouse.written(), "");
 }
@@ -86,10 +86,10 @@ TEST(RD210ChangeProfileId, refusesASixthProfileWithoutAWordToTheDevice)
 TEST(RD210ChangeProfileId, logsTheProfile)
 {
     Mouse mouse;
-    EXPECT_EQ(debugLinesOf([&] { mouse->changeProfileId(3); }),
-              (std::vector<std::string>{"[PYRUX][RD210]PYRUX::PYRUX_RD210::changeProfileId, #",
-                                        "[PYRUX][RD210]change profile id = 3",
-                                        "[PYRUX][RD210]PYRUX::PYRUX_RD210::changeProfileId, ret = 0"}));
+    EXPECT_EQ(
+        debugLinesOf([&] { mouse->changeProfileId(3); }),
+        (Lines{"[PYRUX][RD210]PYRUX::PYRUX_RD210::changeProfileId, #", "[PYRUX][RD210]change profile id = 3",
+               "[PYRUX][RD210]PYRUX::PYRUX_RD210::changeProfileId, ret = 0"}));
 }
 
 TEST(RD210GetCurrProfileId, readsTheProfile)
@@ -97,10 +97,10 @@ TEST(RD210GetCurrProfileId, readsTheProfile)
     Mouse mouse;
     mouse.device->answer("52 00", "52 00 AA BB 03 CC");
     std::uint8_t profile = 0xEE;
-    EXPECT_EQ(debugLinesOf([&] { EXPECT_EQ(mouse->getCurrProfileId(&profile), E_OK); }),
-              (std::vector<std::string>{"[PYRUX][RD210]PYRUX::PYRUX_RD210::getCurrProfileId, #",
-                                        "[PYRUX][RD210]get profile id = 3",
-                                        "[PYRUX][RD210]PYRUX::PYRUX_RD210::getCurrProfileId, ret = 0"}));
+    EXPECT_EQ(
+        debugLinesOf([&] { EXPECT_EQ(mouse->getCurrProfileId(&profile), E_OK); }),
+        (Lines{"[PYRUX][RD210]PYRUX::PYRUX_RD210::getCurrProfileId, #", "[PYRUX][RD210]get profile id = 3",
+               "[PYRUX][RD210]PYRUX::PYRUX_RD210::getCurrProfileId, ret = 0"}));
     EXPECT_EQ(profile, 3);
     EXPECT_EQ(mouse.written(), wire("41 80 | 52 00"));
 }
@@ -142,8 +142,8 @@ TEST(RD210ResetPartial, restoresTheKeysAndTheWheel)
     EXPECT_EQ(mouse.written(), wire("41 80 | 51 98 04 00 00 00 | 51 22 00 00 C0 C0"));
 }
 
-/// What part 2 writes after the wheel bytes: a report of FF with its report id, the setting, the bank with its
-/// combo button, zeros and the value 3.
+/// What part 2 writes after the wheel bytes: a report of FF with its report id, the setting, the bank with
+/// its combo button, zeros and the value 3.
 std::string partTwo(const std::string& wheel)
 {
     std::string filled = "[FF 51 9B 00 00";
@@ -157,7 +157,7 @@ TEST(RD210ResetPartial, restoresThePerformance)
 {
     Mouse mouse;
     mouse.device->answer("52 10", bank);
-    mouse.device->answer("52 22", {"52 22 00 00 10 C0", "52 22 00 00 C0 20", "52 22 00 00 20 10"});
+    mouse.device->answers("52 22", {"52 22 00 00 10 C0", "52 22 00 00 C0 20", "52 22 00 00 20 10"});
     EXPECT_EQ(mouse->resetPartial(2), E_OK);
     EXPECT_EQ(mouse.written(), wire(partTwo("10 C0")));
     EXPECT_EQ(mouse->resetPartial(2), E_OK);
@@ -170,7 +170,7 @@ TEST(RD210ResetPartial, takesAnUnknownWheelStateForOn)
 {
     Mouse mouse;
     mouse.device->answer("52 10", bank);
-    mouse.device->answer("52 22", {"52 22 00 00 10 30", "52 22 00 00 00 10"});
+    mouse.device->answers("52 22", {"52 22 00 00 10 30", "52 22 00 00 00 10"});
     EXPECT_EQ(mouse->resetPartial(2), E_OK);
     EXPECT_EQ(mouse.written(), wire(partTwo("C0 C0")));
     EXPECT_EQ(mouse->resetPartial(2), E_OK);
