@@ -71,8 +71,9 @@ TEST_F(RD210Events, acknowledgesWithoutACallback)
 TEST_F(RD210Events, passesOverReportsThatAreNoEvents)
 {
     forgetDebugOutput();
-    for (const char* report : {"42 20 40 00 00", "42 20 40 00 02", "42 20 00 01 00", "42 20 41 00 01", "42 21 40 00 01",
-                               "42 20 01 00 01", "43 20 40 00 01", "43 00 00 00 03 80", "42 01 00 00 03 80", "00", "FF"})
+    for (const char* report :
+         {"42 20 40 00 00", "42 20 40 00 02", "42 20 00 01 00", "42 20 41 00 01", "42 21 40 00 01",
+          "42 20 01 00 01", "43 20 40 00 01", "43 00 00 00 03 80", "42 01 00 00 03 80", "00", "FF"})
         EXPECT_EQ(eventsOf(report), "") << report;
     for (const std::string& line : debugLines())
         EXPECT_FALSE(line.starts_with("[PYRUX]RD210")) << line;
@@ -101,8 +102,8 @@ TEST_F(RD210Events, namesEachKey)
 
 TEST_F(RD210Events, dropsKeysOfAnotherState)
 {
-    for (const char* report : {"43 01 00 00 03 00", "43 01 00 00 03 80", "43 01 00 00 03 41", "43 01 00 00 03 C1",
-                               "43 01 00 00 03 FF", "43 01 00 00 01 80"})
+    for (const char* report : {"43 01 00 00 03 00", "43 01 00 00 03 80", "43 01 00 00 03 41",
+                               "43 01 00 00 03 C1", "43 01 00 00 03 FF", "43 01 00 00 01 80"})
         EXPECT_EQ(eventsOf(report), "") << report;
 }
 

@@ -357,7 +357,7 @@ TEST(RD210GetKeyMappingAll, knowsMacrosAndSteps)
         device.answer("52 18 05", "52 18 05 00 FF FF"); // but this is
         device.answer("52 18 06", "52 18 06 00 FE 3F"); // and this is none
         device.answers("53 10 02", {"53 10 02 00 01 9E 80", "53 10 02 00 FF 9E 80", "53 10 02 00 02 9E 80",
-                                   "53 10 02 00 01 9F 80", "53 10 02 00 FF 9E 81"});
+                                    "53 10 02 00 01 9F 80", "53 10 02 00 FF 9E 81"});
     });
     EXPECT_EQ(readMap(mouse),
               (std::vector<std::uint16_t>{0x0100, 0x0500, 0x0501, 0x03FF, 0x03FF, 0x0105, 0x03FF, 0x0107,

@@ -1,6 +1,7 @@
 // RD210: macros.
 
 #include "tests/support/mouse.h"
+#include "tests/support/waiting_test.h"
 
 #include <gtest/gtest.h>
 
@@ -430,7 +431,7 @@ TEST(RD210GetMacro, endsWithoutAnEndMark)
     EXPECT_EQ(record.button, 2);
 }
 
-TEST(RD210GetMacro, goesOnAskingWhileTheDeviceIsThere)
+WAITING_TEST(RD210GetMacro, goesOnAskingWhileTheDeviceIsThere)
 {
     // An older reply with another count is none to this question.
     Mouse mouse;
@@ -463,7 +464,7 @@ TEST(RD210GetMacro, endsWhenTheObjectIsClosed)
     EXPECT_EQ(result, E_INVALID_GET);
 }
 
-TEST(RD210GetMacro, endsWhenTheDeviceHasGone)
+WAITING_TEST(RD210GetMacro, endsWhenTheDeviceHasGone)
 {
     // The reader gives up at the 31st failed read, 3 s behind the first.
     Mouse mouse;

@@ -386,7 +386,7 @@ TEST(RD210ChangeDpiLevel, takesTheLevelForThePlaceWithoutAnOrder)
     Mouse mouse;
     mouse.device->answer("52 40", "52 40 00 00 00 05");
     mouse.device->answers("52 9B",
-                         {"52 9B 00 00 FF 05 00 06 01 04 02", "52 9B 00 00 00 00 00 00 00 00 00 04"});
+                          {"52 9B 00 00 FF 05 00 06 01 04 02", "52 9B 00 00 00 00 00 00 00 00 00 04"});
     EXPECT_EQ(mouse->changeDpiLevel(4), E_OK);
     EXPECT_EQ(mouse.written(), wire("41 80 | 52 9B | 52 40 | 51 40 00 00 04 05"));
     EXPECT_EQ(mouse->changeDpiLevel(4), E_OK); // not in the order's seven places
