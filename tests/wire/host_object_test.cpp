@@ -344,6 +344,36 @@ TEST(ExitDevice, endsACallThatWaitsAtOnceWhenTheDeviceHasGone)
     EXPECT_EQ(profile, 0xEE);
 }
 
+TEST(ExitDevice, endsASetThatWaitsLikewise)
+{
+    Mouse mouse;
+    mouse.device->silence("51");
+    auto waiting = std::async(std::launch::async, [&] { return mouse->changeProfileId(2); });
+    EXPECT_TRUE(mouse.device->awaitCommands("51 00"));
+    EXPECT_LT(milliseconds([&] {
+                  EXPECT_EQ(mouse->exit_device(1), E_OK);
+                  EXPECT_EQ(waiting.get(), E_NOT_OPEN);
+              }),
+              1000);
+}
+
+WAITING_TEST(ExitDevice, givesACallThatGoesOnTwoSeconds)
+{
+    // Thirteen buttons, each without a reply: the call would last for half a minute.
+    Mouse mouse;
+    mouse.device->silence("52");
+    std::array<std::uint16_t, 13> map{};
+    auto waiting = std::async(std::launch::async, [&] { return mouse->getKeyMappingAll(map.data()); });
+    EXPECT_TRUE(mouse.device->awaitCommands("52 18"));
+    const auto time = milliseconds([&] {
+        EXPECT_EQ(mouse->exit_device(0), E_OK);
+        EXPECT_LT(waiting.get(), 0);
+    });
+    EXPECT_GE(time, 1900);
+    EXPECT_LT(time, 3500);
+    EXPECT_TRUE(mouse.written().ends_with("| 41 01 | 41"));
+}
+
 TEST(ExitDevice, letsACallFinishWhoseReplyComes)
 {
     Mouse mouse;
