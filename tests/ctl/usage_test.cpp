@@ -142,8 +142,8 @@ TEST(Manual, namesEveryCommandAndOptionOfTheHelp)
         EXPECT_TRUE(std::regex_search(text, std::regex("\n\\.It (Fl h , )?Fl Fl " + option + "\\b")))
             << option;
     const std::set<std::string> directives = matches(help, "\n  (!|[a-z][a-z-]*) (?:[A-Z]|\\[|on)");
-    ASSERT_EQ(directives,
-              (std::set<std::string>{"!", "event", "expect", "expect-event", "match", "plug", "trace", "unplug"}));
+    ASSERT_EQ(directives, (std::set<std::string>{"!", "event", "expect", "expect-event", "match", "open",
+                                                 "plug", "trace", "unplug"}));
     for (const std::string& directive : directives)
         EXPECT_NE(text.find("\n.It Cm " + (directive == "!" ? "\\&!" : directive) + " "), std::string::npos)
             << directive;

@@ -60,8 +60,8 @@ TEST_F(RD210Rig, dpiLevelIsWrittenAndReadBack)
     PerformanceRecord record{};
     EXPECT_EQ(mouse->getPerformance(&record), E_OK);
     EXPECT_EQ(record.currentLevel, 4);
-    EXPECT_EQ(record.levels[4].x, 6400);
-    EXPECT_EQ(record.levels[6].y, 16000);
+    EXPECT_EQ(+record.levels[4].x, 6400);
+    EXPECT_EQ(+record.levels[6].y, 16000);
     EXPECT_EQ(gadget->takeWritten(), "41 80 | 52 40 | 52 9b | 52 f0 | 52 10");
 }
 
