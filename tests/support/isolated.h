@@ -17,6 +17,7 @@ inline void runIsolated(const std::string& name, void (*body)())
 {
     const char* only = std::getenv("PYRUX_ISOLATED_TEST");
     if (only && only == name) {
+        const OwnPipes pipes;
         body();
         return;
     }
