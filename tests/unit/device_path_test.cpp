@@ -78,6 +78,14 @@ TEST(DevicePath, standsWhatIsCutOff)
     expectPath("\\\\??", 0, 0, -1);
 }
 
+TEST(DevicePath, readsFourDigits)
+{
+    expectPath("HID#VID_3A7E99&PID_012F99&MI_01#x", 0x3A7E, 0x012F, 1);
+    expectPath("HID#VID_ZZZZ&PID_012F&MI_01#x", 0, 0x012F, 1);
+    expectPath("HID#VID_3A7E&PID_ZZZZ&MI_01#x", 0x3A7E, 0, 1);
+    expectPath("HID#VID_3AZZ&PID_012F&MI_01#x", 0x003A, 0x012F, 1); // as a number is read from a text
+}
+
 TEST(DevicePath, takesTheInterfaceAsADecimalNumber)
 {
     EXPECT_EQ(parseDevicePath("HID#VID_3A7E&PID_012F&MI_00#x").interface, 0);
