@@ -91,10 +91,10 @@ std::int32_t registerDevNotify(void (*callback)(HotplugEvent))
 void getBTVersion(const char* path, char* version)
 {
     LOG_EXPORT();
-    if (!path || !version)
+    if (!version)
         return;
     *version = '\0';
-    const PathIdentity identity = parseVidPid(path);
+    const PathIdentity identity = parseVidPid(path ? path : "");
     log(systemCategory, [&] {
         return "vid=" + std::to_string(identity.vid) + ",pid=" + std::to_string(identity.pid) +
                ",device_name=" + findNameByVidPid(identity.vid, identity.pid);
@@ -104,11 +104,11 @@ void getBTVersion(const char* path, char* version)
 void getDGVersion(const char* path, std::uint16_t* version)
 {
     LOG_EXPORT();
-    if (!path || !version)
+    if (!version)
         return;
     version[0] = 0;
     version[1] = 0;
-    const PathIdentity identity = parseVidPid(path);
+    const PathIdentity identity = parseVidPid(path ? path : "");
     const auto row = std::ranges::find_if(deviceCatalogue, [&](const DeviceRow& one) {
         return one.vid == identity.vid && one.pid == identity.pid;
     });
@@ -127,10 +127,10 @@ void getDGVersion(const char* path, std::uint16_t* version)
 void getDriverVersion(const char* path, std::uint8_t* version)
 {
     LOG_EXPORT();
-    if (!path || !version)
+    if (!version)
         return;
     *version = 0;
-    const PathIdentity identity = parseVidPid(path);
+    const PathIdentity identity = parseVidPid(path ? path : "");
     if (findNameByVidPid(identity.vid, identity.pid) != std::string_view("VK950"))
         return;
     const auto file = platform::commonDataFolder() / "TesselWorks" / "LumaDesk" / "localdevice.ini";

@@ -32,6 +32,7 @@ struct Conduct {
     bool silent = false;                    ///< Takes reports; none of the model's comes back.
     bool refuseWrites = false;              ///< hid_write gives -1, the model does not see the report.
     bool failReads = false;                 ///< hid_read gives -1, a waiting one at once.
+    std::size_t readFailures = 0;           ///< So many times hid_read gives -1, then it works again.
     bool garbage = false;                   ///< Every byte of an input report is turned into another one.
     std::size_t shortReads = 64;            ///< Input reports are cut to this many bytes.
 };

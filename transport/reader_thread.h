@@ -19,7 +19,7 @@ struct ReaderRules {
     int survivedFailures = 30;   ///< The next failed read ends the thread; counted over its whole life.
     std::chrono::milliseconds failurePause{100}; ///< Pause behind a failed read that is survived.
     std::chrono::milliseconds polledPause{0}; ///< Pause behind a look at a polled channel that found nothing.
-    std::string_view failureText;             ///< Logged when the thread gives up.
+    std::string_view failureText{};           ///< Logged when the thread gives up.
     int logCategory = 0;                      ///< Category of that line.
 };
 

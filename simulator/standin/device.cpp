@@ -259,15 +259,18 @@ int Device::read(Handle& handle, std::span<std::uint8_t> buffer, int limitMs)
 {
     ++readCalls;
     Lock lock(mutex);
-    const auto over = [&] { return !plugged || handle.closed || conduct.failReads || handle.count > 0; };
+    const auto failing = [&] { return conduct.failReads || conduct.readFailures > 0; };
+    const auto over = [&] { return !plugged || handle.closed || failing() || handle.count > 0; };
     if (limitMs < 0)
         handle.arrived.wait(lock, over);
     else if (limitMs > 0)
         handle.arrived.wait_for(lock, std::chrono::milliseconds(limitMs), over);
     if (!plugged || handle.closed)
         return failed(handle, gone);
-    if (conduct.failReads)
+    if (failing()) {
+        conduct.readFailures -= conduct.readFailures > 0;
         return failed(handle, ioError);
+    }
     if (handle.count == 0)
         return done(handle, 0);
     const Handle::InputReport& report = handle.waiting[handle.first];
@@ -295,7 +298,7 @@ void Device::setConduct(const Conduct& next)
 {
     const Lock lock(mutex);
     conduct = next;
-    if (!conduct.failReads)
+    if (!conduct.failReads && conduct.readFailures == 0)
         return;
     for (Handle* handle : handles)
         handle->arrived.notify_all();

@@ -23,7 +23,7 @@ TEST_F(FakeLibrary, isListed)
     EXPECT_EQ(run.out,
               R"(NAME   ID         INTERFACE  PRODUCT       SERIAL  RELEASE  DRIVER  STATUS  PATH
 RD210  3a7e:012f  1          First mouse   A1      12.03    ok      ok      \\?\hid#vid_3a7e&pid_012f&mi_01#first#{4d1e55b2}
--      3a7e:0111  -          Headset               12.03    bad     ok      \\?\hid#vid_3a7e&pid_0111#headset#{4d1e55b2}
+-      3a7e:0111  -          Headset       none    12.03    bad     ok      \\?\hid#vid_3a7e&pid_0111#headset#{4d1e55b2}
 RD210  3a7e:012f  1          Broken mouse  B2      12.03    ok      ok      \\?\hid#vid_3a7e&pid_012f&mi_01#broken#{4d1e55b2}
 )");
 }
@@ -41,6 +41,19 @@ TEST_F(FakeLibrary, isListedAsJson)
     EXPECT_EQ(devices[1]["model"], nullptr);
     EXPECT_EQ(devices[1]["interface"], nullptr);
     EXPECT_EQ(devices[1]["driverOk"], false);
+}
+
+/// The made-up library shows where it was told to send its debug output as the serial number of the headset.
+TEST_F(FakeLibrary, keepsItsDebugOutputOutOfTheWay)
+{
+    const auto target = [&](const std::vector<std::string>& words) {
+        return Json::parse(program.run(words).out)[1]["serial"];
+    };
+    EXPECT_EQ(target({"list", "--json"}), "none");
+    EXPECT_EQ(target({"list", "--json", "--debug"}), "stderr");
+    program.set("PYRUX_DEBUG_OUTPUT", "pyrux.log");
+    EXPECT_EQ(target({"list", "--json"}), "pyrux.log");
+    EXPECT_EQ(target({"list", "--json", "--debug"}), "stderr");
 }
 
 TEST_F(FakeLibrary, withoutDevicesIsAnEmptyList)

@@ -179,8 +179,8 @@ TEST(PerformanceJson, stands)
     FakeMouse mouse;
     call(mouse, "setPerformance", {performance});
     EXPECT_EQ(mouse.performance.currentLevel, 2);
-    EXPECT_EQ(mouse.performance.levels[0].x, 100);
-    EXPECT_EQ(mouse.performance.levels[6].y, 26000);
+    EXPECT_EQ(+mouse.performance.levels[0].x, 100);
+    EXPECT_EQ(+mouse.performance.levels[6].y, 26000);
     EXPECT_EQ(mouse.performance.levelEnabled[1], 0);
     EXPECT_EQ(mouse.performance.levelEnabled[6], 1);
     EXPECT_EQ(mouse.performance.pollingCode, 3);
@@ -254,13 +254,13 @@ TEST(MacroJson, keepsNameAndEvents)
     EXPECT_STREQ(mouse.macro.name, "h\xC3\xA9llo");
     EXPECT_EQ(mouse.macro.mode, 2);
     EXPECT_EQ(mouse.macro.count, 2);
-    EXPECT_EQ(mouse.macro.events[0].code, 0x0500);
-    EXPECT_EQ(mouse.macro.events[0].kind, 2);
-    EXPECT_EQ(mouse.macro.events[0].delay, 7);
-    EXPECT_EQ(mouse.macro.events[1].code, 0x03FF);
-    EXPECT_EQ(mouse.macro.events[1].kind, 1);
-    EXPECT_EQ(mouse.macro.events[1].delay, 0x7FFF);
-    EXPECT_EQ(mouse.macro.events[2].code, 0);
+    EXPECT_EQ(+mouse.macro.events[0].code, 0x0500);
+    EXPECT_EQ(+mouse.macro.events[0].kind, 2);
+    EXPECT_EQ(+mouse.macro.events[0].delay, 7);
+    EXPECT_EQ(+mouse.macro.events[1].code, 0x03FF);
+    EXPECT_EQ(+mouse.macro.events[1].kind, 1);
+    EXPECT_EQ(+mouse.macro.events[1].delay, 0x7FFF);
+    EXPECT_EQ(+mouse.macro.events[2].code, 0);
     EXPECT_EQ(call(mouse, "getMacro", {"4"}).outputs,
               R"({"macro":{"button":4,"name":"héllo","mode":2,"events":[{"code":1280,"kind":2,"delay":7},)"
               R"({"code":1023,"kind":1,"delay":32767}]}})");

@@ -77,6 +77,7 @@ Program::Program()
     set("PYRUX_DATA_DIR", (folder / "data").string());
     set("PYRUX_LIBRARY", "");
     set("PYRUX_SIMULATOR", "");
+    set("PYRUX_DEBUG_OUTPUT", "");
 }
 
 Program::~Program()

@@ -4,10 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <set>
+#include <sstream>
 
 namespace {
 
@@ -113,44 +114,76 @@ std::string manual()
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-std::set<std::string> matches(const std::string& text, const char* pattern)
+/// The words of a text that begin so, each up to the first character that is no part of a name.
+std::set<std::string> wordsWith(const std::string& text, const std::string& beginning)
 {
     std::set<std::string> found;
-    const std::regex expression(pattern);
-    for (std::sregex_iterator at(text.begin(), text.end(), expression), end; at != end; ++at)
-        found.insert(at->str(1));
+    for (std::size_t at = text.find(beginning); at != std::string::npos; at = text.find(beginning, at)) {
+        const std::size_t from = at;
+        for (at += beginning.size(); at < text.size(); ++at)
+            if (text[at] != '_' && !std::isalnum(static_cast<unsigned char>(text[at])))
+                break;
+        found.insert(text.substr(from, at - from));
+    }
     return found;
 }
+
+/// The first words of the lines from a heading to the next empty line, those that stand two blanks from the
+/// left.
+std::set<std::string> firstWords(const std::string& text, const std::string& heading)
+{
+    std::set<std::string> found;
+    std::istringstream lines(text.substr(std::min(text.find(heading), text.size())));
+    std::string line;
+    std::getline(lines, line);
+    while (std::getline(lines, line) && !line.empty())
+        if (line.size() > 2 && line.starts_with("  ") && line[2] != ' ')
+            found.insert(line.substr(2, line.find(' ', 2) - 2));
+    return found;
+}
+
+using Names = std::set<std::string>;
 
 TEST(Manual, namesEveryCommandAndOptionOfTheHelp)
 {
     Program program;
     const std::string text = manual();
     ASSERT_FALSE(text.empty());
+    const auto names = [&](const std::string& entry) {
+        return text.find("\n.It " + entry) != std::string::npos;
+    };
     const std::string top = program.run({"--help"}).out;
-    const std::set<std::string> commands = matches(top, "\n  ([a-z][a-z0-9_]*)  ");
-    ASSERT_EQ(commands, (std::set<std::string>{"list", "info", "watch", "run", "rd210"}));
+    ASSERT_EQ(firstWords(top, "Commands:"), (Names{"list", "info", "watch", "run"}));
+    ASSERT_EQ(firstWords(top, "Models:"), Names{"rd210"});
+    Names commands = firstWords(top, "Commands:");
+    commands.merge(firstWords(top, "Models:"));
+
     std::string help = top;
     for (const std::string& command : commands) {
-        EXPECT_NE(text.find("\n.It Cm " + command), std::string::npos) << command;
+        EXPECT_TRUE(names("Cm " + command)) << command;
         help += program.run({command, "--help"}).out;
     }
-    const std::set<std::string> options = matches(help, "--([a-z]+)");
-    ASSERT_EQ(options, (std::set<std::string>{"count", "debug", "device", "for", "help", "json", "quiet",
-                                              "simulate", "trace", "version"}));
-    for (const std::string& option : options)
-        EXPECT_TRUE(std::regex_search(text, std::regex("\n\\.It (Fl h , )?Fl Fl " + option + "\\b")))
-            << option;
-    const std::set<std::string> directives = matches(help, "\n  (!|[a-z][a-z-]*) (?:[A-Z]|\\[|on)");
+    const Names options = wordsWith(help, "--");
+    ASSERT_EQ(options, (Names{"--count", "--debug", "--device", "--for", "--help", "--json", "--quiet",
+                              "--simulate", "--trace", "--version"}));
+    for (const std::string& option : options) {
+        const std::string entry = "Fl Fl " + option.substr(2);
+        EXPECT_TRUE(names(entry + "\n") || names(entry + " ") || names("Fl h , " + entry + "\n")) << option;
+    }
+    const Names directives = firstWords(program.run({"run", "--help"}).out, "A line is");
     ASSERT_EQ(directives,
-              (std::set<std::string>{"!", "event", "expect", "expect-event", "match", "plug", "trace", "unplug"}));
+              (Names{"!", "event", "expect", "expect-event", "match", "open", "plug", "trace", "unplug"}));
     for (const std::string& directive : directives)
-        EXPECT_NE(text.find("\n.It Cm " + (directive == "!" ? "\\&!" : directive) + " "), std::string::npos)
-            << directive;
-    for (const std::string& variable : matches(help, "(PYRUX_[A-Z_]+)"))
-        EXPECT_NE(text.find("\n.It Ev " + variable + "\n"), std::string::npos) << variable;
-    for (const std::string& code : matches(help, "\n  ([0-9])  (?=done|the|usage)"))
-        EXPECT_NE(text.find("\n.It " + code + "\n"), std::string::npos) << code;
+        EXPECT_TRUE(names("Cm " + (directive == "!" ? "\\&!" : directive) + " ")) << directive;
+
+    const Names variables = wordsWith(top, "PYRUX_");
+    ASSERT_EQ(variables, (Names{"PYRUX_LIBRARY", "PYRUX_SIMULATOR", "PYRUX_DEBUG_OUTPUT"}));
+    for (const std::string& variable : variables)
+        EXPECT_TRUE(names("Ev " + variable + "\n")) << variable;
+    const Names codes = firstWords(top, "Exit codes:");
+    ASSERT_EQ(codes, (Names{"0", "1", "2", "3", "4"}));
+    for (const std::string& code : codes)
+        EXPECT_TRUE(names(code + "\n")) << code;
 }
 
 } // namespace

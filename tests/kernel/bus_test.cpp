@@ -60,14 +60,15 @@ TEST_F(RD210Rig, libraryListsTheControlInterface)
     ASSERT_EQ(devNums(), 1);
     DevInfoRecord record{};
     ASSERT_EQ(devInfo(&record), 1);
-    EXPECT_EQ(record.vid, 0x3A7E);
-    EXPECT_EQ(record.pid, 0x012F);
-    EXPECT_EQ(record.release, 0x0103);
+    // A plus gives a copy: the record is packed.
+    EXPECT_EQ(+record.vid, 0x3A7E);
+    EXPECT_EQ(+record.pid, 0x012F);
+    EXPECT_EQ(+record.release, 0x0103);
     EXPECT_STREQ(record.serial, "RD210-000001");
     EXPECT_STREQ(record.product, "RD210");
     EXPECT_STREQ(record.vendor, "Tessel Works");
-    EXPECT_EQ(record.driverOk, 1U);
-    EXPECT_EQ(record.statusOk, 1U);
+    EXPECT_EQ(+record.driverOk, 1U);
+    EXPECT_EQ(+record.statusOk, 1U);
     EXPECT_EQ(record.path, pathOf(nodes["01"].path)); // interface 1, not 0
 }
 

@@ -60,8 +60,8 @@ TEST_F(RD210Rig, dpiLevelIsWrittenAndReadBack)
     PerformanceRecord record{};
     EXPECT_EQ(mouse->getPerformance(&record), E_OK);
     EXPECT_EQ(record.currentLevel, 4);
-    EXPECT_EQ(record.levels[4].x, 6400);
-    EXPECT_EQ(record.levels[6].y, 16000);
+    EXPECT_EQ(+record.levels[4].x, 6400);
+    EXPECT_EQ(+record.levels[6].y, 16000);
     EXPECT_EQ(gadget->takeWritten(), "41 80 | 52 40 | 52 9b | 52 f0 | 52 10");
 }
 
@@ -170,6 +170,19 @@ TEST_F(RD210Rig, deviceMadeEventsReachTheCallback)
     EXPECT_EQ(gadget->command("event key 5 0"), "ok");
     EXPECT_EQ(Events::next(), "3:35");
     EXPECT_EQ(mouse->unRegisterNotify(), E_OK);
+}
+
+/// The device has several reports ready before the host fetches the first.
+TEST_F(RD210Rig, burstOfEventsArrivesWholeAndInOrder)
+{
+    EXPECT_EQ(mouse->registerNotify(Events::callback), E_OK);
+    EXPECT_EQ(gadget->command("event key 0 1\nevent key 2 1\nevent key 3 1\nevent key 4 1\nevent key 8 1\n"
+                              "event key 8 0\nevent key 4 0\nevent key 0 0"),
+              "ok");
+    for (int i = 1; i < 8; ++i)
+        EXPECT_EQ(gadget->line(), "ok");
+    for (const char* event : {"2:30", "2:31", "2:34", "2:33", "2:9", "3:9", "3:33", "3:30"})
+        EXPECT_EQ(Events::next(), event);
 }
 
 TEST_F(RD210Rig, savedSettingsOutliveThePlug)

@@ -58,19 +58,21 @@ public:
         setVariable("DBUS_SESSION_BUS_ADDRESS", "");
     }
     std::filesystem::path debugFile() const { return folder.path() / "debug.txt"; }
+    const std::filesystem::path& root() const { return folder.path(); }
 
 private:
-    TemporaryFolder folder;
+    TemporaryFolder folder{std::filesystem::temp_directory_path()};
 };
 
 const Surroundings surroundings;
 
 } // namespace
 
-TemporaryFolder::TemporaryFolder()
+TemporaryFolder::TemporaryFolder() : TemporaryFolder(surroundings.root()) {}
+
+TemporaryFolder::TemporaryFolder(const std::filesystem::path& parent)
 {
     static std::atomic<unsigned> count{0};
-    const auto parent = std::filesystem::temp_directory_path();
     do {
         folder = parent / ("pyrux-test-" + std::to_string(processId()) + "-" + std::to_string(count++));
     } while (!std::filesystem::create_directory(folder));

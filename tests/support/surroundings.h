@@ -10,10 +10,11 @@
 
 namespace pyrux::test {
 
-/// A fresh folder, removed with the object.
+/// A fresh folder, removed with the object, or at the latest when the process exits.
 class TemporaryFolder {
 public:
     TemporaryFolder();
+    explicit TemporaryFolder(const std::filesystem::path& parent);
     ~TemporaryFolder();
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;

@@ -90,4 +90,13 @@ TEST_F(PlatformProfileFile, survivesLongLines)
     const std::string rubbish(5000, 'x');
     EXPECT_EQ(read("[VK950_VERSION]\n" + rubbish + "\n" + rubbish + "=1\nversion=6\n"), 6);
     EXPECT_EQ(read("[VK950_VERSION]\nversion=6" + rubbish + "\n"), 6);
+    for (int length = 150; length < 250; ++length)
+        EXPECT_EQ(read("[VK950_VERSION]\n" + rubbish.substr(0, length) + "version=1\nversion=6\n"), 6)
+            << length;
+}
+
+TEST_F(PlatformProfileFile, takesAColonIntoASectionsName)
+{
+    read("[OTHER]\nversion=1\n[A:B]\nversion=2\n[A]\nversion=3\n");
+    EXPECT_EQ(readProfileInt(folder.path() / "localdevice.ini", "a:b", "version", -1), 2);
 }

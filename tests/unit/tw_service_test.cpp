@@ -323,6 +323,8 @@ TEST_F(TwService, queryDeskServiceClosesItsConnection)
 
 TEST_F(TwService, waits3000MsForABusyPipeAndAgainForAReply)
 {
+    EXPECT_EQ(PipeLimits{}.free, 3000ms);
+    EXPECT_EQ(PipeLimits{}.reply, 3000ms);
     TW_SERVICE service;
     std::string text = "temp";
     {

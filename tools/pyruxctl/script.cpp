@@ -117,14 +117,9 @@ private:
             Exit (Script::*run)(Words);
         };
         static constexpr Directive directives[]{
-            {"plug", &Script::plug},
-            {"unplug", &Script::unplug},
-            {"trace", &Script::trace},
-            {"event", &Script::event},
-            {"expect-event", &Script::expectEvent},
-            {"expect", &Script::expect},
-            {"match", &Script::match},
-            {"!", &Script::expectFailure},
+            {"open", &Script::open},     {"plug", &Script::plug},   {"unplug", &Script::unplug},
+            {"trace", &Script::trace},   {"event", &Script::event}, {"expect-event", &Script::expectEvent},
+            {"expect", &Script::expect}, {"match", &Script::match}, {"!", &Script::expectFailure},
         };
         for (const Directive& directive : directives)
             if (words.front() == directive.name)
@@ -151,6 +146,16 @@ private:
     {
         if (!style.quiet && !style.json)
             console::print(text);
+    }
+
+    Exit open(Words words)
+    {
+        expectWords(words, 1, 2, "open MODEL [PATH]");
+        const Model* const model = findModel(words[0]);
+        if (!model)
+            throw UsageError("there is no model \"" + words[0] + "\"");
+        say("opened " + session.open(*model, wordOr(words, 1, "")).path);
+        return Exit::fine;
     }
 
     Exit plug(Words words)

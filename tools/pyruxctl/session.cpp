@@ -17,7 +17,7 @@ void chooseDebugOutput(bool debug)
     constexpr auto variable = "PYRUX_DEBUG_OUTPUT";
     if (debug)
         setEnvironment(variable, "stderr");
-    else if (!std::getenv(variable))
+    else if (const char* const chosen = std::getenv(variable); !chosen || !*chosen)
         setEnvironment(variable, "none");
 }
 

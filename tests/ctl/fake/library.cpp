@@ -109,7 +109,7 @@ EXPORT std::int32_t devInfo(DevInfoRecord* records)
 {
     const DevInfoRecord all[]{
         record(mouse, "First mouse", "A1", 0x012F, 1),
-        record(headset, "Headset", "", 0x0111, 0),
+        record(headset, "Headset", setting("PYRUX_DEBUG_OUTPUT").c_str(), 0x0111, 0),
         record(broken, "Broken mouse", "B2", 0x012F, 1),
     };
     std::copy_n(all, attached(), records);

@@ -1,0 +1,103 @@
+#include "tests/support/process.h"
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char** environ;
+#endif
+
+namespace pyrux::test {
+
+#ifdef _WIN32
+
+std::filesystem::path thisProgram()
+{
+    wchar_t name[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, name, MAX_PATH);
+    return name;
+}
+
+Ended run(const std::filesystem::path& program, const std::vector<std::string>& arguments)
+{
+    SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+    HANDLE from = nullptr;
+    HANDLE to = nullptr;
+    if (!CreatePipe(&from, &to, &inheritable, 0))
+        return {};
+    SetHandleInformation(from, HANDLE_FLAG_INHERIT, 0);
+    STARTUPINFOA start{};
+    start.cb = sizeof start;
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+    start.hStdOutput = to;
+    start.hStdError = to;
+    std::string line = "\"" + program.string() + "\"";
+    for (const std::string& argument : arguments)
+        line += " \"" + argument + "\"";
+    PROCESS_INFORMATION process{};
+    const BOOL started =
+        CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process);
+    CloseHandle(to);
+    Ended ended;
+    char buffer[4096];
+    DWORD length = 0;
+    while (ReadFile(from, buffer, sizeof buffer, &length, nullptr) && length > 0)
+        ended.output.append(buffer, length);
+    CloseHandle(from);
+    if (started) {
+        DWORD code = 0;
+        WaitForSingleObject(process.hProcess, INFINITE);
+        GetExitCodeProcess(process.hProcess, &code);
+        ended.exitCode = static_cast<int>(code);
+        CloseHandle(process.hProcess);
+        CloseHandle(process.hThread);
+    }
+    return ended;
+}
+
+#else
+
+std::filesystem::path thisProgram()
+{
+    return std::filesystem::read_symlink("/proc/self/exe");
+}
+
+Ended run(const std::filesystem::path& program, const std::vector<std::string>& arguments)
+{
+    int ends[2];
+    if (pipe(ends) != 0)
+        return {};
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, ends[1], STDERR_FILENO);
+    posix_spawn_file_actions_addclose(&actions, ends[0]);
+    posix_spawn_file_actions_addclose(&actions, ends[1]);
+    std::vector<std::string> texts{program.string()};
+    texts.insert(texts.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (std::string& text : texts)
+        argv.push_back(text.data());
+    argv.push_back(nullptr);
+    pid_t child = 0;
+    const bool started = posix_spawn(&child, program.c_str(), &actions, nullptr, argv.data(), environ) == 0;
+    posix_spawn_file_actions_destroy(&actions);
+    close(ends[1]);
+    Ended ended;
+    char buffer[4096];
+    for (ssize_t length; (length = read(ends[0], buffer, sizeof buffer)) > 0;)
+        ended.output.append(buffer, static_cast<std::size_t>(length));
+    close(ends[0]);
+    int status = 0;
+    if (started && waitpid(child, &status, 0) == child)
+        ended.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return ended;
+}
+
+#endif
+
+} // namespace pyrux::test
