@@ -5,6 +5,7 @@
 #include "tests/support/fake_clock.h"
 #include "tests/support/scripted_mouse.h"
 #include "transport/cmd_queue.h"
+#include "transport/usb_hid.h"
 
 #include <gtest/gtest.h>
 
@@ -614,10 +615,25 @@ TEST_F(CmdQueueTest, neverMissesAPacketBehindAClear)
         wire.written(1);
         EXPECT_EQ(clock.settle().value_or(0) % 10, 0U);
     }
-    EXPECT_EQ(debugLines(), std::vector<std::string>{});
+    EXPECT_EQ(debugLines(), Lines{});
 }
 
 // Giving up, and coming back.
+
+TEST_F(CmdQueueTest, writesToADevicesChannel)
+{
+    usbHid closed("nowhere");
+    queue.setChannel(&closed);
+    forgetDebugOutput();
+    queue.push(0, Report{0x41, 0x80});
+    EXPECT_EQ(clock.settle(), idle);
+    EXPECT_EQ(debugLines(),
+              (Lines{"[PYRUX]command queue tx buffer Fail", "[PYRUX]tx buffer Fail = 65 0 65 128 0 0 0 0"}));
+    queue.setChannel(static_cast<usbHid*>(nullptr));
+    queue.push(0, Report{0x41, 0x80});
+    EXPECT_EQ(clock.settle(), idle);
+    EXPECT_EQ(queue.queuedCount(), 1);
+}
 
 TEST_F(CmdQueueTest, tellsOfEachFailedWrite)
 {
@@ -625,8 +641,8 @@ TEST_F(CmdQueueTest, tellsOfEachFailedWrite)
     forgetDebugOutput();
     queue.push(0, Report{0x01, 0x02, 0xFF, 0x04, 0x05, 0x06, 0x07, 0x08});
     EXPECT_EQ(clock.settle(), idle);
-    EXPECT_EQ(debugLines(), (std::vector<std::string>{"[PYRUX]command queue tx buffer Fail",
-                                                      "[PYRUX]tx buffer Fail = 65 0 1 2 255 4 5 6"}));
+    EXPECT_EQ(debugLines(),
+              (Lines{"[PYRUX]command queue tx buffer Fail", "[PYRUX]tx buffer Fail = 65 0 1 2 255 4 5 6"}));
 }
 
 TEST_F(CmdQueueTest, tellsOfAShortPacketAllThatItHas)
@@ -636,8 +652,8 @@ TEST_F(CmdQueueTest, tellsOfAShortPacketAllThatItHas)
     forgetDebugOutput();
     queue.push(0, Report{0x81, 0x02});
     EXPECT_EQ(clock.settle(), idle);
-    EXPECT_EQ(debugLines(), (std::vector<std::string>{"[PYRUX]command queue tx buffer Fail",
-                                                      "[PYRUX]tx buffer Fail = 3 0 129 2"}));
+    EXPECT_EQ(debugLines(),
+              (Lines{"[PYRUX]command queue tx buffer Fail", "[PYRUX]tx buffer Fail = 3 0 129 2"}));
 }
 
 TEST_F(CmdQueueTest, doesNotRepeatAFailedWrite)
@@ -685,7 +701,7 @@ TEST_F(CmdQueueTest, countsOnlyClosedChannelsAndTimeoutsAsFailures)
     queue.push(0, std::vector<Report>(10, Report{0x01}));
     EXPECT_EQ(clock.settle(), 10U);
     EXPECT_FALSE(queue.ended());
-    EXPECT_EQ(debugLines(), std::vector<std::string>{});
+    EXPECT_EQ(debugLines(), Lines{});
 }
 
 TEST_F(CmdQueueTest, countsACrashInTheWriteAsAFailure)
@@ -694,11 +710,12 @@ TEST_F(CmdQueueTest, countsACrashInTheWriteAsAFailure)
     forgetDebugOutput();
     queue.push(0, std::vector<Report>(5, Report{0x01}));
     EXPECT_EQ(clock.settle(), idle);
-    EXPECT_EQ(debugLines(), std::vector<std::string>(5, "[PYRUX]crash occur!!!"));
+    EXPECT_EQ(debugLines(), Lines(5, "[PYRUX]crash occur!!!"));
     EXPECT_FALSE(queue.ended());
+    forgetDebugOutput();
     queue.push(0, std::vector<Report>(3, Report{0x01}));
     awaitEnd();
-    EXPECT_EQ(debugLines(), std::vector<std::string>(1, "[PYRUX]crash occur!!!"));
+    EXPECT_EQ(debugLines(), Lines(1, "[PYRUX]crash occur!!!"));
     EXPECT_EQ(wire.count(), 6U);
 }
 
@@ -708,13 +725,14 @@ TEST_F(CmdQueueTest, isRevivedByAPushWhichLosesItsPackets)
     EXPECT_EQ(wire.written(), "10 01 | 10 02 | 10 03 | 10 04 | 10 05 | 10 06");
     forgetDebugOutput();
     queue.push(0, Report{0x01});
-    EXPECT_EQ(debugLines(), std::vector<std::string>{"[PYRUX]cmdQueueThread is not running!"});
+    EXPECT_EQ(debugLines(), Lines{"[PYRUX]cmdQueueThread is not running!"});
     EXPECT_FALSE(queue.ended());
     EXPECT_EQ(clock.settle(), idle);
+    forgetDebugOutput();
     EXPECT_EQ(wire.written(), "");
     queue.push(0, Report{0x02});
     EXPECT_EQ(wire.written(1), "02");
-    EXPECT_EQ(debugLines(), std::vector<std::string>{});
+    EXPECT_EQ(debugLines(), Lines{});
 }
 
 TEST_F(CmdQueueTest, sendsWhatWasLeftInTheLanesOnceItIsRevived)
@@ -850,7 +868,7 @@ TEST_F(CmdQueueTest, stopsForGood)
     queue.push(0, Report{0x03});
     EXPECT_TRUE(queue.ended());
     EXPECT_EQ(wire.written(), "01");
-    EXPECT_EQ(debugLines(), std::vector<std::string>{});
+    EXPECT_EQ(debugLines(), Lines{});
 }
 
 TEST_F(CmdQueueTest, stopsAfterItHasGivenUp)
@@ -956,7 +974,7 @@ TEST(CmdQueueOnRealTime, isRevivedByOneOfSeveralThreads)
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_FALSE(queue.ended());
-    const std::vector<std::string> lines = debugLines();
+    const Lines lines = debugLines();
     EXPECT_EQ(std::ranges::count(lines, "[PYRUX]cmdQueueThread is not running!"), 1);
 }
 

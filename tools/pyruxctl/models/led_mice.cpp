@@ -12,7 +12,8 @@ namespace pyrux::ctl {
 namespace {
 
 template <class Interface>
-Model ledMouse(std::string_view command, std::string_view summary, Identity identity)
+Model ledMouse(std::string_view command, std::string_view summary, Identity identity,
+               const std::vector<Operation>& more = {})
 {
     std::vector<Operation> operations{
         OP(setLightingInit),
@@ -27,6 +28,7 @@ Model ledMouse(std::string_view command, std::string_view summary, Identity iden
         OP(setCustomEffect, in<6>("colors")), OP(getCustomEffect, out<6>("colors")),
     };
     operations += mouseOperations<Interface>();
+    operations += more;
     operations += {OP(exit_device, in("unplugged"))};
     return {
         .command = command,
@@ -63,9 +65,8 @@ Model models_of::rd240()
 Model models_of::rd110()
 {
     using Interface = PYRUX_RD110_Base;
-    Model model = ledMouse<Interface>("rd110", "Wired mouse RD110, with lights", {"RD110", 0x3A7E, 0x015F});
-    model.operations += {OP(test), OP(getMacroAll, out("list"))};
-    return model;
+    return ledMouse<Interface>("rd110", "Wired mouse RD110, with lights", {"RD110", 0x3A7E, 0x015F},
+                               {OP(test), OP(getMacroAll, out("list"))});
 }
 
 } // namespace pyrux::ctl
