@@ -52,7 +52,7 @@ protected:
     /// The queue's thread stands in the write of a frame, for a while.
     void holdQueue()
     {
-        sim::setConduct(mouse.path, {.writeTime = 200ms});
+        sim::setConduct(mouse.path, {.writeTime = 150ms});
         mouse->setSyncLightingData(frame(1));
         while (sim::writersInside() == 0)
             std::this_thread::yield();
