@@ -7,6 +7,7 @@
 #include "core/registry.h"
 #include "core/state.h"
 #include "pyrux/error.h"
+#include "pyrux/lighting.h"
 #include "transport/device_path.h"
 
 #include <atomic>
@@ -17,6 +18,7 @@
 #include <string_view>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace pyrux {
 
@@ -183,6 +185,29 @@ private:
     std::atomic<std::int32_t> closed{0};
     std::atomic<bool> leaving{false};
     CallGate calls;
+};
+
+/// What a model with lights adds to the host object of its family: the five operations of `DEV_LIGHTING`.
+/// Those that run at frame rate leave no trace in the log.
+template <class Host>
+class LitHost : public Host {
+public:
+    using Host::Host;
+
+    _error setLightingInit() override { return FORWARD(setLightingInit()); }
+    _error setLightingUninit() override { return FORWARD(setLightingUninit()); }
+    _error setLightingPortColor(const LightingPortColor* color) override
+    {
+        return FORWARD_QUIET(setLightingPortColor(color));
+    }
+    _error setSyncLightingData(const std::vector<LightingLedZone>& zones) override
+    {
+        return FORWARD_QUIET(setSyncLightingData(zones));
+    }
+    _error setLightingTurnOff() override { return FORWARD(setLightingTurnOff()); }
+
+protected:
+    ~LitHost() = default;
 };
 
 /// The body of every factory: one object per path, found or made while the registry is held.

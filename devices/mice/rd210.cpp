@@ -20,12 +20,10 @@ constexpr std::array startUp{
 };
 
 constexpr std::array<MouseEvent, 2> events{{
-    // head of the report, byte that must be 1, answer, event for the host, text
-    {{0x42, 0x20, 0x40}, 4, dpiAck, RD210_DPI_CHANGED, "RD210 dpi change"},
-    {{0x42, 0x20, 0x00}, 4, profileAck, RD210_PROFILE_CHANGED, "RD210 profile change"},
+    // head of the report, byte that must be 1, answer, event for the host, text behind the model's name
+    {{0x42, 0x20, 0x40}, 4, dpiAck, RD210_DPI_CHANGED, "dpi change"},
+    {{0x42, 0x20, 0x00}, 4, profileAck, RD210_PROFILE_CHANGED, "profile change"},
 }};
-
-constexpr std::array<std::uint8_t, 24> keyValues{0x1E, 0x20, 0x1F, 0x22, 0x21, 0x23, 0, 0, 0x09, 0x0A};
 
 std::atomic<bool> shift{false};
 
@@ -34,7 +32,7 @@ const MouseTraits rd210Traits{.model = RD210::model,
                               .events = events,
                               .keyDownEvent = RD210_KEY_DOWN,
                               .keyUpEvent = RD210_KEY_UP,
-                              .keyValues = keyValues,
+                              .keyValues = wiredKeyValues,
                               .shift = shift,
                               .failureText = "RD210 USB fail"};
 

@@ -10,9 +10,6 @@
 namespace pyrux {
 
 namespace cmd { // numbers are report bytes; a reply counts from 0
-constexpr Report configOff{0x41, 0x00};
-constexpr Report serviceOn{0x41, 0x01}; // reset, save and macro recording work
-constexpr Report configOn{0x41, 0x80};  // the device accepts configuration
 constexpr Report hello{0x43, 0x00, 0x00, 0x00, 0x01};
 constexpr Report resetProfile{0x50, 0x10}; // 5: 0xFF for all profiles
 constexpr Report save{0x50, 0x55};
@@ -540,15 +537,20 @@ _error WiredMouse::getMacro(MouseMacroRecord* macro)
 {
     if (!macro || macro->button >= buttons)
         return E_INVALID_GET;
-    const std::uint8_t button = macro->button;
     set(cmd::configOn);
+    return readMacro(*macro);
+}
+
+_error WiredMouse::readMacro(MouseMacroRecord& macro)
+{
+    const std::uint8_t button = macro.button;
     Reply place;
     if (const _error result = get(cmd::getMacroPlace.at(3, button), place, 3))
         return result;
     if (place[4] == 0xFF && (place[5] == 0x3F || place[5] == 0xFF)) {
-        macro->mode = 3;
-        std::ranges::fill(macro->name, '\0');
-        macro->count = 0;
+        macro.mode = 3;
+        std::ranges::fill(macro.name, '\0');
+        macro.count = 0;
         return E_OK;
     }
     Reply name;
@@ -559,14 +561,14 @@ _error WiredMouse::getMacro(MouseMacroRecord* macro)
     Reply pointed;
     if (const _error result = get(cursor, pointed))
         return result;
-    MouseMacroRecord found = *macro;
+    MouseMacroRecord found = macro;
     if (const _error result = readMacroEvents(found))
         return result;
     const int mode = place[5] >> 4;
     found.mode = mode == 5 ? 1 : mode == 7 ? 2 : 0;
     std::ranges::transform(name.part(4, sizeof found.name), found.name,
                            [](std::uint8_t byte) { return char(byte); });
-    *macro = found;
+    macro = found;
     return E_OK;
 }
 
@@ -766,15 +768,18 @@ _error WiredMouse::saveConfig()
 
 void WiredMouse::take(const Reply& reply)
 {
+    bool own = false;
     for (const MouseEvent& event : traits.events) {
         if (!std::ranges::equal(event.head, reply.part(0, event.head.size())) || reply[event.flagByte] != 1)
             continue;
-        debugText(event.text);
+        own = true;
+        debugText(std::string(traits.model.model).append(" ").append(event.text));
         channel.writeWatched(event.acknowledgement.bytes());
         NotifyRecord record{.event = event.event, .value = 0};
         notify.call(&record);
-        return;
     }
+    if (own)
+        return;
     if (reply.begins({0x43, 0x01}))
         takeKey(reply[4], reply[5]);
     else

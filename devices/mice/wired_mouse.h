@@ -21,14 +21,24 @@
 
 namespace pyrux {
 
+namespace cmd { // the states of the device
+inline constexpr Report configOff{0x41, 0x00};
+inline constexpr Report serviceOn{0x41, 0x01}; // reset, save and macro recording work
+inline constexpr Report configOn{0x41, 0x80};  // the device accepts configuration
+} // namespace cmd
+
 /// A report that a mouse sends by itself when its state has changed.
 struct MouseEvent {
     std::array<std::uint8_t, 3> head; ///< How the report begins.
     std::size_t flagByte;             ///< The byte that must be 1.
     Report acknowledgement;
     std::uint32_t event;   ///< `NotifyRecord::event`
-    std::string_view text; ///< Written to the debug output.
+    std::string_view text; ///< Written to the debug output behind the model's name.
 };
+
+/// `NotifyRecord::value` of the buttons of all wired mice, by button number; 0 behind the end.
+inline constexpr std::array<std::uint8_t, 24> wiredKeyValues{0x1E, 0x20, 0x1F, 0x22, 0x21,
+                                                             0x23, 0,    0,    0x09, 0x0A};
 
 /// What tells one mouse of the family from another.
 struct MouseTraits {
@@ -86,6 +96,18 @@ public:
     _error unRegisterNotify();
     _error saveConfig();
 
+protected:
+    // One command and its reply. `set` gives the result of a set operation: a missing reply is E_INVALID_SET.
+    static constexpr std::size_t defaultMatch = 2;
+    _error get(const Report& command, Reply& reply, std::size_t matchLength = defaultMatch);
+    _error set(const Report& command, std::size_t matchLength = defaultMatch);
+
+    /// `getMacro` of a button that exists, on a device that accepts configuration.
+    _error readMacro(MouseMacroRecord& macro);
+
+    const MouseTraits& traits;
+    usbHid channel;
+
 private:
     /// Which of the wheel's two tilt directions act as steps.
     struct Wheel {
@@ -94,11 +116,6 @@ private:
     };
     enum class MacroState { none, stepUp, stepDown, macro };
     enum class Step : std::uint8_t { up = 0x01, down = 0xFF };
-
-    // One command and its reply. `set` gives the result of a set operation: a missing reply is E_INVALID_SET.
-    static constexpr std::size_t defaultMatch = 2;
-    _error get(const Report& command, Reply& reply, std::size_t matchLength = defaultMatch);
-    _error set(const Report& command, std::size_t matchLength = defaultMatch);
 
     std::optional<Wheel> readWheel();
     std::optional<Reply> readBank();
@@ -117,8 +134,6 @@ private:
     void take(const Reply& reply);
     void takeKey(std::uint8_t button, std::uint8_t state);
 
-    const MouseTraits& traits;
-    usbHid channel;
     Exchange exchange;
     ReaderThread reader;
     Notify<NotifyCallback> notify;

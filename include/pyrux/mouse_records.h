@@ -57,6 +57,21 @@ struct MouseMacroRecord {
         events[199]; ///< One place more than `count` can use: `setMacro` writes the end event there.
 };
 
+/// What `getMacroAll` fills: the macros that there are.
+struct MouseMacroList {
+    std::uint32_t count;         ///< Macros in use, at most 13.
+    MouseMacroRecord macros[13]; ///< In the order of their buttons.
+};
+
+/// Argument of `setGeneralEffect` and `getGeneralEffect`.
+struct MouseEffectRecord {
+    std::uint8_t mode;  ///< One of the model's effect modes.
+    std::uint8_t speed; ///< Modes 1 and 2: 1 (slow) to 5; others: passed to the device and back unchanged.
+    std::uint8_t direction;  ///< A truth value; only mode 1 has one.
+    std::uint8_t brightness; ///< 0 to 255; mode 2 keeps half of it.
+    std::uint8_t red, green, blue;
+};
+
 #pragma pack(pop)
 
 static_assert(sizeof(PerformanceRecord) == 48);
@@ -72,3 +87,9 @@ static_assert(offsetof(MouseMacroEvent, delay) == 3);
 static_assert(sizeof(MouseMacroRecord) == 43 + 199 * 5);
 static_assert(offsetof(MouseMacroRecord, name) == 1 && offsetof(MouseMacroRecord, mode) == 41);
 static_assert(offsetof(MouseMacroRecord, count) == 42 && offsetof(MouseMacroRecord, events) == 43);
+static_assert(sizeof(MouseMacroList) == 4 + 13 * sizeof(MouseMacroRecord));
+static_assert(offsetof(MouseMacroList, macros) == 4);
+static_assert(sizeof(MouseEffectRecord) == 7 && offsetof(MouseEffectRecord, speed) == 1);
+static_assert(offsetof(MouseEffectRecord, direction) == 2 && offsetof(MouseEffectRecord, brightness) == 3);
+static_assert(offsetof(MouseEffectRecord, red) == 4 && offsetof(MouseEffectRecord, green) == 5);
+static_assert(offsetof(MouseEffectRecord, blue) == 6);

@@ -2,7 +2,11 @@
 
 #include "pyrux/error.h"
 #include "pyrux/export.h"
+#include "pyrux/rd110.h"
 #include "pyrux/rd210.h"
+#include "pyrux/rd215.h"
+#include "pyrux/rd230.h"
+#include "pyrux/rd240.h"
 #include "pyrux/records.h"
 
 #include <cstdint>
@@ -97,3 +101,9 @@ PYRUX_API std::int32_t fakeTempStep();
 /// @param path  device path, as `devInfo` or a hotplug event gives it
 /// @return null when the device cannot be opened
 PYRUX_API PYRUX_RD210_Base* rd210(const char* path);
+
+/// Factories of the wired mice with lights, likewise.
+PYRUX_API PYRUX_RD110_Base* rd110(const char* path);
+PYRUX_API PYRUX_RD215_Base* rd215(const char* path);
+PYRUX_API PYRUX_RD230_Base* rd230(const char* path);
+PYRUX_API PYRUX_RD240_Base* rd240(const char* path);

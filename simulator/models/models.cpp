@@ -1,5 +1,6 @@
 #include "simulator/models.h"
 
+#include "simulator/models/led_mouse.h"
 #include "simulator/models/rd210.h"
 
 namespace pyrux::sim {
@@ -18,7 +19,8 @@ std::shared_ptr<Firmware> make()
 }
 
 constexpr Model models[]{
-    {"rd210", make<RD210Firmware>},
+    {"rd110", make<RD110Firmware>}, {"rd210", make<RD210Firmware>}, {"rd215", make<RD215Firmware>},
+    {"rd230", make<RD230Firmware>}, {"rd240", make<RD240Firmware>},
 };
 
 } // namespace

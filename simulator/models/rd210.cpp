@@ -127,7 +127,7 @@ bool within(int value, int count)
 
 struct RD210Firmware::Command {
     /// States in which a command is taken.
-    enum : unsigned { inConfiguration = 1, inMaintenance = 2, inOff = 4, inAny = 7 };
+    enum : unsigned { inConfiguration = 1, inMaintenance = 2, inOff = 4, inLive = 8, inAny = 15 };
 
     std::uint8_t first;
     std::uint8_t second;
@@ -141,6 +141,8 @@ struct RD210Firmware::Command {
             return inConfiguration;
         case State::maintenance:
             return inMaintenance;
+        case State::live:
+            return inLive;
         case State::off:
             break;
         }
@@ -253,10 +255,15 @@ std::optional<RD210Firmware::Payload> RD210Firmware::answer(const Payload& comma
     return reply;
 }
 
+void RD210Firmware::setState(State to)
+{
+    firmwareState = to;
+    recordingKeys = false;
+}
+
 bool RD210Firmware::enterState(const Payload& command, Payload&)
 {
-    firmwareState = State(command[1]);
-    recordingKeys = false;
+    setState(State(command[1]));
     return true;
 }
 
@@ -292,12 +299,17 @@ bool RD210Firmware::save(const Payload&, Payload&)
     return true;
 }
 
+bool RD210Firmware::setProfileLocked(int profile)
+{
+    if (!within(profile, profileCount))
+        return false;
+    working.profile = std::uint8_t(profile);
+    return true;
+}
+
 bool RD210Firmware::setProfile(const Payload& command, Payload&)
 {
-    if (command[4] >= profileCount)
-        return false;
-    working.profile = command[4];
-    return true;
+    return setProfileLocked(command[4]);
 }
 
 bool RD210Firmware::getProfile(const Payload&, Payload& reply)
@@ -527,9 +539,8 @@ bool RD210Firmware::pressDpi(const int* values, std::optional<Payload>& report)
 
 bool RD210Firmware::pressProfile(const int* values, std::optional<Payload>& report)
 {
-    if (!within(values[0], profileCount))
+    if (!setProfileLocked(values[0]))
         return false;
-    working.profile = std::uint8_t(values[0]);
     report = Payload{0x42, 0x20, 0x00, working.profile, 0x01};
     return true;
 }

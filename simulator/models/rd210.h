@@ -57,14 +57,15 @@
 
 namespace pyrux::sim {
 
-class RD210Firmware final : public Firmware {
+class RD210Firmware : public Firmware {
 public:
     static constexpr int profileCount = 5;
     static constexpr int buttonCount = 13;
     static constexpr int levelCount = 7;
     static constexpr int macroEvents = 200;
 
-    enum class State : std::uint8_t { off = 0x00, maintenance = 0x01, configuration = 0x80 };
+    /// `live`: the host drives the lights; only of mice that have some.
+    enum class State : std::uint8_t { off = 0x00, maintenance = 0x01, live = 0x02, configuration = 0x80 };
 
     using MacroArea = std::array<std::uint8_t, 4 * macroEvents>;
 
@@ -115,9 +116,21 @@ public:
     int dpiAcknowledgements() const;     ///< Likewise.
     int saves() const;                   ///< Since power-on.
 
-private:
+protected:
     using Payload = std::array<std::uint8_t, 64>;
 
+    // Called with `mutex` held.
+
+    /// The reply to a command; none: silence.
+    virtual std::optional<Payload> answer(const Payload& command);
+    State stateLocked() const { return firmwareState; }
+    void setState(State to);
+    std::uint8_t profileLocked() const { return working.profile; }
+    bool setProfileLocked(int profile);
+
+    mutable std::mutex mutex;
+
+private:
     struct Memory {
         std::uint8_t profile = 0;
         std::array<Settings, profileCount> profiles;
@@ -140,7 +153,6 @@ private:
     const Settings& current() const { return working.profiles[working.profile]; }
     std::uint16_t* keyAt(std::uint8_t address, std::uint8_t page);
     int levelAtPlace(std::size_t place) const;
-    std::optional<Payload> answer(const Payload& command);
     static const Block& block(std::uint8_t number);
 
     // Each fills in the reply, which begins as the echo; false: silence. Called with `mutex` held.
@@ -175,7 +187,6 @@ private:
     void pointAt(const std::array<std::uint8_t, 3>& assignment);
     std::optional<std::size_t> chunkBegin(const Payload& command) const;
 
-    mutable std::mutex mutex;
     Memory working;
     Memory saved;
     State firmwareState = State::off;

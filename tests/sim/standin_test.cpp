@@ -771,8 +771,8 @@ std::vector<std::string>& traced()
 
 TEST_F(StandinTest, isReachedByPlainFunctions)
 {
-    EXPECT_STREQ(pyrux_sim_models(), "rd210");
-    EXPECT_EQ(firmwareNames(), std::vector<std::string>{"rd210"});
+    EXPECT_STREQ(pyrux_sim_models(), "rd110,rd210,rd215,rd230,rd240");
+    EXPECT_EQ(firmwareNames(), (std::vector<std::string>{"rd110", "rd210", "rd215", "rd230", "rd240"}));
     EXPECT_EQ(makeFirmware("rd211"), nullptr);
 
     std::array<char, 1024> plugged{};

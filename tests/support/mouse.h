@@ -21,33 +21,31 @@ inline constexpr const char* startUp = "42 00 00 00 01 00 00 01 | 42 10 00 00 01
 /// `atLeast`. A report that is not 65 bytes long or has a report id stands in full in brackets.
 std::string takeWritten(const std::string& path, std::size_t atLeast = 0);
 
-/// A scripted mouse that is plugged in and opened through the library, its start-up reports behind it.
-class Mouse {
+/// A scripted device that is plugged in and opened through the library, its start-up reports behind it.
+template <class Interface>
+class OpenedMouse {
 public:
-    explicit Mouse(const std::function<void(ScriptedMouse&)>& prepare = {}) : Mouse(rd210Identity(), prepare)
-    {
-    }
-
-    explicit Mouse(const sim::Identity& identity, const std::function<void(ScriptedMouse&)>& prepare = {})
+    OpenedMouse(Interface* (*factory)(const char*), const sim::Identity& identity,
+                const std::function<void(ScriptedMouse&)>& prepare = {})
         : device(std::make_shared<ScriptedMouse>(identity))
     {
         if (prepare)
             prepare(*device);
         path = sim::plug(device);
-        host = rd210(path.c_str());
+        host = factory(path.c_str());
         EXPECT_NE(host, nullptr);
         forget();
     }
 
-    ~Mouse()
+    ~OpenedMouse()
     {
         // A read that waits ends with the device, so that the reader is gone at once.
         sim::unplug(path);
         if (host)
             host->exit_device(1);
     }
-    Mouse(const Mouse&) = delete;
-    Mouse& operator=(const Mouse&) = delete;
+    OpenedMouse(const OpenedMouse&) = delete;
+    OpenedMouse& operator=(const OpenedMouse&) = delete;
 
     /// The output reports since the last call.
     std::string written(std::size_t atLeast = 0) { return takeWritten(path, atLeast); }
@@ -58,11 +56,24 @@ public:
         device->forget();
     }
 
-    PYRUX_RD210_Base* operator->() const { return host; }
+    Interface* operator->() const { return host; }
 
     std::shared_ptr<ScriptedMouse> device;
     std::string path;
-    PYRUX_RD210_Base* host = nullptr;
+    Interface* host = nullptr;
+};
+
+/// RD210.
+class Mouse : public OpenedMouse<PYRUX_RD210_Base> {
+public:
+    explicit Mouse(const std::function<void(ScriptedMouse&)>& prepare = {}) : Mouse(rd210Identity(), prepare)
+    {
+    }
+
+    explicit Mouse(const sim::Identity& identity, const std::function<void(ScriptedMouse&)>& prepare = {})
+        : OpenedMouse(rd210, identity, prepare)
+    {
+    }
 };
 
 /// Milliseconds that a call takes.

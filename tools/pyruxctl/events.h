@@ -77,8 +77,9 @@ struct HostCalls {
 
 namespace detail {
 
-template <class Interface, class Result, class Record>
-void listen(Interface& host, Result (Interface::*registerNotify)(void (*)(Record*)), std::size_t slot)
+/// @tparam Owner  the interface, or what it shares with others
+template <class Interface, class Owner, class Result, class Record>
+void listen(Interface& host, Result (Owner::*registerNotify)(void (*)(Record*)), std::size_t slot)
 {
     (host.*registerNotify)(NotifyCallbacks<Record>::bySlot[slot]);
 }

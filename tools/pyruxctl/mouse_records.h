@@ -34,4 +34,17 @@ struct Layout<MouseMacroRecord> {
     static constexpr Field fields[]{FIELD(button), FIELD(name), FIELD(mode), FIELD_COUNTED(events, count)};
 };
 
+template <>
+struct Layout<MouseMacroList> {
+    using R = MouseMacroList;
+    static constexpr Field fields[]{FIELD_COUNTED(macros, count)};
+};
+
+template <>
+struct Layout<MouseEffectRecord> {
+    using R = MouseEffectRecord;
+    static constexpr Field fields[]{FIELD(mode), FIELD(speed), FIELD(direction), FIELD(brightness),
+                                    FIELD(red),  FIELD(green), FIELD(blue)};
+};
+
 } // namespace pyrux::ctl

@@ -1,5 +1,5 @@
 #include "models.h"
-#include "mouse_records.h"
+#include "models/mouse_operations.h"
 
 #include "pyrux/rd210.h"
 
@@ -8,6 +8,9 @@ namespace pyrux::ctl {
 Model models_of::rd210()
 {
     using Interface = PYRUX_RD210_Base;
+    std::vector<Operation> operations = profileOperations<Interface>();
+    operations += mouseOperations<Interface>();
+    operations += {OP(exit_device, in("unplugged"))};
     return {
         .command = "rd210",
         .summary = "Wired mouse RD210",
@@ -16,32 +19,7 @@ Model models_of::rd210()
                    {RD210_DPI_CHANGED, "DPI level changed"},
                    {RD210_KEY_DOWN, "key down"},
                    {RD210_KEY_UP, "key up"}},
-        .operations =
-            {
-                OP(changeProfileId, in("profile")),
-                OP(getCurrProfileId, out("profile")),
-                OP(resetProfile, in("all")),
-                OP(resetPartial, in("part")),
-                OP(setKeyMapping, in("button"), in("code")),
-                OP(setKeyMappingAll, in<13>("map")),
-                OP(getKeyMappingAll, out<13>("map")),
-                OP(setMouseCombo, in("on")),
-                OP(getMouseCombo, out("on")),
-                OP(startRecordMacro),
-                OP(stopRecordMacro),
-                OP(setMacro, in("macro")),
-                OP(getMacro, inout("macro", {"button"})),
-                OP(clearMacro, in("button")),
-                OP(setPerformance, in("record")),
-                OP(getPerformance, out("record")),
-                OP(changeDpiLevel, in("level")),
-                OP(startSurfaceLearning),
-                OP(stopSurfaceLearning),
-                OP(getSurfaceLearningStatus, out("status")),
-                OP(getSurfaceLearningResult, out("a"), out("b")),
-                OP(saveConfig),
-                OP(exit_device, in("unplugged")),
-            },
+        .operations = std::move(operations),
         .calls = hostCalls<Interface>(),
     };
 }

@@ -1,0 +1,20 @@
+#include "devices/mice/rd215.h"
+
+#include "pyrux/pyrux.h"
+
+#include <atomic>
+
+namespace pyrux {
+
+namespace {
+
+std::atomic<bool> shift{false};
+const LedMouseTraits rd215Traits = ledMouseTraits(RD215::model, shift, "RD215 USB fail", firstEffectModes);
+
+} // namespace
+
+RD215::RD215(const std::string& path) : LedMouse(path, rd215Traits) {}
+
+} // namespace pyrux
+
+PYRUX_FACTORY(rd215, pyrux::PYRUX_RD215)

@@ -1,0 +1,124 @@
+#pragma once
+
+#include "simulator/models/rd210.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// @file
+/// Firmware models of the wired mice with lights: RD215, RD230, RD240, RD110.
+///
+/// They are RD210 and take these commands beside its own; bytes are payload bytes, counted from 0.
+///
+///     41 02                 the state becomes live, in which the host drives the lights. Taken in any state.
+///     42 10 00              acknowledges an event of the kinds profile, effect mode and effect data
+///     51/52 28              4: effect mode of the current profile. A mode that the model does not have is
+///     met
+///                           with silence.
+///     51/52 2B .. .. mode   5-12: parameters of an effect: speed, direction, two unused, brightness, red,
+///                           green, blue. They come back as they were written.
+///     51/52 A8              4-9: colors of the two LEDs in the custom effect
+///     C0 F0 .. .. v         live state only: v 1 the frames that follow are shown
+///     C0 00 .. .. r g b     frame: all LEDs
+///     C0 01 n               frame: n (0 to 15) LEDs from byte 4 on, each index, red, green, blue; LEDs that
+///     are
+///                           not listed are dark, and those that the mouse does not have are skipped
+///
+/// Frames are not answered. Effects are settings of a profile: they are saved and reset with it.
+///
+/// Factory settings: mode 1; white in all effects; the custom colors are black.
+
+namespace pyrux::sim {
+
+class LedMouseFirmware : public RD210Firmware {
+public:
+    static constexpr std::size_t ledCount = 2;
+
+    struct Color {
+        std::uint8_t red = 0, green = 0, blue = 0;
+        bool operator==(const Color&) const = default;
+    };
+    using Picture = std::array<Color, ledCount>;
+
+    /// What tells one model from another.
+    struct Model {
+        const char* name;
+        std::uint16_t pid;
+        std::vector<std::uint8_t> effectModes;
+    };
+
+    /// The effects of one profile, as bytes of the reports that carry them.
+    struct Effects {
+        std::uint8_t mode = 1;
+        std::map<std::uint8_t, std::array<std::uint8_t, 8>> parameters; ///< By mode: bytes 5 to 12 of 2B.
+        std::array<std::uint8_t, 3 * ledCount> custom{};                ///< Bytes 4 to 9 of A8.
+
+        bool operator==(const Effects&) const = default;
+    };
+
+    const Identity& identity() const override;
+    void powerOn() override;
+
+    /// RD210's events, and:
+    /// "effect MODE": the effect button makes MODE current.
+    /// "brightness VALUE": the effect button sets the brightness of the current effect.
+    /// "switch N": profile N becomes current, and the one report tells that its effect is another too.
+    bool happen(const std::string& event, const std::vector<int>& values) override;
+    std::vector<std::string> events() const override;
+
+    Effects effects(int profile) const; ///< Of the working memory.
+    Effects savedEffects(int profile) const;
+    bool driven() const;     ///< The host drives the lights.
+    Picture picture() const; ///< The last frame of the host.
+    int frames() const;      ///< Frames since power-on.
+
+protected:
+    explicit LedMouseFirmware(const Model& model);
+
+    std::optional<Payload> answer(const Payload& command) override;
+
+private:
+    using AllEffects = std::array<Effects, profileCount>;
+
+    Effects factoryEffects() const;
+    Effects& current() { return working[profileLocked()]; }
+    bool hasMode(int mode) const;
+    void takeFrame(const Payload& command);
+    std::optional<Payload> answerEffect(const Payload& command);
+    std::optional<Payload> byItself(const std::string& event, int value);
+
+    const Model& model;
+    const Identity& self;
+    AllEffects working;
+    AllEffects saved;
+    bool drivenByHost = false;
+    Picture shown{};
+    int frameCount = 0;
+};
+
+class RD215Firmware final : public LedMouseFirmware {
+public:
+    RD215Firmware();
+};
+
+class RD230Firmware final : public LedMouseFirmware {
+public:
+    RD230Firmware();
+};
+
+class RD240Firmware final : public LedMouseFirmware {
+public:
+    RD240Firmware();
+};
+
+class RD110Firmware final : public LedMouseFirmware {
+public:
+    RD110Firmware();
+};
+
+} // namespace pyrux::sim

@@ -1,0 +1,72 @@
+#include "lighting.h"
+#include "models.h"
+#include "models/mouse_operations.h"
+
+#include "pyrux/rd110.h"
+#include "pyrux/rd215.h"
+#include "pyrux/rd230.h"
+#include "pyrux/rd240.h"
+
+namespace pyrux::ctl {
+
+namespace {
+
+template <class Interface>
+Model ledMouse(std::string_view command, std::string_view summary, Identity identity,
+               const std::vector<Operation>& more = {})
+{
+    std::vector<Operation> operations{
+        OP(setLightingInit),
+        OP(setLightingUninit),
+        ledFrameOperation<Interface>(),
+        OP(setLightingTurnOff),
+    };
+    operations += profileOperations<Interface>();
+    operations += {
+        OP(setEffectMode, in("mode")),        OP(getEffectMode, out("mode")),
+        OP(setGeneralEffect, in("effect")),   OP(getGeneralEffect, inout("effect", {"mode"})),
+        OP(setCustomEffect, in<6>("colors")), OP(getCustomEffect, out<6>("colors")),
+    };
+    operations += mouseOperations<Interface>();
+    operations += more;
+    operations += {OP(exit_device, in("unplugged"))};
+    return {
+        .command = command,
+        .summary = summary,
+        .identities = {identity},
+        .events = {{LED_MOUSE_PROFILE_CHANGED, "profile changed"},
+                   {LED_MOUSE_DPI_CHANGED, "DPI level changed"},
+                   {LED_MOUSE_EFFECT_MODE_CHANGED, "effect mode changed"},
+                   {LED_MOUSE_EFFECT_DATA_CHANGED, "effect data changed"},
+                   {LED_MOUSE_KEY_DOWN, "key down"},
+                   {LED_MOUSE_KEY_UP, "key up"}},
+        .operations = std::move(operations),
+        .calls = hostCalls<Interface>(),
+    };
+}
+
+} // namespace
+
+Model models_of::rd215()
+{
+    return ledMouse<PYRUX_RD215_Base>("rd215", "Wired mouse RD215, with lights", {"RD215", 0x3A7E, 0x0101});
+}
+
+Model models_of::rd230()
+{
+    return ledMouse<PYRUX_RD230_Base>("rd230", "Wired mouse RD230, with lights", {"RD230", 0x3A7E, 0x0141});
+}
+
+Model models_of::rd240()
+{
+    return ledMouse<PYRUX_RD240_Base>("rd240", "Wired mouse RD240, with lights", {"RD240", 0x3A7E, 0x0165});
+}
+
+Model models_of::rd110()
+{
+    using Interface = PYRUX_RD110_Base;
+    return ledMouse<Interface>("rd110", "Wired mouse RD110, with lights", {"RD110", 0x3A7E, 0x015F},
+                               {OP(test), OP(getMacroAll, out("list"))});
+}
+
+} // namespace pyrux::ctl

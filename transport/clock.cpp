@@ -1,0 +1,37 @@
+#include "transport/clock.h"
+
+namespace pyrux {
+
+namespace {
+
+class SteadyClock final : public Clock {
+public:
+    std::uint32_t now() override
+    {
+        using namespace std::chrono;
+        return std::uint32_t(duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
+    }
+
+    void sleep(std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
+               std::chrono::milliseconds time, const std::function<bool()>& cut) override
+    {
+        changed.wait_for(lock, time, cut);
+    }
+
+    void wait(std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
+              const std::function<bool()>& until) override
+    {
+        changed.wait(lock, until);
+    }
+};
+
+} // namespace
+
+Clock& Clock::steady()
+{
+    // Never destroyed: queues of objects that hosts keep live to the end of the process.
+    static Clock& clock = *new SteadyClock;
+    return clock;
+}
+
+} // namespace pyrux

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+
+namespace pyrux {
+
+/// Time, and the two ways in which a thread lets it pass. Tests put a clock of their own in its place.
+class Clock {
+public:
+    virtual ~Clock() = default;
+
+    /// Milliseconds since some moment; wraps around.
+    virtual std::uint32_t now() = 0;
+
+    /// Lets `time` pass, or ends sooner once `cut` holds. As a wait on a condition variable: `lock` is free
+    /// meanwhile, and whoever changes what `cut` looks at notifies `changed`.
+    virtual void sleep(std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
+                       std::chrono::milliseconds time, const std::function<bool()>& cut) = 0;
+
+    /// Waits without limit until `until` holds, likewise.
+    virtual void wait(std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
+                      const std::function<bool()>& until) = 0;
+
+    /// The clock of the world.
+    static Clock& steady();
+};
+
+} // namespace pyrux
