@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/linux/file_descriptor.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace pyrux::platform {
+
+/// Waits for files to become readable and writable for this process.
+class AccessWatch {
+public:
+    AccessWatch();
+
+    /// Whether a file may be opened now; if not, it is watched under `key`.
+    bool accessible(const std::string& file, const std::string& key);
+    void forget(const std::string& key);
+
+    int descriptor() const { return notify.get(); }
+
+    /// The keys of the files that have become accessible; they are watched no more.
+    std::vector<std::string> take();
+
+private:
+    struct Watched {
+        std::string file;
+        std::string key;
+    };
+
+    void drop(int watch);
+
+    FileDescriptor notify;
+    std::map<int, Watched> watches;
+};
+
+} // namespace pyrux::platform
