@@ -76,13 +76,15 @@ PlugAndPlayStatus failed(std::string_view step, HRESULT code)
     return {.failure = step, .code = static_cast<std::uint32_t>(code), .text = {}};
 }
 
+constexpr LONG withoutLimit = -1; // WBEM_INFINITE as the call takes it
+
 /// The property "Status" of the first object; without one when there is no object.
 PlugAndPlayStatus firstStatus(IEnumWbemClassObject& objects)
 {
     PlugAndPlayStatus status;
     Com<IWbemClassObject> object;
     ULONG count = 0;
-    if (FAILED(objects.Next(WBEM_INFINITE, 1, object.place(), &count)) || count == 0)
+    if (FAILED(objects.Next(withoutLimit, 1, object.place(), &count)) || count == 0)
         return status;
     VARIANT value;
     VariantInit(&value);
