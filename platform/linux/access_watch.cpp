@@ -1,10 +1,11 @@
 #include "platform/linux/access_watch.h"
 
-#include <algorithm>
 #include <array>
-#include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/inotify.h>
+#include <unistd.h>
+#include <utility>
 
 namespace pyrux::platform {
 namespace {
@@ -22,52 +23,45 @@ bool AccessWatch::accessible(const std::string& file, const std::string& key)
 {
     if (mayOpen(file))
         return true;
-    const int watch = inotify_add_watch(notify.get(), file.c_str(), IN_ATTRIB | IN_DELETE_SELF);
-    if (watch < 0)
-        return false;
-    watches[watch] = {file, key};
+    watchFolderOf(file);
     // The right may have come between the look and the watch.
-    if (!mayOpen(file))
-        return false;
-    drop(watch);
-    return true;
+    if (mayOpen(file))
+        return true;
+    waitingFor[key] = file;
+    return false;
+}
+
+void AccessWatch::watchFolderOf(const std::string& file)
+{
+    const std::string folder = std::filesystem::path(file).parent_path();
+    if (folders.contains(folder))
+        return;
+    const int watch = inotify_add_watch(notify.get(), folder.c_str(), IN_ATTRIB);
+    if (watch >= 0)
+        folders[folder] = watch;
 }
 
 void AccessWatch::forget(const std::string& key)
 {
-    for (auto one = watches.begin(); one != watches.end();) {
-        const auto [watch, watched] = *one++;
-        if (watched.key == key)
-            drop(watch);
-    }
-}
-
-void AccessWatch::drop(int watch)
-{
-    inotify_rm_watch(notify.get(), watch);
-    watches.erase(watch);
+    waitingFor.erase(key);
 }
 
 std::vector<std::string> AccessWatch::take()
 {
-    std::vector<std::string> keys;
-    alignas(inotify_event) std::array<char, 4096> buffer;
-    for (ssize_t length; (length = read(notify.get(), buffer.data(), buffer.size())) > 0;) {
-        for (const char* place = buffer.data(); place < buffer.data() + length;) {
-            inotify_event event;
-            std::memcpy(&event, place, sizeof event);
-            place += sizeof event + event.len;
-            const auto found = watches.find(event.wd);
-            if (found == watches.end())
-                continue;
-            if (event.mask & (IN_IGNORED | IN_DELETE_SELF)) {
-                watches.erase(found);
-            } else if (mayOpen(found->second.file)) {
-                keys.push_back(found->second.key);
-                drop(event.wd);
-            }
-        }
+    std::array<char, 4096> events;
+    while (read(notify.get(), events.data(), events.size()) > 0) {
     }
+    std::vector<std::string> keys;
+    std::erase_if(waitingFor, [&](const auto& waiting) {
+        const bool may = mayOpen(waiting.second);
+        if (may)
+            keys.push_back(waiting.first);
+        return may;
+    });
+    // Without a file to wait for the folders are left alone.
+    if (waitingFor.empty())
+        for (const auto& [folder, watch] : std::exchange(folders, {}))
+            inotify_rm_watch(notify.get(), watch);
     return keys;
 }
 

@@ -8,7 +8,8 @@
 
 namespace pyrux::platform {
 
-/// Waits for files to become readable and writable for this process.
+/// Waits for files to become readable and writable for this process. The system lets nobody watch a file that
+/// he may not read, so the files' folders are watched.
 class AccessWatch {
 public:
     AccessWatch();
@@ -23,15 +24,11 @@ public:
     std::vector<std::string> take();
 
 private:
-    struct Watched {
-        std::string file;
-        std::string key;
-    };
-
-    void drop(int watch);
+    void watchFolderOf(const std::string& file);
 
     FileDescriptor notify;
-    std::map<int, Watched> watches;
+    std::map<std::string, int> folders;            ///< Watched folders and their watches.
+    std::map<std::string, std::string> waitingFor; ///< Files by key.
 };
 
 } // namespace pyrux::platform
