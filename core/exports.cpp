@@ -11,6 +11,7 @@
 #include "transport/device_path.h"
 #include "transport/dongle_manager.h"
 #include "transport/enumeration.h"
+#include "transport/hotplug.h"
 
 #include <algorithm>
 #include <cstdarg>

@@ -2,15 +2,12 @@
 
 #include "core/catalogue.h"
 #include "core/log.h"
-#include "core/state.h"
-#include "pyrux/records.h"
 #include "transport/audio_devices.h"
 #include "transport/device_closer.h"
 #include "transport/device_path.h"
 #include "transport/dongle_manager.h"
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <map>

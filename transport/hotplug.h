@@ -1,7 +1,9 @@
 #pragma once
 
 #include "platform/device_notices.h"
+#include "pyrux/records.h"
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
@@ -9,6 +11,9 @@
 /// What the library does when devices come and go.
 
 namespace pyrux {
+
+/// The host's hotplug callback; null until `registerDevNotify`.
+inline std::atomic<void (*)(HotplugEvent)> devNotifyCallback{nullptr};
 
 /// Starts the hotplug thread; it listens when this returns. False: there can be no thread.
 bool startHotplug();

@@ -5,8 +5,10 @@
 
 #include <array>
 #include <cstddef>
-#include <dbt.h>
 #include <utility>
+#include <windows.h>
+
+#include <dbt.h> // behind windows.h, whose types it takes for granted
 
 namespace pyrux::platform {
 namespace {

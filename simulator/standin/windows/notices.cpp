@@ -2,9 +2,10 @@
 
 #include <cstddef>
 #include <cstring>
-#include <dbt.h>
 #include <vector>
 #include <windows.h>
+
+#include <dbt.h> // behind windows.h, whose types it takes for granted
 
 namespace pyrux::sim {
 
