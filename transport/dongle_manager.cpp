@@ -134,6 +134,11 @@ int DongleDeviceManger::ChangeDonglePidVidToDevicePidVid(std::uint16_t& vid, std
 
 void DongleDeviceManger::scanReceivers(std::string_view except)
 {
+    {
+        const std::lock_guard lock(mutex);
+        if (std::exchange(scanned, true))
+            return;
+    }
     const std::string exceptKey = keyOf(except);
     for (const HidEntry& entry : enumerateHid(0, 0)) {
         const DeviceRow* row = receiverRow(entry.vid, entry.pid);

@@ -37,6 +37,7 @@ class DongleDeviceManger {
 public:
     /// The library's one, made at its first use and never destroyed.
     static DongleDeviceManger& instance();
+    DongleDeviceManger();
 
     /// Says how receivers of a kind are opened. Until then those count as not linked.
     void setLinkMaker(ReceiverKind kind, ReceiverLinkMaker maker);
@@ -51,7 +52,8 @@ public:
     /// Asks a receiver which device it is linked with and stores the answer.
     void GetMutiDeviceLinkStatus(std::string_view receiver, std::string_view path);
 
-    /// Asks the attached receivers that have not been asked yet, except the one of a path.
+    /// Asks the attached receivers that have not been asked yet, except the one of a path. Looks at what is
+    /// attached only the first time: those that come later are asked as they come.
     void scanReceivers(std::string_view except);
 
     /// Corrects the records of an enumeration: those of linked receivers become their devices', with the
@@ -76,8 +78,6 @@ public:
     void forget(std::string_view path);
 
 private:
-    DongleDeviceManger();
-
     std::vector<std::string> modelsOf(std::string_view receiver) const;
     std::uint32_t askForProduct(ReceiverKind kind, std::string_view path);
     void store(std::string_view path, std::uint32_t identity);
@@ -93,6 +93,7 @@ private:
     std::map<std::string, std::uint32_t, std::less<>> linkedDevice;
     std::map<std::string, std::uint32_t, std::less<>> versions; ///< By row name.
     std::array<ReceiverLinkMaker, 2> makers;                    ///< By kind.
+    bool scanned = false;
 };
 
 } // namespace pyrux

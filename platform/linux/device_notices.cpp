@@ -146,12 +146,11 @@ private:
 
     NameMemory::Names learn(const std::string& place, udev_device* device)
     {
-        NameMemory::Names names = namesOf(device);
-        if (names.empty()) // it has gone again, but a host may have found it
-            names = nameMemory().recall(place);
+        nameMemory().remember(place, namesOf(device));
+        // Also the names of one that has gone again, if a host has found it meanwhile.
+        NameMemory::Names names = nameMemory().recall(place);
         if (names.empty())
             return names;
-        nameMemory().remember(place, names);
         told.insert(place);
         const std::string node = orEmpty(udev_device_get_devnode(device));
         if (!node.empty())

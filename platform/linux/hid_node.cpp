@@ -1,13 +1,14 @@
 #include "platform/linux/hid_node.h"
 
+#include "platform/linux/file_descriptor.h"
 #include "platform/linux/udev.h"
 
 #include <algorithm>
-#include <cctype>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace pyrux::platform {
 namespace {
@@ -32,16 +33,15 @@ std::string formatted(const char* format, Values... values)
     return text;
 }
 
-std::int32_t numberOf(udev_device* device, const char* attribute, int base)
+/// Empty when the file, or the device behind it, has gone.
+std::vector<std::uint8_t> fileBytes(const std::string& name)
 {
-    return static_cast<std::int32_t>(
-        std::strtol(orEmpty(udev_device_get_sysattr_value(device, attribute)), nullptr, base));
-}
-
-std::vector<std::uint8_t> fileBytes(const std::string& file)
-{
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
+    const FileDescriptor file{open(name.c_str(), O_RDONLY | O_CLOEXEC)};
+    std::vector<std::uint8_t> bytes;
+    std::array<std::uint8_t, 4096> part;
+    for (ssize_t count; file && (count = read(file.get(), part.data(), part.size())) > 0;)
+        bytes.insert(bytes.end(), part.begin(), part.begin() + count);
+    return bytes;
 }
 
 /// One item of a report descriptor.
@@ -140,21 +140,25 @@ std::optional<HidNode> readHidNode(udev_device* device)
             3 ||
         bus != usbBus)
         return {};
+    const std::string place = orEmpty(udev_device_get_syspath(hid));
     HidNode node{.name = orEmpty(udev_device_get_sysname(device)),
                  .vid = static_cast<std::uint16_t>(vid),
                  .pid = static_cast<std::uint16_t>(pid),
-                 .reportDescriptor =
-                     fileBytes(std::string(orEmpty(udev_device_get_syspath(hid))) + "/report_descriptor")};
+                 .reportDescriptor = fileBytes(place + "/report_descriptor")};
     // A device that a program presents has no parents on the USB, and one interface.
+    if (place.starts_with("/sys/devices/virtual/"))
+        return node;
     udev_device* const interface =
         udev_device_get_parent_with_subsystem_devtype(device, "usb", "usb_interface");
     udev_device* const usb = udev_device_get_parent_with_subsystem_devtype(device, "usb", "usb_device");
-    if (interface && usb) {
-        if (!udev_device_get_sysattr_value(interface, "bInterfaceNumber"))
-            return {};
-        node.interface = numberOf(interface, "bInterfaceNumber", 16);
-        node.interfaces = numberOf(usb, "bNumInterfaces", 10);
-    }
+    const char* const number =
+        interface ? udev_device_get_sysattr_value(interface, "bInterfaceNumber") : nullptr;
+    const char* const count = usb ? udev_device_get_sysattr_value(usb, "bNumInterfaces") : nullptr;
+    // A device that goes at this moment has lost some of it; half of it would make another name.
+    if (!number || !count || node.reportDescriptor.empty())
+        return {};
+    node.interface = static_cast<std::int32_t>(std::strtol(number, nullptr, 16));
+    node.interfaces = static_cast<std::int32_t>(std::strtol(count, nullptr, 10));
     return node;
 }
 

@@ -1,8 +1,15 @@
 #include "platform/linux/name_memory.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace pyrux::platform {
+namespace {
+
+/// More than can go while one enumeration runs.
+constexpr std::size_t mostForgotten = 64;
+
+} // namespace
 
 NameMemory& nameMemory()
 {
@@ -26,8 +33,8 @@ void NameMemory::end()
 void NameMemory::remember(const std::string& place, Names names)
 {
     const std::lock_guard lock(mutex);
-    if (readers > 0 && !names.empty())
-        byPlace[place] = std::move(names);
+    if (readers > 0 && !names.empty() && std::ranges::find(forgotten, place) == forgotten.end())
+        byPlace.try_emplace(place, std::move(names));
 }
 
 NameMemory::Names NameMemory::recall(const std::string& place) const
@@ -40,6 +47,9 @@ NameMemory::Names NameMemory::recall(const std::string& place) const
 NameMemory::Names NameMemory::forget(const std::string& place)
 {
     const std::lock_guard lock(mutex);
+    forgotten.push_back(place);
+    if (forgotten.size() > mostForgotten)
+        forgotten.pop_front();
     const auto found = byPlace.extract(place);
     return found ? std::move(found.mapped()) : Names{};
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <map>
 #include <mutex>
 #include <string>
@@ -18,6 +19,8 @@ public:
     void begin();
     void end();
 
+    /// The first names stay: a device that is about to go may be read wrongly. A place that has been
+    /// forgotten is not remembered again; there are no two devices of one place.
     void remember(const std::string& place, Names names);
     Names recall(const std::string& place) const;
     Names forget(const std::string& place);
@@ -27,6 +30,7 @@ private:
     mutable std::mutex mutex;
     int readers = 0;
     std::map<std::string, Names> byPlace;
+    std::deque<std::string> forgotten; ///< The newest ones.
 };
 
 /// The one memory. Never destroyed.

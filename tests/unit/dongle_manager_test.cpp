@@ -29,14 +29,6 @@ DevInfoRecord record(std::uint16_t pid, std::uint16_t release, const std::string
 
 class Dongles : public testing::Test {
 protected:
-    ~Dongles() override
-    {
-        for (const ReceiverKind kind : {ReceiverKind::mouse, ReceiverKind::keyboard})
-            manager.setLinkMaker(kind, nullptr);
-        for (const char* path : {mouseReceiver, universal, keyboards})
-            manager.forget(path);
-    }
-
     void link(ReceiverKind kind, std::uint32_t product)
     {
         struct Link final : ReceiverLink {
@@ -59,7 +51,7 @@ protected:
         return pid;
     }
 
-    DongleDeviceManger& manager = DongleDeviceManger::instance();
+    DongleDeviceManger manager;
     std::vector<std::string> asked;
 };
 
@@ -113,7 +105,6 @@ TEST_F(Dongles, takesAnyMouseForTheLinkOfAReceiverOfOne)
         link(ReceiverKind::mouse, number);
         EXPECT_EQ(shown(0x0187, R"(\\?\HID#VID_3A7E&PID_0187&MI_03#d#{c})"), products[number]) << number;
     }
-    manager.forget(R"(\\?\HID#VID_3A7E&PID_0187&MI_03#d#{c})");
 }
 
 TEST_F(Dongles, knowsAReceiverByItsPathInAnyCaseWithAndWithoutMark)
@@ -149,18 +140,6 @@ TEST_F(Dongles, givesTheRecordsOfLinkedReceiversTheirDevices)
     EXPECT_EQ(manager.versionWord("QW310_UNIVERSAL_DONGLE"), 0x00000400U);
     EXPECT_EQ(manager.versionWord("RD220"), 0U);
 
-    // As a host asks: the receiver's half for receivers, the device's half for others.
-    std::uint16_t version[2]{7, 7};
-    getDGVersion(R"(\\?\HID#VID_3A7E&PID_0171&MI_03#A#{C})", version);
-    EXPECT_EQ(version[0], 0x0203);
-    EXPECT_EQ(version[1], 0);
-    getDGVersion(R"(\\?\HID#VID_3A7E&PID_0167&MI_03#A#{C})", version);
-    EXPECT_EQ(version[0], 0);
-    EXPECT_EQ(version[1], 0x0105);
-    getDGVersion(R"(\\?\HID#VID_3A7E&PID_012F&MI_01#A#{C})", version);
-    EXPECT_EQ(version[0], 0);
-    EXPECT_EQ(version[1], 0x0301);
-
     records.clear();
     manager.correctRecords(records);
     EXPECT_EQ(manager.versionWord("RD245"), 0U);
@@ -185,7 +164,28 @@ TEST_F(Dongles, asksEachAttachedReceiverOnce)
     manager.scanReceivers(second);
     EXPECT_EQ(asked, std::vector<std::string>{first + "&ISDONGLE"});
     sim::reset();
-    manager.forget(first);
+}
+
+TEST(DongleVersions, areGivenAsAHostAsks)
+{
+    std::vector<DevInfoRecord> records{record(0x0171, 0x0203, mouseReceiver), record(0x0167, 0x0105),
+                                       record(0x012F, 0x0301)};
+    DongleDeviceManger::instance().correctRecords(records);
+    // The receiver's half for receivers, the device's half for others.
+    std::uint16_t version[2]{7, 7};
+    getDGVersion(R"(\\?\HID#VID_3A7E&PID_0171&MI_03#A#{C})", version);
+    EXPECT_EQ(version[0], 0x0203);
+    EXPECT_EQ(version[1], 0);
+    getDGVersion(R"(\\?\HID#VID_3A7E&PID_0167&MI_03#A#{C})", version);
+    EXPECT_EQ(version[0], 0);
+    EXPECT_EQ(version[1], 0x0105);
+    getDGVersion(R"(\\?\HID#VID_3A7E&PID_012F&MI_01#A#{C})", version);
+    EXPECT_EQ(version[0], 0);
+    EXPECT_EQ(version[1], 0x0301);
+    getDGVersion("nothing", version);
+    EXPECT_EQ(version[0], 0);
+    EXPECT_EQ(version[1], 0);
+    DongleDeviceManger::instance().forget(mouseReceiver);
 }
 
 } // namespace

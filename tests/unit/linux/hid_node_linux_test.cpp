@@ -141,7 +141,11 @@ TEST(NameMemory, isKeptOnlyWhileSomebodyReadsIt)
     EXPECT_EQ(memory.recall("/sys/a"), (NameMemory::Names{"A", "B"}));
     EXPECT_EQ(memory.forget("/sys/a"), (NameMemory::Names{"A", "B"}));
     EXPECT_TRUE(memory.forget("/sys/a").empty());
-    memory.remember("/sys/a", {"A"});
+    memory.remember("/sys/a", {"A"}); // by an enumeration that began in front of the removal
+    EXPECT_TRUE(memory.places().empty());
+    memory.remember("/sys/b", {"B"});
+    memory.remember("/sys/b", {"half of B"});
+    EXPECT_EQ(memory.recall("/sys/b"), NameMemory::Names{"B"});
     memory.end();
     EXPECT_TRUE(memory.places().empty());
 }
