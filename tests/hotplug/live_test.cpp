@@ -1,5 +1,7 @@
+#include "devices/mice/rd210.h"
 #include "pyrux/pyrux.h"
 #include "simulator/bus.h"
+#include "tests/hotplug/footprint.h"
 #include "tests/hotplug/hotplug_host.h"
 #include "tests/support/debug_capture.h"
 #include "tests/support/plain_device.h"
@@ -218,7 +220,11 @@ TEST_F(Live, survivesDevicesThatComeAndGo)
                 std::this_thread::yield();
             }
         });
+    Footprint start;
     for (int done = 0; done < cycles; done += ports) {
+        // Behind the first rounds everything that is made once is there.
+        if (done <= 4 * ports)
+            start = footprint();
         std::vector<std::string> paths;
         for (int port = 0; port < ports; ++port)
             paths.push_back(sim::plug(sim::makeFirmware("rd210"), "port-" + std::to_string(port)));
@@ -234,6 +240,12 @@ TEST_F(Live, survivesDevicesThatComeAndGo)
         ASSERT_TRUE(DeviceCloser::instance().waitUntilIdle(60s));
         ASSERT_EQ(sim::openHandles(), 0);
     }
+    const Footprint end = footprint();
+    EXPECT_LE(end.files, start.files);
+    // Host objects stay to the end of the process, by their promise to hosts; nothing else may.
+    EXPECT_LE(end.bytes, start.bytes + std::size_t(cycles) * sizeof(PYRUX_RD210) * 4 + 256 * 1024);
+    RecordProperty("bytesAtTheStart", std::to_string(start.bytes));
+    RecordProperty("bytesAtTheEnd", std::to_string(end.bytes));
     running = false;
     for (std::thread& user : users)
         user.join();
