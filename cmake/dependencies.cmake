@@ -29,6 +29,7 @@ else()
     find_package(PkgConfig REQUIRED)
     pkg_check_modules(HIDAPI_HIDRAW REQUIRED IMPORTED_TARGET hidapi-hidraw)
     pkg_check_modules(INIH REQUIRED IMPORTED_TARGET inih)
+    pkg_check_modules(UDEV REQUIRED IMPORTED_TARGET libudev)
     target_link_libraries(hidapi INTERFACE PkgConfig::HIDAPI_HIDRAW)
 endif()
 

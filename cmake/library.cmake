@@ -11,9 +11,9 @@ target_compile_definitions(pyrux_inside PRIVATE PYRUX_BUILDING)
 # hidapi itself is linked by what is made of the objects: the library takes the system's, tests take the stand-in.
 target_link_libraries(pyrux_inside PUBLIC Threads::Threads portable_headers PRIVATE pyrux_warnings)
 if(WIN32)
-    target_link_libraries(pyrux_inside PUBLIC ole32 shell32 advapi32)
+    target_link_libraries(pyrux_inside PUBLIC ole32 oleaut32 wbemuuid setupapi user32 shell32 advapi32)
 else()
-    target_link_libraries(pyrux_inside PUBLIC PkgConfig::INIH ${CMAKE_DL_LIBS})
+    target_link_libraries(pyrux_inside PUBLIC PkgConfig::INIH PkgConfig::UDEV ${CMAKE_DL_LIBS})
 endif()
 
 # The exports, and nothing else, are visible: one list makes the version script and the definition file.

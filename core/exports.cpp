@@ -7,8 +7,11 @@
 #include "platform/folders.h"
 #include "platform/profile_file.h"
 #include "services/resident_service.h"
+#include "transport/audio_devices.h"
 #include "transport/device_path.h"
+#include "transport/dongle_manager.h"
 #include "transport/enumeration.h"
+#include "transport/hotplug.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -76,7 +79,9 @@ std::int32_t devInfo(DevInfoRecord* records)
     LOG_EXPORT();
     if (!records)
         return 0;
-    const std::vector<DevInfoRecord> found = listDevices();
+    std::vector<DevInfoRecord> found = listDevices();
+    markAudioDevices(found);
+    DongleDeviceManger::instance().correctRecords(found);
     std::ranges::copy(found, records);
     return std::int32_t(found.size());
 }
@@ -114,6 +119,9 @@ void getDGVersion(const char* path, std::uint16_t* version)
     });
     if (row == deviceCatalogue.end())
         return;
+    const std::uint32_t word = DongleDeviceManger::instance().versionWord(row->name);
+    version[0] = std::uint16_t(word);
+    version[1] = std::uint16_t(word >> 16);
     // Deliberate asymmetry: a receiver has only the first value, any other device only the second.
     if (row->flags & RowFlag::receiver) {
         consoleLine(std::string("is a dongle dev:") + row->name);

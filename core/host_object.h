@@ -223,6 +223,7 @@ typename Host::Interface* createHost(const char* path, int line)
         log(model.logCategory, "return object already create");
         return static_cast<typename Host::Interface*>(entry->host);
     }
+    const auto opened = Registry::Clock::now();
     auto host = std::make_unique<Host>(key);
     if (host->failed()) {
         debugText("init fail\n");
@@ -235,7 +236,8 @@ typename Host::Interface* createHost(const char* path, int line)
              .host = interface,
              .path = key,
              .probe = host.release(),
-             .backgroundAtCreate = backgroundMode != 0});
+             .backgroundAtCreate = backgroundMode != 0,
+             .opened = opened});
     return interface;
 }
 

@@ -7,6 +7,7 @@
 #include "platform/apartment.h"
 #include "platform/module.h"
 #include "services/tw_service.h"
+#include "transport/hotplug.h"
 
 #include <atomic>
 #include <chrono>
@@ -66,6 +67,8 @@ void startLibrary()
         TW_SERVICE().sendToControlApp("app_control_on");
     }
     platform::enterApartment();
+    if (!startHotplug())
+        consoleLine("error");
     if (!startDebugConsole())
         consoleLine("error");
 }
@@ -82,6 +85,7 @@ void stopLibrary()
         all.exitAll();
     }
     platform::leaveApartment();
+    stopHotplug();
     // The debug console waits for clients to the end of the process and goes on answering: deliberate.
     debugText(" PYRUX exit send the finish event");
     {

@@ -17,6 +17,20 @@ DeviceEntry* Registry::find(std::string_view path)
     return place == entries.end() ? nullptr : place->get();
 }
 
+DeviceEntry* Registry::findHost(const void* host)
+{
+    const auto place = std::ranges::find(entries, host, [](const auto& entry) { return entry->host; });
+    return place == entries.end() ? nullptr : place->get();
+}
+
+std::vector<DeviceEntry*> Registry::all()
+{
+    std::vector<DeviceEntry*> found;
+    for (const auto& entry : entries)
+        found.push_back(entry.get());
+    return found;
+}
+
 void Registry::add(DeviceEntry entry)
 {
     entries.push_back(std::make_unique<DeviceEntry>(std::move(entry)));
@@ -34,8 +48,7 @@ void Registry::remove(const DeviceEntry* entry)
 void Registry::exitAll()
 {
     for (const auto& entry : entries) {
-        const std::uint8_t unplugged = 0;
-        entry->probe->device_exit(&unplugged);
+        entry->probe->device_exit(&entry->unplugged);
         retiredHosts.push_back(entry->host);
     }
     entries.clear();

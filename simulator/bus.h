@@ -44,7 +44,8 @@ struct WireRecord {
     std::vector<std::uint8_t> bytes;
 };
 
-/// Plugs a device in and gives it power.
+/// Plugs a device in and gives it power. As with every pull, the library in this process is told as the
+/// system would tell it.
 /// @param instance  the piece of the path that tells this plug from others; empty: a new one, "sim-0001" and
 /// up.
 ///                  A device that comes back to the port that it was pulled out of has its old path.

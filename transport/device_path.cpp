@@ -15,13 +15,6 @@ constexpr char upper(char c)
     return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c;
 }
 
-std::string upperCased(std::string_view text)
-{
-    std::string result(text);
-    std::ranges::transform(result, result.begin(), upper);
-    return result;
-}
-
 /// The pieces of `text` between `separator`s, no more than `most`: what follows is of no interest.
 std::vector<std::string_view> split(std::string_view text, char separator, std::size_t most)
 {
@@ -86,6 +79,22 @@ PathIdentity parse(std::string_view path, bool withInterface)
 }
 
 } // namespace
+
+std::string upperCased(std::string_view text)
+{
+    std::string result(text);
+    std::ranges::transform(result, result.begin(), upper);
+    return result;
+}
+
+std::string_view devicePathPiece(std::string_view path, std::size_t index)
+{
+    const auto tokens = split(path, '#', 2 + 1);
+    if (tokens.size() < 2)
+        return {};
+    const auto pieces = split(tokens[1], '&', index + 2);
+    return index < pieces.size() ? pieces[index] : std::string_view{};
+}
 
 PathIdentity parseDevicePath(std::string_view path)
 {

@@ -27,6 +27,13 @@ PathIdentity parseVidPid(std::string_view path);
 /// The identity of a path in any case, for classes that look at their own path.
 PathIdentity identityOf(std::string_view path);
 
+/// A piece of the second token of a path, such as "Col01" in the example above, counted from 0; empty when
+/// there is none.
+std::string_view devicePathPiece(std::string_view path, std::size_t index);
+
+/// Letters A to Z only, as paths are compared.
+std::string upperCased(std::string_view text);
+
 /// The mark that a path carries when it stands for the device behind a receiver.
 constexpr std::string_view dongleMark = "&ISDONGLE";
 

@@ -1,6 +1,7 @@
 #include "transport/enumeration.h"
 
 #include "core/catalogue.h"
+#include "platform/device_names.h"
 #include "platform/text.h"
 #include "transport/hid_handle.h"
 
@@ -12,6 +13,7 @@
 #include <ranges>
 #include <span>
 #include <string_view>
+#include <utility>
 
 namespace pyrux {
 
@@ -63,7 +65,10 @@ DevInfoRecord recordOf(const HidEntry& entry)
 
 } // namespace
 
-std::vector<HidEntry> enumerateHid(std::uint16_t vid, std::uint16_t pid)
+namespace {
+
+/// What hidapi has listed, with the names and interface numbers that it gives.
+std::vector<HidEntry> listedByHidapi(std::uint16_t vid, std::uint16_t pid)
 {
     const std::lock_guard lock(hidLibraryMutex());
     const std::unique_ptr<hid_device_info, decltype(&hid_free_enumeration)> list(hid_enumerate(vid, pid),
@@ -80,6 +85,24 @@ std::vector<HidEntry> enumerateHid(std::uint16_t vid, std::uint16_t pid)
                            .product = platform::narrow(one->product_string),
                            .manufacturer = platform::narrow(one->manufacturer_string)});
     return entries;
+}
+
+} // namespace
+
+std::vector<HidEntry> enumerateHid(std::uint16_t vid, std::uint16_t pid)
+{
+    const std::vector<HidEntry> entries = listedByHidapi(vid, pid);
+    std::vector<platform::ListedInterface> listed;
+    for (const HidEntry& entry : entries)
+        listed.push_back({{entry.path, entry.interface, entry.usagePage}, listed.size()});
+    std::vector<HidEntry> named;
+    for (platform::ListedInterface& one : platform::deviceInterfaces(std::move(listed))) {
+        HidEntry& entry = named.emplace_back(entries[one.source]);
+        entry.path = std::move(one.interface.name);
+        entry.interface = one.interface.interface;
+        entry.usagePage = one.interface.usagePage;
+    }
+    return named;
 }
 
 std::int32_t countDevices()

@@ -1,5 +1,7 @@
 #include "transport/hid_handle.h"
 
+#include "platform/device_names.h"
+
 #include <hidapi/hidapi.h>
 
 #include <chrono>
@@ -16,8 +18,9 @@ std::mutex& hidLibraryMutex()
 
 std::shared_ptr<HidHandle> HidHandle::open(const std::string& path, bool nonblocking)
 {
+    const std::string place = platform::openablePath(path);
     const std::lock_guard lock(hidLibraryMutex());
-    hid_device_* raw = hid_open_path(path.c_str());
+    hid_device_* raw = hid_open_path(place.c_str());
     if (!raw)
         return nullptr;
     hid_set_nonblocking(raw, nonblocking ? 1 : 0);

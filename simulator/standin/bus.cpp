@@ -52,7 +52,7 @@ std::string plug(std::shared_ptr<Firmware> device, std::string instance)
 
 void unplug(const std::string& path)
 {
-    withDevice(path, [](Device& device) { device.unplug(); });
+    withDevice(path, [](Device& device) { Registry::unplug(device); });
 }
 
 void reset()
@@ -145,10 +145,7 @@ int pyrux_sim_plug(const char* model, char* path)
 int pyrux_sim_unplug(const char* path)
 {
     const auto device = path ? sim::Registry::instance().find(path) : nullptr;
-    if (!device || !device->isPlugged())
-        return -1;
-    device->unplug();
-    return 0;
+    return device && sim::Registry::unplug(*device) ? 0 : -1;
 }
 
 int pyrux_sim_event(const char* path, const char* event, const int* values, int count)

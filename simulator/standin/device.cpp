@@ -148,13 +148,13 @@ void Device::plug()
     });
 }
 
-void Device::unplug()
+bool Device::unplug()
 {
     const Lock lock(mutex);
-    plugged = false;
     turns.notify_all();
     for (Handle* handle : handles)
         handle->arrived.notify_all();
+    return std::exchange(plugged, false);
 }
 
 bool Device::isPlugged() const

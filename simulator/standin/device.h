@@ -65,7 +65,8 @@ public:
 
     /// Connects the model and gives it power.
     void plug();
-    void unplug();
+    /// False: it had gone before.
+    bool unplug();
     bool isPlugged() const;
     /// The entry of a path, in any case. Null: there is none.
     const Entry* entryOf(const std::string& path) const;

@@ -1,5 +1,7 @@
 #include "simulator/standin/registry.h"
 
+#include "simulator/standin/notices.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <utility>
@@ -16,31 +18,53 @@ std::string Registry::plug(std::shared_ptr<Firmware> model, std::string instance
 {
     if (!model || model->identity().collections.empty())
         return {};
-    const std::lock_guard lock(devicesMutex);
-    if (instance.empty()) {
-        char text[24];
-        std::snprintf(text, sizeof text, "sim-%04d", ++instances);
-        instance = text;
+    std::shared_ptr<Device> device;
+    std::vector<std::shared_ptr<Device>> replaced;
+    {
+        const std::lock_guard lock(devicesMutex);
+        if (instance.empty()) {
+            char text[24];
+            std::snprintf(text, sizeof text, "sim-%04d", ++instances);
+            instance = text;
+        }
+        device = std::make_shared<Device>(std::move(model), instance);
+        // A port holds one device, and its paths lead to the newest one.
+        const auto rest = std::ranges::stable_partition(devices, [&](const auto& old) {
+            return std::ranges::none_of(device->entries,
+                                        [&](const Entry& one) { return old->entryOf(one.path); });
+        });
+        replaced.assign(rest.begin(), rest.end());
+        devices.erase(rest.begin(), rest.end());
     }
-    auto device = std::make_shared<Device>(std::move(model), instance);
-    // A port holds one device, and its paths lead to the newest one.
-    std::erase_if(devices, [&](const auto& old) {
-        if (std::ranges::none_of(device->entries, [&](const Entry& one) { return old->entryOf(one.path); }))
-            return false;
-        old->unplug();
-        return true;
-    });
+    // Whoever hears of a device may look at the bus.
+    for (const auto& old : replaced)
+        unplug(*old);
     device->plug();
-    devices.push_back(device);
+    {
+        const std::lock_guard lock(devicesMutex);
+        devices.push_back(device);
+    }
+    announce(*device, true);
     return device->controlPath();
+}
+
+bool Registry::unplug(Device& device)
+{
+    const bool was = device.unplug();
+    if (was)
+        announce(device, false);
+    return was;
 }
 
 void Registry::reset()
 {
-    const std::lock_guard lock(devicesMutex);
-    for (const auto& device : devices)
-        device->unplug();
-    devices.clear();
+    std::vector<std::shared_ptr<Device>> all;
+    {
+        const std::lock_guard lock(devicesMutex);
+        all.swap(devices);
+    }
+    for (const auto& device : all)
+        unplug(*device);
     overlaps = 0;
     misuses = 0;
 }

@@ -20,6 +20,8 @@ public:
     static Registry& instance();
 
     std::string plug(std::shared_ptr<Firmware> model, std::string instance);
+    /// Pulls a device out. False: it had gone before.
+    static bool unplug(Device& device);
     void reset();
     /// The plugged devices, in the order in which they were plugged in.
     std::vector<std::shared_ptr<Device>> plugged() const;

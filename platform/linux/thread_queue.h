@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/linux/file_descriptor.h"
+#include "platform/thread_messages.h"
+
+#include <deque>
+#include <memory>
+#include <mutex>
+
+namespace pyrux::platform {
+
+/// The queue of a thread, found by the thread's id while the object lives. The system has none of its own.
+class ThreadQueue final : public ThreadMessages {
+public:
+    ThreadQueue();
+    ~ThreadQueue() override;
+    ThreadQueue(const ThreadQueue&) = delete;
+    ThreadQueue& operator=(const ThreadQueue&) = delete;
+
+    std::optional<ThreadMessage> wait(std::chrono::milliseconds limit) override;
+
+    std::optional<ThreadMessage> take();
+    void put(const ThreadMessage& message);
+
+    /// Readable while a message is waiting, for loops that wait for other things too.
+    int descriptor() const { return waiting.get(); }
+
+private:
+    std::mutex mutex;
+    std::deque<ThreadMessage> messages;
+    FileDescriptor waiting; ///< An event counter: the number of messages.
+};
+
+} // namespace pyrux::platform
