@@ -48,8 +48,8 @@ TEST(RD110, readsTheMacrosThatThereAreInTheOrderOfTheirButtons)
         device.answer("52 19 02", "52 19 02 00 61 62");
         device.answer("52 18 0C", "52 18 0C 00 B4 7D");
         device.answer("52 19 0C", "52 19 0C 00 63");
-        device.answer("53 10 0F", std::vector<std::string>{"53 10 0F 00 04 5C 0A 00 00 FC FE FF",
-                                                           "53 10 0F 00 01 9E 02 00 05 3C 04 00 00 FC"});
+        device.answers("53 10 0F",
+                       {"53 10 0F 00 04 5C 0A 00 00 FC FE FF", "53 10 0F 00 01 9E 02 00 05 3C 04 00 00 FC"});
     });
     const auto list = std::make_unique<MouseMacroList>();
     EXPECT_EQ(mouse->getMacroAll(list.get()), E_OK);
