@@ -277,6 +277,7 @@ TEST_F(Simulated, eventsAreThoseOfTheirDevice)
 {
     const Finished run = script("rd210 saveConfig\n"
                                 "plug rd210\n"
+                                "expect-event plugged\n"
                                 "rd210 --device " +
                                     secondMouse +
                                     " saveConfig\n"
@@ -287,20 +288,23 @@ TEST_F(Simulated, eventsAreThoseOfTheirDevice)
                                     "unplug " +
                                     secondMouse +
                                     "\n"
+                                    "expect-event unplugged\n"
                                     "event profile 2\n"
                                     "expect-event 0 0\n",
                                 {"--json"});
     EXPECT_EQ(run.exit, 0) << run.err;
     const Lines lines = linesWith(run.out, "{");
-    ASSERT_EQ(lines.size(), 2u) << run.out;
-    EXPECT_EQ(Json::parse(lines[0]), (Json{{"kind", "event"},
+    ASSERT_EQ(lines.size(), 4u) << run.out;
+    EXPECT_EQ(Json::parse(lines[0])["kind"], "plugged");
+    EXPECT_EQ(Json::parse(lines[1]), (Json{{"kind", "event"},
                                            {"model", "rd210"},
                                            {"path", secondMouse},
                                            {"event", 2},
                                            {"text", "key down"},
                                            {"value", 33}}));
-    EXPECT_EQ(Json::parse(lines[1])["text"], "profile changed");
-    EXPECT_NE(Json::parse(lines[1])["path"], secondMouse);
+    EXPECT_EQ(Json::parse(lines[2])["kind"], "unplugged");
+    EXPECT_EQ(Json::parse(lines[3])["text"], "profile changed");
+    EXPECT_NE(Json::parse(lines[3])["path"], secondMouse);
 }
 
 TEST_F(Simulated, anotherEventThanExpectedStopsTheScript)

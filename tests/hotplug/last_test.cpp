@@ -30,7 +30,7 @@ public:
         sim::unplug(leaving);
         EXPECT_EQ(host.take(1).size(), 1U);
         const auto start = Clock::now();
-        pyrux_exit(); // with a delayed exit under way
+        pyrux_exit();                        // with a delayed exit under way
         EXPECT_LT(Clock::now() - start, 8s); // a second, on a machine that has nothing else to do
         EXPECT_EQ(mouse->changeProfileId(1), E_CLOSED);
         EXPECT_EQ(gone->changeProfileId(1), E_CLOSED);

@@ -78,7 +78,7 @@ TEST_F(Live, tellsOfAMouseAsItComesAndGoes)
     ASSERT_EQ(events.size(), 1U);
     EXPECT_STREQ(events[0].name, "RD210");
     EXPECT_EQ(lowerCased(events[0].path), lowerCased(path));
-    EXPECT_EQ(events[0].plugged, 1U);
+    EXPECT_EQ(+events[0].plugged, 1U);
     ASSERT_EQ(listed().size(), 1U);
     EXPECT_EQ(listed()[0].path, lowerCased(path));
     EXPECT_TRUE(capture.waitFor("[PYRUX]core usb event notify finish"));
@@ -86,7 +86,7 @@ TEST_F(Live, tellsOfAMouseAsItComesAndGoes)
     sim::unplug(path);
     events = host.take(1);
     ASSERT_EQ(events.size(), 1U);
-    EXPECT_EQ(events[0].plugged, 0U);
+    EXPECT_EQ(+events[0].plugged, 0U);
     EXPECT_TRUE(listed().empty());
 }
 

@@ -87,10 +87,10 @@ TEST_F(AudioDevices, marksRecordsAndLeavesOthersAlone)
     records[1].pid = 0x012F;
     status.text = "Degraded";
     markAudioDevices(records);
-    EXPECT_EQ(records[0].driverOk, 0U);
-    EXPECT_EQ(records[0].statusOk, 0U);
-    EXPECT_EQ(records[1].driverOk, 1U);
-    EXPECT_EQ(records[1].statusOk, 1U);
+    EXPECT_EQ(+records[0].driverOk, 0U);
+    EXPECT_EQ(+records[0].statusOk, 0U);
+    EXPECT_EQ(+records[1].driverOk, 1U);
+    EXPECT_EQ(+records[1].statusOk, 1U);
 }
 
 TEST_F(AudioDevices, writesWhatGoesWrong)

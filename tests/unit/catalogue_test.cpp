@@ -186,7 +186,7 @@ TEST(Catalogue, comparesNamesAsAWhole)
         EXPECT_EQ(identityOfName(name), std::pair(0, 0)) << name;
 }
 
-TEST(AudioDevices, haveTheirRows)
+TEST(AudioDeviceTable, hasItsRows)
 {
     struct Expected {
         const char* name;

@@ -129,10 +129,10 @@ TEST_F(Dongles, givesTheRecordsOfLinkedReceiversTheirDevices)
     std::vector<DevInfoRecord> records{record(0x0171, 0x0203, mouseReceiver), record(0x0167, 0x0105),
                                        record(0x012F, 0x0301), record(0x0183, 0x0400, keyboards)};
     manager.correctRecords(records);
-    EXPECT_EQ(records[0].pid, 0x0167);
+    EXPECT_EQ(+records[0].pid, 0x0167);
     EXPECT_STREQ(records[0].path, (std::string(mouseReceiver) + "&ISDONGLE").c_str());
-    EXPECT_EQ(records[0].release, 0x0203);
-    EXPECT_EQ(records[3].pid, 0x0183);
+    EXPECT_EQ(+records[0].release, 0x0203);
+    EXPECT_EQ(+records[3].pid, 0x0183);
     EXPECT_STREQ(records[3].path, keyboards);
     EXPECT_EQ(manager.versionWord("RD245_DONGLE"), 0x01050203U);
     EXPECT_EQ(manager.versionWord("RD245"), 0x01050203U);
@@ -149,7 +149,7 @@ TEST_F(Dongles, pairsAReceiverOfOneMouseWithTheMouseOnItsCable)
 {
     std::vector<DevInfoRecord> records{record(0x0167, 0x0105), record(0x0171, 0x0203, mouseReceiver)};
     manager.correctRecords(records); // not linked
-    EXPECT_EQ(records[1].pid, 0x0171);
+    EXPECT_EQ(+records[1].pid, 0x0171);
     EXPECT_EQ(manager.versionWord("RD245"), 0x01050203U);
     EXPECT_EQ(manager.versionWord("RD245_DONGLE"), 0x01050203U);
 }

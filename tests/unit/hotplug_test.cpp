@@ -97,9 +97,9 @@ TEST_F(Hotplug, handsItsRemovalToTheHostThoughNothingWasOpened)
     notifyDevice(mouse, DeviceChange::removal);
     ASSERT_EQ(events.size(), 1U);
     EXPECT_STREQ(events[0].name, "RD210");
-    EXPECT_EQ(events[0].vid, 0x3A7EU);
-    EXPECT_EQ(events[0].pid, 0x012FU);
-    EXPECT_EQ(events[0].plugged, 0U);
+    EXPECT_EQ(+events[0].vid, 0x3A7EU);
+    EXPECT_EQ(+events[0].pid, 0x012FU);
+    EXPECT_EQ(+events[0].plugged, 0U);
 }
 
 TEST_F(Hotplug, writesItsTextsInOrder)
@@ -192,7 +192,7 @@ TEST_F(Hotplug, showsAReceiverAsTheMouseBehindIt)
     ASSERT_EQ(events.size(), 1U);
     EXPECT_STREQ(events[0].name, "UNIVERSAL_DONGLE");
     EXPECT_STREQ(events[0].path, R"(\\?\HID#VID_3A7E&PID_01B7&MI_03#R2#{C}&ISDONGLE)");
-    EXPECT_EQ(events[0].pid, 0x0169U); // RD220
+    EXPECT_EQ(+events[0].pid, 0x0169U); // RD220
     EXPECT_EQ(opened, Texts{std::string(universal) + "&ISDONGLE"});
 
     // The link that is known decides: the receiver can no more be asked.
@@ -201,8 +201,8 @@ TEST_F(Hotplug, showsAReceiverAsTheMouseBehindIt)
                      "[PYRUX]DongleDeviceManger::ChangeDonglePidVidToDevicePidVid", "[PYRUX]dongle plug out",
                      "[PYRUX]finish notify"}));
     ASSERT_EQ(events.size(), 2U);
-    EXPECT_EQ(events[1].pid, 0x0169U);
-    EXPECT_EQ(events[1].plugged, 0U);
+    EXPECT_EQ(+events[1].pid, 0x0169U);
+    EXPECT_EQ(+events[1].plugged, 0U);
     EXPECT_STREQ(events[1].path, events[0].path);
     EXPECT_EQ(opened.size(), 1U);
 }
@@ -214,7 +214,7 @@ TEST_F(Hotplug, doesNotTellOfAReceiverThatLeavesWithoutADevice)
                      "[PYRUX]GetMutiDeviceLinkStatus", "[PYRUX]RD245_obj == NULL, connect_device=0",
                      "[PYRUX]finish notify"}));
     ASSERT_EQ(events.size(), 1U);
-    EXPECT_EQ(events[0].pid, 0x0171U);
+    EXPECT_EQ(+events[0].pid, 0x0171U);
     EXPECT_STREQ(events[0].path, R"(\\?\HID#VID_3A7E&PID_0171&MI_03#R1#{C}&ISDONGLE)");
     EXPECT_EQ(textsOf(receiver, DeviceChange::removal),
               (Texts{"[PYRUX]NotifyDevice", "[PYRUX]device unplug out",
@@ -239,11 +239,11 @@ TEST_F(Hotplug, tellsOfALinkThatComesAndGoes)
     ASSERT_EQ(events.size(), 2U);
     for (std::size_t i = 0; i < events.size(); ++i) {
         EXPECT_STREQ(events[i].path, R"(\\?\HID#VID_3A7E&PID_0171&MI_03#R1#{C}&ISDONGLE)");
-        EXPECT_EQ(events[i].vid, 0x3A7EU);
-        EXPECT_EQ(events[i].pid, 0x0167U); // RD245
-        EXPECT_EQ(events[i].plugged, 1U - i);
-        EXPECT_EQ(events[i].driverOk, 1U);
-        EXPECT_EQ(events[i].statusOk, 1U);
+        EXPECT_EQ(+events[i].vid, 0x3A7EU);
+        EXPECT_EQ(+events[i].pid, 0x0167U); // RD245
+        EXPECT_EQ(+events[i].plugged, 1U - i);
+        EXPECT_EQ(+events[i].driverOk, 1U);
+        EXPECT_EQ(+events[i].statusOk, 1U);
     }
     // The host knows that the mouse has gone: the receiver's removal says nothing new.
     notifyDevice(receiver, DeviceChange::removal);
@@ -254,11 +254,11 @@ TEST_F(Hotplug, takesTheIdentityThatALinkChangeTells)
 {
     dongleDeviceChange({0x3A7E, 0x0161, universal}, 1);
     ASSERT_EQ(events.size(), 1U);
-    EXPECT_EQ(events[0].pid, 0x0161U); // RD115, without a word to the receiver
+    EXPECT_EQ(+events[0].pid, 0x0161U); // RD115, without a word to the receiver
     EXPECT_TRUE(opened.empty());
     notifyDevice(universal, DeviceChange::removal);
     ASSERT_EQ(events.size(), 2U);
-    EXPECT_EQ(events[1].pid, 0x0161U);
+    EXPECT_EQ(+events[1].pid, 0x0161U);
 }
 
 TEST_F(Hotplug, forcesTheIdentityOfKeyboardsBehindTheirReceivers)
@@ -267,8 +267,8 @@ TEST_F(Hotplug, forcesTheIdentityOfKeyboardsBehindTheirReceivers)
     dongleDeviceChange({0x3A7E, 0x0183, R"(\\?\HID#VID_3A7E&PID_0183&MI_03#r4#{c})"}, 0);
     ASSERT_EQ(events.size(), 2U);
     EXPECT_STREQ(events[0].name, "QX310_UNIVERSAL_DONGLE");
-    EXPECT_EQ(events[0].pid, 0x016FU);
-    EXPECT_EQ(events[1].pid, 0x016DU);
+    EXPECT_EQ(+events[0].pid, 0x016FU);
+    EXPECT_EQ(+events[1].pid, 0x016DU);
     DongleDeviceManger::instance().forget(keyboards);
 }
 
@@ -290,8 +290,8 @@ TEST_F(Hotplug, marksAHeadsetWhoseDriverIsAnothers)
     notifyDevice(R"(\\?\HID#VID_3A7E&PID_010D&MI_01#x#{c})", DeviceChange::arrival);
     ASSERT_EQ(events.size(), 1U);
     EXPECT_STREQ(events[0].name, "HS410");
-    EXPECT_EQ(events[0].driverOk, 0U);
-    EXPECT_EQ(events[0].statusOk, 1U);
+    EXPECT_EQ(+events[0].driverOk, 0U);
+    EXPECT_EQ(+events[0].statusOk, 1U);
 }
 
 /// A host object that tells what the core does with it.

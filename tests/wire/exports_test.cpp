@@ -394,7 +394,7 @@ TEST_F(Enumeration, scansAnew)
     EXPECT_EQ(devNums(), 2);
     sim::unplug(first);
     EXPECT_EQ(devNums(), 1);
-    EXPECT_EQ(records().at(0).pid, 0x0101);
+    EXPECT_EQ(+records().at(0).pid, 0x0101);
 }
 
 TEST_F(Enumeration, needsNoPlaceForNothing)

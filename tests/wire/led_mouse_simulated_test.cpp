@@ -144,7 +144,7 @@ TEST(SimulatedRD110, tellsAllItsMacros)
         EXPECT_EQ(macro.mode, macro.button % 3);
         EXPECT_EQ(macro.name[0], 'a' + macro.button);
         ASSERT_EQ(macro.count, 20);
-        EXPECT_EQ(macro.events[19].code, macro.button + 19);
+        EXPECT_EQ(+macro.events[19].code, macro.button + 19);
     }
     sim::unplug(path);
     host->exit_device(1);

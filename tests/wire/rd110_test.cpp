@@ -59,15 +59,15 @@ TEST(RD110, readsTheMacrosThatThereAreInTheOrderOfTheirButtons)
     EXPECT_EQ(first.mode, 1);
     EXPECT_STREQ(first.name, "ab");
     ASSERT_EQ(first.count, 1);
-    EXPECT_EQ(first.events[0].code, 4);
-    EXPECT_EQ(first.events[0].delay, 5);
+    EXPECT_EQ(+first.events[0].code, 4);
+    EXPECT_EQ(+first.events[0].delay, 5);
     const MouseMacroRecord& second = list->macros[1];
     EXPECT_EQ(second.button, 12);
     EXPECT_EQ(second.mode, 2);
     EXPECT_STREQ(second.name, "c");
     ASSERT_EQ(second.count, 2);
-    EXPECT_EQ(second.events[0].code, KEY_STEP_UP);
-    EXPECT_EQ(second.events[1].code, 5);
+    EXPECT_EQ(+second.events[0].code, KEY_STEP_UP);
+    EXPECT_EQ(+second.events[1].code, 5);
     EXPECT_EQ(second.events[1].kind, 1);
     EXPECT_EQ(mouse.written(),
               wire("41 80 | 52 18 00 | 52 18 01 | 52 18 02 | 52 19 02 | 51 18 02 00 B2 5C | 53 10 0F | "

@@ -85,10 +85,10 @@ TEST(RD210SetMacro, writesTheEndIntoTheRecord)
     record.events[198] = {0x1111, 1, 0x1111};
     EXPECT_EQ(mouse->setMacro(&record), E_OK);
     EXPECT_EQ(record.count, 198);
-    EXPECT_EQ(record.events[198].code, 0);
+    EXPECT_EQ(+record.events[198].code, 0);
     EXPECT_EQ(record.events[198].kind, 3);
-    EXPECT_EQ(record.events[198].delay, 0xFFFF);
-    EXPECT_EQ(record.events[197].code, 0x0100 + 197);
+    EXPECT_EQ(+record.events[198].delay, 0xFFFF);
+    EXPECT_EQ(+record.events[197].code, 0x0100 + 197);
 }
 
 TEST(RD210SetMacro, encodesEachKindOfEvent)
@@ -284,9 +284,9 @@ TEST(RD210GetMacro, readsModeNameAndEvents)
     const std::array<MouseMacroEvent, 4> expected{
         {{0x0004, 0, 10}, {0x0129, 1, 0x0180}, {0x0500, 2, 64}, {0x0501, 2, 1}}};
     for (std::size_t i = 0; i < expected.size(); ++i) {
-        EXPECT_EQ(record.events[i].code, expected[i].code) << i;
+        EXPECT_EQ(+record.events[i].code, +expected[i].code) << i;
         EXPECT_EQ(record.events[i].kind, expected[i].kind) << i;
-        EXPECT_EQ(record.events[i].delay, expected[i].delay) << i;
+        EXPECT_EQ(+record.events[i].delay, +expected[i].delay) << i;
     }
 }
 
@@ -321,9 +321,9 @@ TEST(RD210GetMacro, decodesEachKindOfEvent)
     EXPECT_EQ(mouse->getMacro(&record), E_OK);
     ASSERT_EQ(record.count, cases.size());
     for (std::size_t i = 0; i < cases.size(); ++i) {
-        EXPECT_EQ(record.events[i].code, cases[i].event.code) << cases[i].bytes;
+        EXPECT_EQ(+record.events[i].code, +cases[i].event.code) << cases[i].bytes;
         EXPECT_EQ(record.events[i].kind, cases[i].event.kind) << cases[i].bytes;
-        EXPECT_EQ(record.events[i].delay, cases[i].event.delay) << cases[i].bytes;
+        EXPECT_EQ(+record.events[i].delay, +cases[i].event.delay) << cases[i].bytes;
     }
 }
 
@@ -442,7 +442,7 @@ WAITING_TEST(RD210GetMacro, goesOnAskingWhileTheDeviceIsThere)
     EXPECT_GE(time, 3900);
     EXPECT_LT(time, 6000);
     EXPECT_EQ(record.count, 1);
-    EXPECT_EQ(record.events[0].code, 9);
+    EXPECT_EQ(+record.events[0].code, 9);
     EXPECT_EQ(mouse.written(),
               wire("41 80 | 52 18 02 | 52 19 02 | 51 18 02 00 B2 3C | 53 10 0F | 53 10 0F | 53 10 0F"));
 }

@@ -223,8 +223,8 @@ PerformanceRecord dirty()
 
 void expectLevel(const PerformanceRecord& record, std::size_t level, int x, int y, int enabled)
 {
-    EXPECT_EQ(record.levels[level].x, x) << level;
-    EXPECT_EQ(record.levels[level].y, y) << level;
+    EXPECT_EQ(+record.levels[level].x, x) << level;
+    EXPECT_EQ(+record.levels[level].y, y) << level;
     EXPECT_EQ(record.levelEnabled[level], enabled) << level;
 }
 
@@ -311,11 +311,11 @@ TEST(RD210GetPerformance, reads16100BackAs16000)
             mouse.device->answer("52" + report.substr(2, 3), "52" + report.substr(2));
     PerformanceRecord back = dirty();
     EXPECT_EQ(mouse->getPerformance(&back), E_OK);
-    EXPECT_EQ(back.levels[2].x, 16000);
-    EXPECT_EQ(back.levels[2].y, 16200);
+    EXPECT_EQ(+back.levels[2].x, 16000);
+    EXPECT_EQ(+back.levels[2].y, 16200);
     EXPECT_EQ(back.currentLevel, 2);
     EXPECT_EQ(std::memcmp(back.levelEnabled, record.levelEnabled, 7), 0);
-    EXPECT_EQ(back.levels[5].x, 12000);
+    EXPECT_EQ(+back.levels[5].x, 12000);
 }
 
 TEST(RD210GetPerformance, refusesPlacesOutsideTheTables)
