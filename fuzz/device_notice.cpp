@@ -41,7 +41,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 notifyDevice(head + text, change);
         break;
     case 1:
-        dongleDeviceChange({data[0], size & 0xFFFF, "HID#VID_3A7E&PID_01B7&MI_03" + text}, data[0] & 4);
+        dongleDeviceChange({data[0], std::uint32_t(size & 0xFFFF), "HID#VID_3A7E&PID_01B7&MI_03" + text},
+                           data[0] & 4);
         if (const auto notice = platform::parseNotice(text); notice && notice->name.empty())
             std::abort();
         if (platform::nodeInName(text).size() > 15)

@@ -29,12 +29,12 @@ std::string Registry::plug(std::shared_ptr<Firmware> model, std::string instance
         }
         device = std::make_shared<Device>(std::move(model), instance);
         // A port holds one device, and its paths lead to the newest one.
-        const auto rest = std::ranges::stable_partition(devices, [&](const auto& old) {
+        const auto rest = std::stable_partition(devices.begin(), devices.end(), [&](const auto& old) {
             return std::ranges::none_of(device->entries,
                                         [&](const Entry& one) { return old->entryOf(one.path); });
         });
-        replaced.assign(rest.begin(), rest.end());
-        devices.erase(rest.begin(), rest.end());
+        replaced.assign(rest, devices.end());
+        devices.erase(rest, devices.end());
     }
     // Whoever hears of a device may look at the bus.
     for (const auto& old : replaced)
