@@ -137,7 +137,7 @@ TEST(SimulatedRD110, tellsAllItsMacros)
     }
     const auto list = std::make_unique<MouseMacroList>();
     EXPECT_EQ(host->getMacroAll(list.get()), E_OK);
-    ASSERT_EQ(list->count, 3U);
+    ASSERT_EQ(+list->count, 3U);
     for (std::size_t i = 0; i < 3; ++i) {
         const MouseMacroRecord& macro = list->macros[i];
         EXPECT_EQ(macro.button, 3 + 3 * i);

@@ -33,7 +33,7 @@ TEST(RD110, readsNoMacros)
     MouseMacroList list;
     std::memset(&list, 0xEE, sizeof list);
     EXPECT_EQ(mouse->getMacroAll(&list), E_OK);
-    EXPECT_EQ(list.count, 0U);
+    EXPECT_EQ(+list.count, 0U);
     EXPECT_EQ(list.macros[0].button, 0xEE);
     EXPECT_EQ(mouse.written(),
               wire("41 80 | 52 18 00 | 52 18 01 | 52 18 02 | 52 18 03 | 52 18 04 | 52 18 05 | 52 18 06 | "
@@ -53,7 +53,7 @@ TEST(RD110, readsTheMacrosThatThereAreInTheOrderOfTheirButtons)
     });
     const auto list = std::make_unique<MouseMacroList>();
     EXPECT_EQ(mouse->getMacroAll(list.get()), E_OK);
-    ASSERT_EQ(list->count, 2U);
+    ASSERT_EQ(+list->count, 2U);
     const MouseMacroRecord& first = list->macros[0];
     EXPECT_EQ(first.button, 2);
     EXPECT_EQ(first.mode, 1);
@@ -98,7 +98,7 @@ WAITING_TEST(RD110Silent, keepsTheMacrosBeforeTheOneThatCannotBeRead)
     });
     const auto list = std::make_unique<MouseMacroList>();
     EXPECT_EQ(mouse->getMacroAll(list.get()), E_INVALID_GET);
-    ASSERT_EQ(list->count, 1U);
+    ASSERT_EQ(+list->count, 1U);
     EXPECT_EQ(list->macros[0].button, 2);
 }
 
