@@ -128,6 +128,14 @@ TEST_F(FakeLibrary, withSeveralDevicesNeedsAPath)
     EXPECT_EQ(named.out, "profile: 17\n");
 }
 
+TEST_F(FakeLibrary, withTwoRecordsOfADeviceHasOneDevice)
+{
+    program.set("PYRUX_FAKE_DEVICES", "1");
+    program.set("PYRUX_FAKE_TWICE", "1");
+    EXPECT_EQ(Json::parse(program.run({"list", "--json"}).out).size(), 2u);
+    EXPECT_EQ(program.run({"rd210", "getCurrProfileId"}).out, "profile: 17\n");
+}
+
 TEST_F(FakeLibrary, thatCannotOpenADeviceSaysSo)
 {
     const Finished run = program.run(

@@ -108,7 +108,7 @@ SharedLibrary loadFirst(const char* variable, const std::vector<fs::path>& candi
             return SharedLibrary(candidate);
         std::error_code none;
         if (fs::exists(candidate, none))
-            return SharedLibrary(fs::absolute(candidate).lexically_normal());
+            return SharedLibrary(candidate.lexically_normal());
         tried += "\n  " + candidate.lexically_normal().string();
     }
     throw Failure(Exit::notLoaded,

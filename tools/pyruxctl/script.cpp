@@ -77,7 +77,7 @@ public:
             if (part.ends_with('\r'))
                 part.pop_back();
             line += part;
-            if (!style.quiet)
+            if (!style.quiet && !style.json)
                 echo(part, line.size() > part.size());
             if (line.ends_with('\\') && lines.peek() != std::istream::traits_type::eof()) {
                 line.pop_back();

@@ -139,10 +139,12 @@ HostObject& Session::open(const Model& model, const std::string& path)
         const bool named = !path.empty() && equalIgnoringCase(device.path, path);
         if (named && device.model != &model)
             throw UsageError(device.path + " is no " + std::string(model.command));
-        if (named || (path.empty() && device.model == &model))
+        // A device that fits two rows of the catalogue has two records.
+        const bool known = std::ranges::find(candidates, device.path, &Device::path) != candidates.end();
+        if (!known && (named || (path.empty() && device.model == &model)))
             candidates.push_back(std::move(device));
     }
-    if (candidates.size() > 1 && path.empty()) {
+    if (candidates.size() > 1) {
         std::string message = "several devices are attached, name one with --device:";
         for (const Device& device : candidates)
             message += "\n  " + device.path;

@@ -112,8 +112,13 @@ EXPORT std::int32_t devInfo(DevInfoRecord* records)
         record(headset, "Headset", setting("PYRUX_DEBUG_OUTPUT").c_str(), 0x0111, 0),
         record(broken, "Broken mouse", "B2", 0x012F, 1),
     };
-    std::copy_n(all, attached(), records);
-    return attached();
+    const bool twice =
+        !setting("PYRUX_FAKE_TWICE").empty(); // each record again, as for two rows of the catalogue
+    std::int32_t count = 0;
+    for (int i = 0; i < attached(); ++i)
+        for (int again = 0; again <= twice; ++again)
+            records[count++] = all[i];
+    return count;
 }
 EXPORT std::int32_t registerDevNotify(void (*callback)(HotplugEvent event))
 {
