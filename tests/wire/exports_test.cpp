@@ -87,7 +87,7 @@ TEST(Exports, missTheResidentService)
                   EXPECT_EQ(fakeTempEnable(), -3);
                   EXPECT_EQ(fakeTempStep(), -3);
               }),
-              2000);
+              2900);
     EXPECT_EQ(first, 77);
     EXPECT_EQ(second, 78);
     EXPECT_EQ(version, 79);

@@ -301,7 +301,7 @@ TEST(VanishedDevice, endsCallsByTheirTimeLimit)
     Mouse mouse;
     sim::unplug(mouse.path);
     EXPECT_LT(milliseconds([&] { EXPECT_EQ(mouse->stopSurfaceLearning(), E_INVALID_SET); }), 3000);
-    EXPECT_LT(milliseconds([&] { EXPECT_EQ(mouse->exit_device(1), E_OK); }), 500);
+    EXPECT_LT(milliseconds([&] { EXPECT_EQ(mouse->exit_device(1), E_OK); }), 1800);
     EXPECT_EQ(mouse->stopSurfaceLearning(), E_CLOSED);
 }
 
@@ -316,7 +316,7 @@ WAITING_TEST(VanishedDevice, letsACallThatWaitsRunOut)
         sim::unplug(mouse.path);
         EXPECT_EQ(waiting.get(), E_INVALID_GET);
     });
-    EXPECT_LT(time, 2600);
+    EXPECT_LT(time, 3900);
     EXPECT_EQ(profile, 0xEE);
 }
 
@@ -325,7 +325,7 @@ WAITING_TEST(VanishedDevice, costsNoGoodbyeMoreThanTheWaits)
     // exit_device(0) for a device that has gone after all: each of the two commands waits for its reply.
     Mouse mouse;
     sim::unplug(mouse.path);
-    EXPECT_LT(milliseconds([&] { EXPECT_EQ(mouse->exit_device(0), E_OK); }), 5000);
+    EXPECT_LT(milliseconds([&] { EXPECT_EQ(mouse->exit_device(0), E_OK); }), 6000);
     EXPECT_EQ(mouse->saveConfig(), E_CLOSED);
 }
 
@@ -340,7 +340,7 @@ TEST(ExitDevice, endsACallThatWaitsAtOnceWhenTheDeviceHasGone)
                   EXPECT_EQ(mouse->exit_device(1), E_OK);
                   EXPECT_EQ(waiting.get(), E_NOT_OPEN);
               }),
-              1000);
+              1800);
     EXPECT_EQ(profile, 0xEE);
 }
 
@@ -354,7 +354,7 @@ TEST(ExitDevice, endsASetThatWaitsLikewise)
                   EXPECT_EQ(mouse->exit_device(1), E_OK);
                   EXPECT_EQ(waiting.get(), E_NOT_OPEN);
               }),
-              1000);
+              1800);
 }
 
 WAITING_TEST(ExitDevice, givesACallThatGoesOnTwoSeconds)
@@ -370,7 +370,7 @@ WAITING_TEST(ExitDevice, givesACallThatGoesOnTwoSeconds)
         EXPECT_LT(waiting.get(), 0);
     });
     EXPECT_GE(time, 1900);
-    EXPECT_LT(time, 3500);
+    EXPECT_LT(time, 6000);
     EXPECT_TRUE(mouse.written().ends_with("| 41 01 | 41"));
 }
 
@@ -461,7 +461,7 @@ WAITING_TEST(ExitDevice, doesNotWaitForACallbackThatTakesLong)
     mouse.device->send("42 20 40 00 01");
     EXPECT_TRUE(entered.wait());
     // Its limit: the goodbye cannot be answered, as the reader is in the callback.
-    EXPECT_LT(milliseconds([&] { EXPECT_EQ(mouse->exit_device(1), E_OK); }), 1000);
+    EXPECT_LT(milliseconds([&] { EXPECT_EQ(mouse->exit_device(1), E_OK); }), 1800);
     EXPECT_EQ(mouse->changeProfileId(1), E_CLOSED);
     release.open();
     EXPECT_EQ(calls, 1);
