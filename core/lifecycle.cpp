@@ -7,6 +7,7 @@
 #include "platform/apartment.h"
 #include "platform/module.h"
 #include "services/tw_service.h"
+#include "transport/device_closer.h"
 #include "transport/hotplug.h"
 
 #include <atomic>
@@ -82,6 +83,7 @@ void stopLibrary()
     {
         Registry& all = registry();
         const std::lock_guard lock(all.mutex);
+        DeviceCloser::instance().beginPending();
         all.exitAll();
     }
     platform::leaveApartment();

@@ -49,6 +49,12 @@ void DeviceCloser::close(std::string_view path)
     }
 }
 
+void DeviceCloser::beginPending()
+{
+    std::unique_lock lock(mutex);
+    takeRemovals(lock);
+}
+
 bool DeviceCloser::waitUntilIdle(std::chrono::milliseconds limit)
 {
     std::unique_lock lock(mutex);

@@ -23,6 +23,10 @@ public:
     /// was made before now. Waits for nothing.
     void close(std::string_view path);
 
+    /// Closes at once what has been asked for and not been begun. With the registry's mutex held, in front of
+    /// `Registry::exitAll`, which then says no goodbye to devices that have gone.
+    void beginPending();
+
     /// Waits until all that was asked for is done; false: it is not within `limit`.
     bool waitUntilIdle(std::chrono::milliseconds limit);
 
@@ -47,7 +51,7 @@ private:
     std::condition_variable changed;
     bool running = false;
     std::vector<Removal> removals;
-    std::vector<Leaving> leaving; ///< Of the thread alone.
+    std::vector<Leaving> leaving; ///< Guarded by the registry's mutex.
 };
 
 /// Closes the objects of a device that has been removed.

@@ -90,7 +90,7 @@ std::vector<std::uint16_t> topLevelUsagePages(std::span<const std::uint8_t> desc
     std::vector<std::uint16_t> pages;
     std::vector<std::uint16_t> pushed;
     std::uint16_t page = 0;
-    std::optional<std::uint16_t> ownPage; ///< Of a usage that carries its page.
+    std::int32_t ownPage = -1; ///< Of a usage that carries its page; -1: none does.
     std::size_t depth = 0;
     while (const auto item = takeItem(descriptor)) {
         switch (item->kind) {
@@ -98,9 +98,7 @@ std::vector<std::uint16_t> topLevelUsagePages(std::span<const std::uint8_t> desc
             page = static_cast<std::uint16_t>(item->value);
             break;
         case usageItem:
-            ownPage.reset();
-            if (item->length == 4)
-                ownPage = static_cast<std::uint16_t>(item->value >> 16);
+            ownPage = item->length == 4 ? static_cast<std::int32_t>(item->value >> 16) : -1;
             break;
         case pushItem:
             if (pushed.size() < mostCollections)
@@ -114,7 +112,7 @@ std::vector<std::uint16_t> topLevelUsagePages(std::span<const std::uint8_t> desc
             break;
         case collectionItem:
             if (depth++ == 0 && pages.size() < mostCollections)
-                pages.push_back(ownPage.value_or(page));
+                pages.push_back(ownPage < 0 ? page : static_cast<std::uint16_t>(ownPage));
             break;
         case endItem:
             depth -= depth > 0;
@@ -123,7 +121,7 @@ std::vector<std::uint16_t> topLevelUsagePages(std::span<const std::uint8_t> desc
             break;
         }
         if ((item->kind & 0x0C) == mainType)
-            ownPage.reset();
+            ownPage = -1;
     }
     return pages;
 }

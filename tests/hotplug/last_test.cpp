@@ -30,8 +30,8 @@ public:
         sim::unplug(leaving);
         EXPECT_EQ(host.take(1).size(), 1U);
         const auto start = Clock::now();
-        pyrux_exit();                        // with a delayed exit under way
-        EXPECT_LT(Clock::now() - start, 8s); // a second, on a machine that has nothing else to do
+        pyrux_exit(); // with a delayed exit under way
+        EXPECT_LT(Clock::now() - start, 3s);
         EXPECT_EQ(mouse->changeProfileId(1), E_CLOSED);
         EXPECT_EQ(gone->changeProfileId(1), E_CLOSED);
         EXPECT_TRUE(DeviceCloser::instance().waitUntilIdle(10s));
