@@ -122,7 +122,7 @@ TEST_F(Live, letsACallOutWhoseDeviceIsPulled)
     sim::unplug(path);
     const _error result = call.get();
     EXPECT_TRUE(result == E_NOT_OPEN || result == E_INVALID_GET || result == E_INVALID_SET) << int(result);
-    EXPECT_EQ(host.take(1).at(0).plugged, 0U);
+    EXPECT_EQ(+host.take(1).at(0).plugged, 0U);
     while (mouse->changeProfileId(1) != E_CLOSED)
         ASSERT_LT(Clock::now() - start, 5s);
     ASSERT_TRUE(DeviceCloser::instance().waitUntilIdle(10s));
@@ -181,11 +181,11 @@ TEST_F(Live, takesALinkChangeOfAReceiver)
     EXPECT_TRUE(notifyLinkChange(path, 0x3A7E, 0x0167));
     const auto linked = host.take(1);
     ASSERT_EQ(linked.size(), 1U);
-    EXPECT_EQ(linked[0].pid, 0x0167U);
-    EXPECT_EQ(linked[0].plugged, 1U);
+    EXPECT_EQ(+linked[0].pid, 0x0167U);
+    EXPECT_EQ(+linked[0].plugged, 1U);
     EXPECT_TRUE(std::string(linked[0].path).ends_with("&ISDONGLE"));
     EXPECT_TRUE(notifyLinkChange(path, 0x3A7E, 0x0167, linkLost));
-    EXPECT_EQ(host.take(1).at(0).plugged, 0U);
+    EXPECT_EQ(+host.take(1).at(0).plugged, 0U);
 }
 
 /// Thousands of devices come and go while other threads use the library; PYRUX_SOAK_CYCLES says how many.

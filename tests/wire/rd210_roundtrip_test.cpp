@@ -257,7 +257,7 @@ TEST_F(RD210RoundTrip, changesDpiLevels)
             EXPECT_EQ(performance().currentLevel, level);
         }
     }
-    EXPECT_EQ(performance().levels[6].x, record.levels[6].x);
+    EXPECT_EQ(+performance().levels[6].x, +record.levels[6].x);
 }
 
 TEST_F(RD210RoundTrip, resetsParts)
@@ -279,10 +279,10 @@ TEST_F(RD210RoundTrip, resetsParts)
     EXPECT_EQ(map()[3], 0x0123);
     EXPECT_EQ(host->resetPartial(1), E_OK);
     EXPECT_EQ(map(), keys);
-    EXPECT_EQ(performance().levels[0].x, 700);
+    EXPECT_EQ(+performance().levels[0].x, 700);
     EXPECT_EQ(host->resetPartial(2), E_OK);
     PerformanceRecord read = performance();
-    EXPECT_EQ(read.levels[0].x, factory.levels[0].x);
+    EXPECT_EQ(+read.levels[0].x, +factory.levels[0].x);
     EXPECT_EQ(read.pollingCode, factory.pollingCode);
     EXPECT_EQ(read.settingF0, 1);
     EXPECT_EQ(read.settingBank, 3);
