@@ -163,11 +163,20 @@ TEST_F(Simulated, canBeWatched)
 
 TEST_F(Simulated, exampleRunsAsWritten)
 {
-    const Finished run = program.run({"--simulate", "rd210", "run", PYRUX_EXAMPLES "/rd210.pyrux"});
+    const Finished run = program.run({"--simulate", "rd210,rd215", "run", PYRUX_EXAMPLES "/rd210.pyrux"});
     EXPECT_EQ(run.exit, 0) << run.err;
-    const auto endsWith = [&](const std::string& end) { return run.out.ends_with(end); };
-    EXPECT_TRUE(endsWith("$ expect -11 rd210 changeDpiLevel 3\nrd210 changeDpiLevel: -11 E_CLOSED\n"))
+    EXPECT_NE(
+        run.out.find(
+            "$ unplug rd210\n"
+            "pulled out \\\\?\\HID#VID_3A7E&PID_012F&MI_01#sim-0001#{4d1e55b2-f16f-11cf-88cb-001111000030}\n"
+            "$ expect -11 rd210 changeDpiLevel 3\n"
+            "rd210 changeDpiLevel: -11 E_CLOSED\n"),
+        std::string::npos)
         << run.out;
+    EXPECT_EQ(linesWith(run.out, "RD210: "),
+              (Lines{R"(RD210: unplugged (3a7e:012f, driver ok, status ok) )"
+                     R"(\\?\HID#VID_3A7E&PID_012F&MI_01#SIM-0001#{4D1E55B2-F16F-11CF-88CB-001111000030})"}));
+    EXPECT_EQ(linesWith(run.out, "RD2").size(), 4u); // two devices, the notice, one device
     EXPECT_EQ(linesWith(run.out, "rd210: "),
               (Lines{R"(rd210: DPI level changed (event 1, value 0) )"
                      R"(\\?\hid#vid_3a7e&pid_012f&mi_01#sim-0001#{4d1e55b2-f16f-11cf-88cb-001111000030})"}));

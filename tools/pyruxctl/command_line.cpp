@@ -25,7 +25,7 @@ constexpr auto scriptHelp =
     R"(A line is a command of pyruxctl ("rd210 changeDpiLevel 3"), a comment ("# ..."), or one of:
   open MODEL [PATH]           open a device; an operation does it too
   plug MODEL                  plug a simulated device in
-  unplug [MODEL|PATH]         pull it out, and close it as a host does that learns of it
+  unplug [MODEL|PATH]         pull it out, and wait until the library has closed it
   trace on|off                show the bytes on the wire, or stop to
 |PATH]         pull it out
   event [MODEL|PATH] NAME [VALUE...]

@@ -71,8 +71,7 @@ struct NotifyCallbacks {
 struct HostCalls {
     void* (*create)(void* factory, const char* path); ///< The host object, or null.
     void (*listen)(void* host, std::size_t slot);
-    void (*stopListening)(void* host);
-    void (*closeUnplugged)(void* host); ///< Closes the object of a device that has gone.
+    std::int32_t (*stopListening)(void* host); ///< -11 once the device has gone.
 };
 
 namespace detail {
@@ -96,8 +95,7 @@ HostCalls hostCalls()
         [](void* host, std::size_t slot) {
             detail::listen(*static_cast<Interface*>(host), &Interface::registerNotify, slot);
         },
-        [](void* host) { static_cast<Interface*>(host)->unRegisterNotify(); },
-        [](void* host) { static_cast<Interface*>(host)->exit_device(1); },
+        [](void* host) -> std::int32_t { return static_cast<Interface*>(host)->unRegisterNotify(); },
     };
 }
 

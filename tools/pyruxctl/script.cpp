@@ -169,7 +169,7 @@ private:
     {
         expectWords(words, 0, 1, "unplug [MODEL|PATH]");
         const std::string path = session.simulator().unplug(wordOr(words, 0, ""));
-        session.closeUnplugged(path);
+        session.awaitClosed(path);
         say("pulled out " + path);
         return Exit::fine;
     }

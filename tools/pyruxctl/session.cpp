@@ -4,8 +4,10 @@
 #include "text.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
 
 namespace pyrux::ctl {
 
@@ -193,12 +195,21 @@ const HostObject* Session::listener(std::size_t slot) const
     return found == opened.end() ? nullptr : &*found;
 }
 
-void Session::closeUnplugged(const std::string& path)
+void Session::awaitClosed(const std::string& path)
 {
-    drop(path);
-    for (const HostObject& object : opened)
-        if (equalIgnoringCase(object.path, path))
-            object.model->calls.closeUnplugged(object.host);
+    using namespace std::chrono_literals;
+    constexpr auto limit = 5s;
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    for (HostObject& object : opened) {
+        if (!equalIgnoringCase(object.path, path))
+            continue;
+        object.slot.reset();
+        while (object.model->calls.stopListening(object.host) != E_CLOSED) { // a call that sends nothing
+            if (std::chrono::steady_clock::now() > deadline)
+                throw Failure(Exit::refused, "the library has not closed " + path);
+            std::this_thread::sleep_for(1ms);
+        }
+    }
 }
 
 void Session::drop(const std::string& path)

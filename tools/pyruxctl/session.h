@@ -71,9 +71,9 @@ public:
     /// The object whose events arrive at a slot, or null.
     const HostObject* listener(std::size_t slot) const;
 
-    /// Closes the objects of a device that has gone, as a host does that learns of it. They go on answering,
-    /// with -11.
-    void closeUnplugged(const std::string& path);
+    /// Waits until the library has closed the objects of a device that was pulled out. Throws Failure when it
+    /// does not.
+    void awaitClosed(const std::string& path);
 
     /// Stops listening to a device that has gone.
     void drop(const std::string& path);
