@@ -16,6 +16,8 @@ namespace {
 std::mutex mutex;
 std::condition_variable arrival;
 std::vector<std::string> collected;
+int captures = 0; // they share one handler: each handler would collect each text
+PVOID handler = nullptr;
 
 /// A debugger, for which the system raises an exception with the text's length and address, would see the
 /// same.
@@ -33,20 +35,21 @@ LONG CALLBACK takeText(EXCEPTION_POINTERS* pointers)
 
 } // namespace
 
-struct DebugCapture::State {
-    PVOID handler = nullptr;
-};
+struct DebugCapture::State {};
 
 DebugCapture::DebugCapture() : state(std::make_unique<State>())
 {
     const std::lock_guard lock(mutex);
     collected.clear();
-    state->handler = AddVectoredExceptionHandler(1, takeText);
+    if (captures++ == 0)
+        handler = AddVectoredExceptionHandler(1, takeText);
 }
 
 DebugCapture::~DebugCapture()
 {
-    RemoveVectoredExceptionHandler(state->handler);
+    const std::lock_guard lock(mutex);
+    if (--captures == 0)
+        RemoveVectoredExceptionHandler(handler);
 }
 
 std::vector<std::string> DebugCapture::texts()

@@ -18,8 +18,12 @@ std::string takeWritten(const std::string& path, std::size_t atLeast)
             else
                 pieces.push_back("[" + hex(report) + "]");
         }
-        if (enough || std::chrono::steady_clock::now() > deadline)
+        if (enough)
             return joined(pieces);
+        if (std::chrono::steady_clock::now() > deadline) {
+            ADD_FAILURE() << "no " << atLeast << " reports: " << joined(pieces);
+            return joined(pieces);
+        }
     }
 }
 
