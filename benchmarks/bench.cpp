@@ -5,6 +5,7 @@
 #include "devices/mice/rd210.h"
 #include "pyrux/pyrux.h"
 #include "simulator/bus.h"
+#include "transport/cmd_queue.h"
 #include "transport/usb_hid.h"
 
 #include <benchmark/benchmark.h>
@@ -97,6 +98,17 @@ void threadPerWrite(benchmark::State& state)
         std::thread([&] { hid_write(device, command.bytes().data(), Report::size); }).join();
 }
 
+/// A queue that sends meanwhile, at its fast pace.
+void queuePush(benchmark::State& state)
+{
+    usbHid channel(sim::plug(sim::makeFirmware("rd215")));
+    channel.open(usbHid::Mode::blocking);
+    CmdQueue queue;
+    queue.setChannel(&channel);
+    for (auto _ : state)
+        queue.push(0, command);
+}
+
 void refusedCall(benchmark::State& state)
 {
     PYRUX_RD210_Base& object = closedMouse();
@@ -166,6 +178,8 @@ void printRatios(std::map<std::string, double>& us)
     row("watched write", us["watchedWrite"], us["rawWrite"],
         verdict(us["watchedWrite"] * 3 <= us["threadPerWrite"], "a third of one with a thread"));
     row("write with a thread of its own", us["threadPerWrite"], us["rawWrite"], "-");
+    row("push of one report to a queue", us["queuePush"], us["rawWrite"],
+        verdict(us["queuePush"] <= 1, "at most 1 us"));
     row("host call refused, log off", us["refusedCall"], us["rawWrite"],
         verdict(us["refusedCall"] <= 0.1, "at most 0.1 us"));
     row("host call forwarded, log off", us["forwardedCall"], us["forwardedWork"],
@@ -186,6 +200,7 @@ int main(int count, char** arguments)
              {"hostExchange", hostExchange},
              {"watchedWrite", watchedWrite},
              {"threadPerWrite", threadPerWrite},
+             {"queuePush", queuePush},
              {"refusedCall", refusedCall},
              {"forwardedCall", forwardedCall},
              {"forwardedWork", forwardedWork},
