@@ -90,11 +90,14 @@ Program::~Program()
 
 Finished Program::run(const std::vector<std::string>& words, const std::string& input)
 {
-    const fs::path out = folder / "out", err = folder / "err";
+    // A file of its own for each run: what a program starts in the background may keep its streams open.
+    const std::string number = std::to_string(++runs);
+    const fs::path out = folder / ("out" + number), err = folder / ("err" + number);
     std::string command = quoted((pyrux::ctl::programFolder() / programName).string());
     for (const std::string& word : words)
         command += " " + quoted(word);
-    command += " <" + quoted(file("in", input)) + " >" + quoted(out.string()) + " 2>" + quoted(err.string());
+    command += " <" + quoted(file("in" + number, input)) + " >" + quoted(out.string()) + " 2>" +
+               quoted(err.string());
     const int status = std::system(shellCommand(command).c_str());
     return {exitCode(status), contentOf(out), contentOf(err)};
 }

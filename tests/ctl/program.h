@@ -33,6 +33,7 @@ public:
 
 private:
     std::filesystem::path folder;
+    int runs = 0;
     std::map<std::string, std::string> before; ///< Variables as they were.
 };
 
