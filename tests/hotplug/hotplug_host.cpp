@@ -43,8 +43,9 @@ void collect(HotplugEvent event)
 
 HotplugHost::HotplugHost()
 {
-    static auto& pipes = *new OwnPipes;
-    static_cast<void>(pipes);
+    // Kept to the end of the process, as the library's threads are; volatile, or the leak check would not
+    // find it.
+    [[maybe_unused]] static OwnPipes* volatile pipes = new OwnPipes;
     pyrux_background(1); // no control application is told
     pyrux_init();
     take();
