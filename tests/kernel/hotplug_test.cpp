@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cctype>
 #include <condition_variable>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <mutex>
@@ -183,6 +184,46 @@ TEST_F(Hotplug, opensADeviceByTheEventsPathAndByTheRecords)
     EXPECT_EQ(next->changeProfileId(1), E_OK);
     ASSERT_EQ(gadget.command("unplug"), "ok");
     EXPECT_EQ(namesOf(takeTold(1)), Names{"RD210-"});
+}
+
+/// The next lines, in any order, as far as the devices' paths.
+Names shownBy(Program& watch, int count)
+{
+    Names lines;
+    for (int i = 0; i < count; ++i) {
+        const std::string line = watch.line();
+        lines.insert(line.substr(0, line.find(" \\\\?\\HID#")));
+    }
+    return lines;
+}
+
+TEST_F(Hotplug, isShownByPyruxctl)
+{
+    Gadget gadget({"rd210"});
+    ASSERT_TRUE(gadget.line().starts_with("rd210 is"));
+    ASSERT_EQ(namesOf(takeTold(1)), Names{"RD210+"});
+    Program watch(PYRUXCTL, {"watch"});
+    ASSERT_TRUE(watch.errorLine().starts_with("watching rd210 ")); // and it listens
+    RawGadget keyboard("raw-keyboard", 1, 0x1006, {vendorCollections({0xFF00})});
+    RawGadget pad("raw-pad", 2, 0x0105, {vendorCollections({0xFF00, 0xFF01})});
+    ASSERT_TRUE(keyboard.plug() && pad.plug());
+    ASSERT_EQ(udev.waitForNodes(makerVid, "1006", 1).size(), 1U);
+    ASSERT_EQ(udev.waitForNodes(makerVid, "0105", 1).size(), 1U);
+    const auto there = Clock::now();
+    EXPECT_EQ(shownBy(watch, 3), (Names{"VK530: plugged in (3a7e:1006, driver ok, status ok)",
+                                        "PD110M: plugged in (3a7e:0105, driver ok, status ok)",
+                                        "PD110M: plugged in (3a7e:0105, driver ok, status ok)"}));
+    EXPECT_LT(Clock::now() - there, 500ms);
+    ASSERT_TRUE(pad.unplug() && keyboard.unplug());
+    EXPECT_EQ(shownBy(watch, 3), (Names{"VK530: unplugged (3a7e:1006, driver ok, status ok)",
+                                        "PD110M: unplugged (3a7e:0105, driver ok, status ok)",
+                                        "PD110M: unplugged (3a7e:0105, driver ok, status ok)"}));
+    ASSERT_EQ(gadget.command("unplug"), "ok");
+    EXPECT_EQ(shownBy(watch, 1), Names{"RD210: unplugged (3a7e:012f, driver ok, status ok)"});
+    watch.send(SIGINT);
+    EXPECT_EQ(watch.line(), "");
+    EXPECT_EQ(watch.wait(), 0);
+    takeTold(7);
 }
 
 /// PYRUX_SOAK_CYCLES says how often a device comes and goes while other threads use the library.
