@@ -29,7 +29,8 @@ _error Exchange::transact(const Report& command, std::span<const std::uint8_t> p
         const std::lock_guard lock(mutex);
         pending.push_back(&entry);
     }
-    channel.writeWatched(command.bytes()); // a lost command shows in the missing reply
+    channel.writeWatched(
+        command.bytes().first(rules.reportSize)); // a lost command shows in the missing reply
     std::unique_lock lock(mutex);
     entry.changed.wait_for(lock, rules.wait, [&] { return entry.answered || ended; });
     std::erase(pending, &entry);
