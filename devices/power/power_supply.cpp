@@ -129,7 +129,7 @@ PowerSupply::PowerSupply(const std::string& path, const SupplyTraits& traits, Cl
       reader(channel, {.reportSize = reportSize,
                        .survivedFailures = survivedFailures,
                        .failureText = traits.failureText,
-                       .logCategory = traits.model.logCategory})
+                       .logCategory = std::nullopt})
 {
     opened = channel.open(usbHid::Mode::blocking);
     if (opened)
