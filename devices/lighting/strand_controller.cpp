@@ -306,7 +306,7 @@ _error StrandController::setEffectCustomize(std::uint8_t zone, const StrandCusto
     const std::optional<std::size_t> bytes = customBytes(zone);
     if (!buffer || !bytes)
         return E_INVALID_SET;
-    const std::span colors(reinterpret_cast<const std::uint8_t*>(buffer->leds), *bytes);
+    const std::span<const std::uint8_t> colors = bytesOf(buffer->leds).first(*bytes);
     for (const Report& frame : customFrames(cmd::setCustom, zone, *bytes, colors)) {
         Reply reply;
         if (const _error result = customFrame(__func__, frame, reply))
@@ -324,7 +324,7 @@ _error StrandController::getEffectCustomize(std::uint8_t zone, StrandCustomBuffe
     for (const Report& frame : customFrames(cmd::getCustom, zone, *bytes, {}))
         if (const _error result = customFrame(__func__, frame, replies.emplace_back()))
             return result;
-    joinStream(customShape, replies, std::span(reinterpret_cast<std::uint8_t*>(buffer->leds), *bytes));
+    joinStream(customShape, replies, bytesOf(buffer->leds).first(*bytes));
     return E_OK;
 }
 
