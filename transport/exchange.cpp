@@ -31,7 +31,8 @@ _error Exchange::transact(const Report& command, std::span<const std::uint8_t> p
         const std::lock_guard lock(mutex);
         pending.push_back(&entry);
     }
-    channel.writeWatched(command.bytes()); // a lost command shows in the missing reply
+    // A lost command shows in the missing reply.
+    channel.writeWatched(command.bytes().first(rules.reportSize));
     if (turn) {
         lastWriteTick = clock.now();
         turn.unlock();

@@ -20,9 +20,10 @@ namespace pyrux {
 
 /// How a family of devices pairs commands with replies.
 struct ExchangeRules {
-    std::chrono::milliseconds wait{2000}; ///< Time for a reply, behind the write.
-    std::string_view timeoutText{};       ///< Logged when no reply comes; empty: nothing is.
-    int logCategory = 0;                  ///< Category of that line.
+    std::chrono::milliseconds wait{2000};  ///< Time for a reply, behind the write.
+    std::string_view timeoutText{};        ///< Logged when no reply comes; empty: nothing is.
+    int logCategory = 0;                   ///< Category of that line.
+    std::size_t reportSize = Report::size; ///< Bytes of a command that go out, the report id included.
     /// Deliberate where it is set: the count of equal bytes is not taken back between waiting commands, so
     /// that a match may begin in one and end in the next; a full match ends the pass.
     bool runningMatchCount = false;

@@ -49,12 +49,16 @@ namespace models_of {
 Model glow2();
 Model glow_hub();
 Model playdock();
+Model psuCtrl();
 Model rd110();
 Model rd210();
 Model rd215();
 Model rd230();
 Model rd240();
+Model strandhub();
+Model strandhubv2();
 Model tint_hub();
+Model voltgrid();
 } // namespace models_of
 
 } // namespace pyrux::ctl
