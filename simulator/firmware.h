@@ -56,6 +56,10 @@ public:
     /// The device gets power, as when it is plugged in: what it had not saved is lost.
     virtual void powerOn() {}
 
+    /// The device loses power, as when it is pulled out. When this returns, nothing comes from it by itself
+    /// any more. Not called inside `output`.
+    virtual void powerOff() {}
+
     /// Takes one output report: its payload, up to 64 bytes, without the report id.
     virtual void output(Bytes payload) = 0;
 

@@ -1,6 +1,7 @@
 #include "simulator/models.h"
 
 #include "simulator/models/led_mouse.h"
+#include "simulator/models/power_supply.h"
 #include "simulator/models/rd210.h"
 
 namespace pyrux::sim {
@@ -18,9 +19,23 @@ std::shared_ptr<Firmware> make()
     return std::make_shared<Type>();
 }
 
+/// One of the lines of PSUCTRL.
+template <std::size_t variant>
+std::shared_ptr<Firmware> makeLine()
+{
+    return std::make_shared<PsuCtrlFirmware>(variant);
+}
+
 constexpr Model models[]{
-    {"rd110", make<RD110Firmware>}, {"rd210", make<RD210Firmware>}, {"rd215", make<RD215Firmware>},
-    {"rd230", make<RD230Firmware>}, {"rd240", make<RD240Firmware>},
+    {"au_line_650_multi", makeLine<1>},  {"au_line_750_multi", makeLine<2>},
+    {"au_line_850_multi", makeLine<3>},  {"au_line_550_single", makeLine<4>},
+    {"au_line_650_single", makeLine<5>}, {"au_line_750_single", makeLine<6>},
+    {"au_line_850_single", makeLine<7>}, {"psuCtrl", makeLine<0>},
+    {"pt_line_650_multi", makeLine<9>},  {"pt_line_750_multi", makeLine<10>},
+    {"pt_line_850_multi", makeLine<11>}, {"rd110", make<RD110Firmware>},
+    {"rd210", make<RD210Firmware>},      {"rd215", make<RD215Firmware>},
+    {"rd230", make<RD230Firmware>},      {"rd240", make<RD240Firmware>},
+    {"silent_1300", makeLine<8>},        {"voltgrid", make<VoltgridFirmware>},
 };
 
 } // namespace

@@ -771,8 +771,16 @@ std::vector<std::string>& traced()
 
 TEST_F(StandinTest, isReachedByPlainFunctions)
 {
-    EXPECT_STREQ(pyrux_sim_models(), "rd110,rd210,rd215,rd230,rd240");
-    EXPECT_EQ(firmwareNames(), (std::vector<std::string>{"rd110", "rd210", "rd215", "rd230", "rd240"}));
+    EXPECT_STREQ(pyrux_sim_models(),
+                 "au_line_650_multi,au_line_750_multi,au_line_850_multi,au_line_550_single,au_line_650_"
+                 "single,au_line_750_single,au_line_850_single,psuCtrl,pt_line_650_multi,pt_line_750_multi,"
+                 "pt_line_850_multi,rd110,rd210,rd215,rd230,rd240,silent_1300,voltgrid");
+    EXPECT_EQ(firmwareNames(),
+              (std::vector<std::string>{"au_line_650_multi", "au_line_750_multi", "au_line_850_multi",
+                                        "au_line_550_single", "au_line_650_single", "au_line_750_single",
+                                        "au_line_850_single", "psuCtrl", "pt_line_650_multi",
+                                        "pt_line_750_multi", "pt_line_850_multi", "rd110", "rd210", "rd215",
+                                        "rd230", "rd240", "silent_1300", "voltgrid"}));
     EXPECT_EQ(makeFirmware("rd211"), nullptr);
 
     std::array<char, 1024> plugged{};
