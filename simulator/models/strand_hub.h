@@ -10,12 +10,12 @@
 #include <vector>
 
 /// @file
-/// Firmware models of the strand controllers STRANDHUB and STRANDHUBV2: three ports, each with a first-generation
-/// strand or a chain of up to five fans.
+/// Firmware models of the strand controllers STRANDHUB and STRANDHUBV2: three ports, each with a
+/// first-generation strand or a chain of up to five fans.
 ///
-/// Commands; bytes are payload bytes, counted from 0. M has bits 0 to 2 for the ports, S bits 0 to 4 for the fans of
-/// a chain; FF is all, S 0 the port itself. Each is answered: `80 command 03` with what is behind the arrow, or
-/// `80 command 04 code`. A question about several places is answered for the first one.
+/// Commands; bytes are payload bytes, counted from 0. M has bits 0 to 2 for the ports, S bits 0 to 4 for the
+/// fans of a chain; FF is all, S 0 the port itself. Each is answered: `80 command 03` with what is behind the
+/// arrow, or `80 command 04 code`. A question about several places is answered for the first one.
 ///
 ///     80 01 02 v            v 1 the host drives the lights, 0 the device does
 ///     80 03 02 M S effect speed A red green blue B
@@ -25,7 +25,8 @@
 ///     80 0C 01 M S          -> M S 0A and the entries of effects 0 to 6: effect, the six parameters, 0
 ///     81 0C 01 M S          -> M S and the entries of effects 7 to 9
 ///     80 06 02 port chain leds
-///                           size of a strand: port 0 to 2 or FF, 1 to 10 devices, 4 to 60 LEDs, 60 in all at most
+///                           size of a strand: port 0 to 2 or FF, 1 to 10 devices, 4 to 60 LEDs, 60 in all at
+///                           most
 ///     80 06 01 M            -> M chain leds
 ///     80 07 01 M            -> M count and the LEDs of each fan
 ///     80 0D 02 M (old new) x 5
@@ -33,21 +34,18 @@
 ///     80 B5 02 M .., 80 B5 01 -> ..: 32 bytes of the owner's, from byte 4 and 3 on
 ///     80 0A 02 M S          identify
 ///     80 B0 02              saves the working settings
-///     80 B1 02 v            factory settings, not saved: v 0 all, 1 effects and colors, 2 sizes, types and numbers
-///     80 B6 02              factory settings, saved
-///     80 B4 01              -> low high: version
-///     80 0B 02 M type       what hangs at a port: 1 a strand, 2 fans
-///     80 0B 01 M            -> M type
-///     80 B2 02 M            looks which fans are there. Else that is done only when power comes.
-///     80 C0 02 v, 80 C0 01  -> v: multilayer mode
-///     80 11 02 v 32, 80 11 01 -> v: overlay mode
-///     80 10 02 M .., 80 10 01 M -> M ..: 29 bytes of a port's overlay, from byte 4 on
-///     n 08 02 M S ..        custom colors, 59 bytes a report from byte 5 on; n counts from 0, with 80 in the last
-///     n 08 01 M S           -> M S and 59 bytes
-///     00 09 M S 3C | 01 09 | 82 09
+///     80 B1 02 v            factory settings, not saved: v 0 all, 1 effects and colors, 2 sizes, types and
+///     numbers 80 B6 02              factory settings, saved 80 B4 01              -> low high: version 80 0B
+///     02 M type       what hangs at a port: 1 a strand, 2 fans 80 0B 01 M            -> M type 80 B2 02 M
+///     looks which fans are there. Else that is done only when power comes. 80 C0 02 v, 80 C0 01  -> v:
+///     multilayer mode 80 11 02 v 32, 80 11 01 -> v: overlay mode 80 10 02 M .., 80 10 01 M -> M ..: 29 bytes
+///     of a port's overlay, from byte 4 on n 08 02 M S ..        custom colors, 59 bytes a report from byte 5
+///     on; n counts from 0, with 80 in the last n 08 01 M S           -> M S and 59 bytes 00 09 M S 3C | 01
+///     09 | 82 09
 ///                           a frame of 60 LEDs, from byte 5, 2 and 2 on. Not answered.
 ///
-/// What is written to a port itself is written to its fans too; a frame for the port itself runs through the chain.
+/// What is written to a port itself is written to its fans too; a frame for the port itself runs through the
+/// chain.
 ///
 /// Factory settings: fans at port 1, strands of 2 times 20 and 1 time 30 LEDs at ports 2 and 3; effect 0, a
 /// rainbow. Effect 9 shows the custom colors, the others their color. Three fans are plugged into port 1.
@@ -63,7 +61,14 @@ public:
     static constexpr std::uint16_t version = 0x0105;
 
     /// Codes of refusals.
-    enum Refusal : std::uint8_t { badPort = 1, badSubPort = 2, badEffect = 3, badSize = 4, badType = 5, badPart = 6 };
+    enum Refusal : std::uint8_t {
+        badPort = 1,
+        badSubPort = 2,
+        badEffect = 3,
+        badSize = 4,
+        badType = 5,
+        badPart = 6
+    };
 
     enum Type : std::uint8_t { strand = 1, fans = 2 };
 
@@ -107,7 +112,7 @@ public:
 
     Settings settings() const;
     Settings savedSettings() const;
-    bool driven() const;                          ///< The host drives the lights.
+    bool driven() const;                            ///< The host drives the lights.
     std::array<std::uint8_t, 2> identified() const; ///< M and S of the last identify since power-on.
 
 protected:
