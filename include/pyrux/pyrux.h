@@ -2,6 +2,9 @@
 
 #include "pyrux/error.h"
 #include "pyrux/export.h"
+#include "pyrux/glow_hub.h"
+#include "pyrux/glow_hub2.h"
+#include "pyrux/play_dock.h"
 #include "pyrux/psuctrl.h"
 #include "pyrux/rd110.h"
 #include "pyrux/rd210.h"
@@ -10,6 +13,7 @@
 #include "pyrux/rd240.h"
 #include "pyrux/records.h"
 #include "pyrux/strandhub.h"
+#include "pyrux/tint_hub.h"
 #include "pyrux/voltgrid.h"
 
 #include <cstdint>
@@ -110,6 +114,12 @@ PYRUX_API PYRUX_RD110_Base* rd110(const char* path);
 PYRUX_API PYRUX_RD215_Base* rd215(const char* path);
 PYRUX_API PYRUX_RD230_Base* rd230(const char* path);
 PYRUX_API PYRUX_RD240_Base* rd240(const char* path);
+
+/// Factories of the lighting controllers, likewise.
+PYRUX_API PYRUX_GLOW_Base* glow_hub(const char* path);
+PYRUX_API PYRUX_GLOW2_Base* glow2(const char* path);
+PYRUX_API PYRUX_TINT_Base* tint_hub(const char* path);
+PYRUX_API PYRUX_PLAY_DOCK_Base* playdock(const char* path);
 
 /// Factories of the power supplies, likewise. `psuCtrl` serves the whole series AU_LINE and PT_LINE, and
 /// SILENT_1300.

@@ -140,7 +140,8 @@ inline constexpr std::uint32_t strandAllZones = 255;
 /// when the channel closes while it waits. A null pointer or a value out of range gives E_INVALID_SET on a
 /// set and E_INVALID_GET on a get, before anything is sent. No reply in time gives E_INVALID_GET, on a set
 /// too. A device that refuses gives E_INVALID_GET, and its own code goes to the log: the operation's full
-/// name, ", error code = " and the code. A reply that does not fit gives -98. Outputs stay as they were then.
+/// name, ", error code = " and the code. A reply that does not fit gives E_WRONG_REPLY. Outputs stay as they
+/// were then.
 ///
 /// Time: requests go out at least 32 ms apart; each waits up to 1 s for its reply, and up to 1 s before that
 /// for a device that does not take it. Frames do not wait.
@@ -177,8 +178,7 @@ struct STRANDHUB_Operations : DEV_LIGHTING {
     /// @param zone  1 to 3: ports 1 to 3 themselves; 4 to 18: fans 1 to 5 of port 1, then of ports 2 and 3
     /// @return E_INVALID_GET also for an answer whose first byte is not that of the frame
     /// @note Wire: frames n 08 02 M S and up to 59 bytes of colours, in one stream; n counts from 0, with bit
-    ///       7 set in the last one. Each is answered before the next goes out; of the answer n is looked at,
-    ///       and whether P2 is 4.
+    ///       7 set in the last one. Each is a request of its own, answered before the next goes out.
     virtual _error setEffectCustomize(std::uint8_t zone, const StrandCustomBuffer* buffer) = 0;
 
     /// Slot 10. Reads the colours that slot 9 sets. LEDs behind those of the zone stay as they were.
