@@ -52,7 +52,8 @@ struct LightZone {
     bool operator==(const LightZone&) const = default;
 };
 
-/// What the LEDs of a device show at one moment, zone by zone. The zones and their LEDs are always the same.
+/// What the LEDs of a device show at one moment, zone by zone. The zones and their LEDs stay the same until
+/// something is plugged into the device, or it is told what is.
 using Picture = std::vector<LightZone>;
 
 /// Base of the firmware models. The calls to `output` come one at a time; `emit` may be used inside them and,
@@ -71,6 +72,10 @@ public:
 
     /// The device gets power, as when it is plugged in: what it had not saved is lost.
     virtual void powerOn() {}
+
+    /// The device loses power, as when it is pulled out. When this returns, nothing comes from it by itself
+    /// any more. Not called inside `output`.
+    virtual void powerOff() {}
 
     /// Takes one output report: its payload, up to 64 bytes, without the report id.
     virtual void output(Bytes payload) = 0;
