@@ -188,7 +188,7 @@ Exit monitor(Session& session, const Command& command)
     console::catchInterrupt();
     Drawing drawing;
     const auto end = endOf(command, Clock::time_point::max());
-    auto next = Clock::now();
+    auto next = Clock::now() + measureTime; // a device that tells by itself has told by then
     for (unsigned shown = 0; !command.count || shown < *command.count; ++shown) {
         if (next > end || !console::sleepUntil(next))
             break;

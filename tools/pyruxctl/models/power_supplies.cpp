@@ -73,6 +73,8 @@ std::vector<Operation> supplyOperations()
     };
 }
 
+const std::vector<std::string_view> measurements{"getInput", "getOutput", "getThermal"};
+
 } // namespace
 
 Model models_of::voltgrid()
@@ -85,6 +87,7 @@ Model models_of::voltgrid()
         .events = {},
         .operations = supplyOperations<Interface>(),
         .calls = supplyCalls<Interface>(),
+        .monitored = measurements,
     };
 }
 
@@ -111,6 +114,7 @@ Model models_of::psuCtrl()
         .events = {},
         .operations = std::move(operations),
         .calls = supplyCalls<Interface>(),
+        .monitored = measurements,
     };
 }
 
