@@ -16,12 +16,6 @@ struct Layout<ArgbEffectParam> {
 };
 
 template <>
-struct Layout<RgbColor> {
-    using R = RgbColor;
-    static constexpr Field fields[]{FIELD(red), FIELD(green), FIELD(blue)};
-};
-
-template <>
 struct Layout<ArgbCustomBuffer> {
     using R = ArgbCustomBuffer;
     static constexpr Field fields[]{FIELD(leds)};
