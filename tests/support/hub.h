@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/support/mouse.h"
+#include "tests/support/waiting_test.h"
 
 #include <gtest/gtest.h>
 
@@ -208,6 +209,16 @@ public:
         return joined(all);
     }
 };
+
+/// Runs a scenario for each model, all at once: `scenario` is called with the model as its template argument.
+template <class... Models, class Scenario>
+void forModels(testing::Types<Models...>, Scenario scenario)
+{
+    together({[&] {
+        SCOPED_TRACE(Models::tag);
+        scenario.template operator()<Models>();
+    }...});
+}
 
 /// A log line of a model's host object.
 template <class Model>

@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <functional>
+#include <vector>
 
 namespace pyrux::test {
 namespace {
@@ -287,23 +289,36 @@ WAITING_TEST(GlowHubMissingReply, ofTheStateCountsAsNotDriven)
     EXPECT_EQ(hub.written(), "80 01 05 03 | 80 0B 01 02");
 }
 
-WAITING_TEST(GlowHubMissingReply, leavesTheRecordAsItWas)
+/// An operation whose reply does not come, with its output in six bytes.
+struct Missing {
+    const char* silent;
+    std::function<_error(PYRUX_GLOW_Base*, std::uint8_t*)> ask;
+    const char* after; ///< Where not all stays as it was.
+};
+
+WAITING_TEST(GlowHubMissingReply, leavesTheOutputsAsTheyWere)
 {
-    HubOf<GlowHubModel> hub;
-    hub.device->silence("80 0B");
-    auto ports = recordOf<Effect>("02 E1 E2 E3 E4 E5 E6 E7");
-    auto strip = recordOf<Effect>("02 E1 E2 E3 E4 E5 E6 E7");
-    std::uint8_t a = 0xE1, b = 0xE2, layer = 0xE3;
-    std::array<std::uint8_t, 33> owner{};
-    together({[&] { EXPECT_EQ(hub->getEffectParameter(&ports), E_INVALID_GET); },
-              [&] { EXPECT_EQ(hub->getRgbLightingEffectParameter(&strip), E_INVALID_GET); },
-              [&] { EXPECT_EQ(hub->getLEDSize(1, &a, &b), E_INVALID_GET); },
-              [&] { EXPECT_EQ(hub->getUID(owner.data()), E_INVALID_GET); },
-              [&] { EXPECT_EQ(hub->getMultilayerMode(&layer), E_INVALID_GET); }});
-    EXPECT_EQ(bytesOf(ports), "01 E1 E2 E3 E4 E5 E6 E7"); // but for the port
-    EXPECT_EQ(bytesOf(strip), "02 E1 E2 E3 E4 E5 E6 E7");
-    EXPECT_EQ(hex(std::array{a, b, layer}), "E1 E2 E3");
-    EXPECT_EQ(owner, (std::array<std::uint8_t, 33>{}));
+    using Base = PYRUX_GLOW_Base;
+    const auto effect = [](std::uint8_t* at) { return reinterpret_cast<Effect*>(at); };
+    const std::vector<Missing> cases{
+        {"80 0B 01", [=](Base* host, std::uint8_t* at) { return host->getEffectParameter(effect(at)); },
+         "01 E1 E2 E3 E4 E5 E6 E7"},
+        {"80 0A 01",
+         [=](Base* host, std::uint8_t* at) { return host->getRgbLightingEffectParameter(effect(at)); }, ""},
+        {"80 0D 01", [](Base* host, std::uint8_t* at) { return host->getLEDSize(1, at, at + 1); }, ""},
+        {"80 0C 01", [](Base* host, std::uint8_t* at) { return host->getUID(at); }, ""},
+        {"80 17 01", [](Base* host, std::uint8_t* at) { return host->getMultilayerMode(at); }, ""},
+    };
+    std::vector<std::function<void()>> scenarios;
+    for (const Missing& one : cases)
+        scenarios.emplace_back([one] {
+            HubOf<GlowHubModel> hub;
+            hub.device->silence(one.silent);
+            ByteVector output = bytes("02 E1 E2 E3 E4 E5 E6 E7");
+            EXPECT_EQ(one.ask(hub.host, output.data()), E_INVALID_GET) << one.silent;
+            EXPECT_EQ(hex(output), *one.after ? one.after : "02 E1 E2 E3 E4 E5 E6 E7") << one.silent;
+        });
+    together(scenarios);
 }
 
 } // namespace

@@ -87,12 +87,12 @@ TEST(GlowHubSettings, areSavedAndRestored)
 TEST(GlowHubSettings, tellTheVersion)
 {
     Hub hub;
-    hub.device->answer("80 14", "80 14 03 CD AB 99");
+    hub.device->answer("80 14 01", "80 14 03 CD AB 99");
     std::uint16_t version = 0;
     EXPECT_EQ(hub->getVersion(&version), E_OK);
     EXPECT_EQ(version, 0xABCD);
     EXPECT_EQ(hub.written(), "80 14 01");
-    hub.device->answer("80 14", "80 14 04 01 02");
+    hub.device->answer("80 14 01", "80 14 04 01 02");
     EXPECT_EQ(hub->getVersion(&version), E_OK); // the wait's result, the output as it was
     EXPECT_EQ(version, 0xABCD);
     EXPECT_EQ(hub->getVersion(nullptr), E_INVALID_GET);
