@@ -1,6 +1,7 @@
 #include "transport/exchange.h"
 
 #include "core/log.h"
+#include "transport/brief_look.h"
 
 #include <algorithm>
 #include <condition_variable>
@@ -11,7 +12,7 @@ namespace pyrux {
 struct Exchange::Pending {
     std::span<const std::uint8_t> pattern;
     Reply* reply;
-    bool answered = false;
+    std::atomic<bool> answered{false};
     std::condition_variable changed{};
 };
 
@@ -36,6 +37,7 @@ _error Exchange::transact(const Report& command, std::span<const std::uint8_t> p
         lastWriteTick = clock.now();
         turn.unlock();
     }
+    lookBriefly([&] { return entry.answered || ended; });
     std::unique_lock lock(mutex);
     entry.changed.wait_for(lock, rules.wait, [&] { return entry.answered || ended; });
     std::erase(pending, &entry);

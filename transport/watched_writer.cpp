@@ -1,5 +1,7 @@
 #include "transport/watched_writer.h"
 
+#include "transport/brief_look.h"
+
 #include <atomic>
 #include <condition_variable>
 #include <system_error>
@@ -36,6 +38,9 @@ public:
         bytes.assign(report.begin(), report.end());
         state = State::full;
         changed.notify_all();
+        lock.unlock();
+        lookBriefly([&] { return state == State::empty; });
+        lock.lock();
         if (changed.wait_for(lock, limit, [&] { return state == State::empty; }))
             return true;
         ending = true;
@@ -80,6 +85,9 @@ private:
             if (ending)
                 break;
             changed.notify_all();
+            lock.unlock();
+            lookBriefly([&] { return state == State::full || ending; });
+            lock.lock();
         }
         state = State::ended;
         changed.notify_all();
@@ -87,8 +95,8 @@ private:
 
     std::mutex mutex;
     std::condition_variable changed;
-    State state = State::empty;
-    bool ending = false;
+    std::atomic<State> state{State::empty};
+    std::atomic<bool> ending{false};
     std::shared_ptr<HidHandle> handle;
     std::vector<std::uint8_t> bytes;
     std::thread thread;

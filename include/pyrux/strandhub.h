@@ -130,8 +130,8 @@ inline constexpr std::uint32_t strandAllZones = 255;
 /// first other one that is none of these ends the walk, with E_OK. Slot 3 takes digits 7 to 9 too, for which
 /// M is FF and S 0; other zones are skipped, and so are LEDs from 60 on. A frame has 60 LEDs. Each zone has a
 /// lane of the queue, sub-port + 6 (port - 1); a number outside 0 to 20, as that of zone 255, means lane 0.
-/// Nothing paces the queue. Slots 0 and 1 give E_NOT_OPEN for a closed channel and E_WRITE_TIMEOUT for a
-/// device that does not take their report.
+/// Nothing paces the queue. Slots 0, 1 and 4 give E_OK: what becomes of their reports shows in the
+/// next request.
 /// Wire of a frame: 00 09 M S 3C and 59 bytes, 01 09 and 62 bytes, 82 09 and 59 bytes: red green blue of each
 /// LED in one stream. Slot 0: 80 01 02 01, then slot 4; slot 1: 80 01 02 00; slot 4: black frames for zones
 /// 10 to 15, 20 to 25 and 30 to 35.

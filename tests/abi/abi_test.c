@@ -2,17 +2,28 @@
    no header of the library, no import of it. Arguments: the library, the stand-in for hidapi with its
    simulated devices. */
 
+#include <ctype.h>
 #include <stdint.h>
 #include <stdio.h>
 #include <string.h>
 
 #ifdef _WIN32
 #include <windows.h>
+typedef HANDLE Signal;
+#define MAKE_SIGNAL(signal) ((signal = CreateSemaphoreA(NULL, 0, 9, NULL)) ? 0 : -1)
+#define GIVE_SIGNAL(signal) ReleaseSemaphore(signal, 1, NULL)
+#define AWAIT_SIGNAL(signal) ((int)WaitForSingleObject(signal, 10000))
 typedef HMODULE Library;
 #define OPEN_LIBRARY(file) LoadLibraryA(file)
 #define FIND(library, name) ((void*)(intptr_t)GetProcAddress(library, name))
 #else
 #include <dlfcn.h>
+#include <semaphore.h>
+#include <time.h>
+typedef sem_t Signal;
+#define MAKE_SIGNAL(signal) sem_init(&signal, 0, 0)
+#define GIVE_SIGNAL(signal) sem_post(&signal)
+#define AWAIT_SIGNAL(signal) awaitSignal(&signal)
 typedef void* Library;
 #define OPEN_LIBRARY(file) dlopen(file, RTLD_NOW | RTLD_LOCAL)
 #define FIND(library, name) dlsym(library, name)
@@ -46,6 +57,73 @@ static void onEvent(void* record)
     memcpy(&lastEvent, record, 4);
     memcpy(&lastValue, (char*)record + 4, 2);
     ++events;
+}
+
+/* What the callback for devices that come and go is given, by value. */
+struct Plugged {
+    uint8_t bytes[1074];
+};
+
+static Signal plugs;
+static struct Plugged lastPlug;
+
+static void onPlug(struct Plugged plugged)
+{
+    lastPlug = plugged;
+    GIVE_SIGNAL(plugs);
+}
+
+#ifndef _WIN32
+static int awaitSignal(Signal* signal)
+{
+    struct timespec end;
+    clock_gettime(CLOCK_REALTIME, &end);
+    end.tv_sec += 10;
+    return sem_timedwait(signal, &end);
+}
+#endif
+
+/* Writes a text and the zeros behind it, each letter changed by `form`; gives the place behind the field. */
+static uint8_t* putText(uint8_t* at, size_t size, const char* text, int (*form)(int))
+{
+    size_t i;
+    memset(at, 0, size);
+    for (i = 0; text[i]; ++i)
+        at[i] = (uint8_t)form((unsigned char)text[i]);
+    return at + size;
+}
+
+static int asItIs(int letter)
+{
+    return letter;
+}
+
+/* The whole record of an attached RD210, and not a byte more. */
+static void record(int32_t (*devInfo)(void*), const char* path)
+{
+    static const uint8_t end[] = {0x03, 0x01, 0x2F, 0x01, 0x7E, 0x3A, 1, 0, 0, 0, 1, 0, 0, 0, 0xEE};
+    static uint8_t expected[2574 + 1];
+    static uint8_t found[sizeof expected];
+    uint8_t* at = putText(expected, 1024, path, tolower);
+    at = putText(at, 512, "RD210-000001", asItIs);
+    at = putText(at, 512, "RD210", asItIs);
+    at = putText(at, 512, "Tessel Works", asItIs);
+    memcpy(at, end, sizeof end);
+    memset(found, 0xEE, sizeof found);
+    EXPECT(devInfo(found) == 1);
+    EXPECT(memcmp(found, expected, sizeof expected) == 0);
+}
+
+/* The next event, which must be of an RD210 that has come or gone. */
+static void plug210(const char* path, uint8_t plugged)
+{
+    const uint8_t end[] = {0x7E, 0x3A, 0, 0, 0x2F, 0x01, 0, 0, plugged, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0};
+    uint8_t expected[1074];
+    uint8_t* at = putText(expected, 30, "RD210", asItIs);
+    at = putText(at, 1024, path, toupper);
+    memcpy(at, end, sizeof end);
+    EXPECT(AWAIT_SIGNAL(plugs) == 0);
+    EXPECT(memcmp(lastPlug.bytes, expected, sizeof expected) == 0);
 }
 
 static void put16(uint8_t* at, unsigned value)
@@ -203,10 +281,12 @@ int main(int argc, char** argv)
     uint32_t (*background)(uint8_t) = (uint32_t(*)(uint8_t))find(library, "pyrux_background");
     int32_t (*devNums)(void) = (int32_t(*)(void))find(library, "devNums");
     int32_t (*devInfo)(void*) = (int32_t(*)(void*))find(library, "devInfo");
+    int32_t (*registerDevNotify)(void (*)(struct Plugged)) =
+        (int32_t(*)(void (*)(struct Plugged)))find(library, "registerDevNotify");
     void* (*rd210)(const char*) = (void* (*)(const char*))find(library, "rd210");
     void (*print)(const char*, ...) = (void (*)(const char*, ...))find(library, "dprintf");
     if (!plug || !unplug || !happen || !version || !init || !finish || !background || !devNums || !devInfo ||
-        !rd210 || !print)
+        !registerDevNotify || !rd210 || !print)
         return 2;
 
     float number = 0;
@@ -216,22 +296,21 @@ int main(int argc, char** argv)
     print("a host of %d parts", 2);
 
     static char path[1024];
-    static unsigned char record[2574 + 1];
+    EXPECT(MAKE_SIGNAL(plugs) == 0);
+    EXPECT(registerDevNotify(onPlug) == 0);
     EXPECT(devNums() == 0);
     EXPECT(plug("rd210", path) == 0);
+    plug210(path, 1);
     EXPECT(devNums() == 1);
-    memset(record, 0xEE, sizeof record);
-    EXPECT(devInfo(record) == 1);
-    EXPECT(get16(record + 2562) == 0x012F && get16(record + 2564) == 0x3A7E);
-    EXPECT(record[2566] == 1 && record[2570] == 1 && record[2574] == 0xEE);
+    record(devInfo, path);
 
     EXPECT(rd210("") == NULL);
-    void* mouse = rd210((const char*)record);
+    void* mouse = rd210(path);
     if (!mouse) {
-        printf("no object for %s\n", record);
+        printf("no object for %s\n", path);
         return 2;
     }
-    EXPECT(rd210((const char*)record) == mouse);
+    EXPECT(rd210(path) == mouse);
     profiles(mouse);
     keys(mouse);
     combo(mouse);
@@ -257,6 +336,7 @@ int main(int argc, char** argv)
     EXPECT(events == 2);
 
     EXPECT(unplug(path) == 0);
+    plug210(path, 0);
     EXPECT(SLOT(mouse, 24, int)(mouse, 1) == 0); /* exit_device */
     EXPECT(SLOT(mouse, 24, int)(mouse, 1) == 0);
     EXPECT(SLOT(mouse, 16, int)(mouse, 1) == -11);

@@ -6,11 +6,15 @@
 #include <atomic>
 #include <cctype>
 #include <condition_variable>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <mutex>
 #include <set>
 #include <string>
+#include <sys/socket.h>
+#include <sys/stat.h>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -38,11 +42,20 @@ struct Told {
 std::mutex toldMutex;
 std::condition_variable toldChanged;
 std::vector<Told> told;
+bool heldUp = false; ///< The callback does not return.
 
 void callback(HotplugEvent event)
 {
-    const std::lock_guard lock(toldMutex);
+    std::unique_lock lock(toldMutex);
     told.push_back({event.name, event.path, event.plugged == 1, Clock::now()});
+    toldChanged.notify_all();
+    toldChanged.wait(lock, [] { return !heldUp; });
+}
+
+void holdUp(bool held)
+{
+    const std::lock_guard lock(toldMutex);
+    heldUp = held;
     toldChanged.notify_all();
 }
 
@@ -80,6 +93,39 @@ std::vector<std::string> listedPaths()
 int openFiles()
 {
     return int(std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
+}
+
+/// The socket on which the library hears of devices: the one that it has given 8 MiB of buffer, which the
+/// kernel doubles.
+int monitorSocket()
+{
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        const int file = std::stoi(entry.path().filename());
+        int domain = 0;
+        int size = 0;
+        socklen_t length = sizeof(int);
+        if (getsockopt(file, SOL_SOCKET, SO_DOMAIN, &domain, &length) == 0 && domain == AF_NETLINK &&
+            getsockopt(file, SOL_SOCKET, SO_RCVBUF, &size, &length) == 0 && size == 16 * 1024 * 1024)
+            return file;
+    }
+    return -1;
+}
+
+/// How many messages the kernel had no room for.
+unsigned long droppedBy(int netlinkSocket)
+{
+    struct stat file {};
+    fstat(netlinkSocket, &file);
+    std::ifstream table("/proc/net/netlink");
+    std::string heading;
+    std::getline(table, heading);
+    std::string address;
+    unsigned long protocol, port, groups, read, write, dump, locks, drops, inode;
+    while (table >> address >> protocol >> port >> std::hex >> groups >> std::dec >> read >> write >> dump >>
+           locks >> drops >> inode)
+        if (inode == file.st_ino)
+            return drops;
+    return 0;
 }
 
 class Hotplug : public testing::Test {
@@ -183,6 +229,75 @@ TEST_F(Hotplug, opensADeviceByTheEventsPathAndByTheRecords)
     EXPECT_EQ(next->changeProfileId(1), E_OK);
     ASSERT_EQ(gadget.command("unplug"), "ok");
     EXPECT_EQ(namesOf(takeTold(1)), Names{"RD210-"});
+}
+
+TEST_F(Hotplug, findsWhatCameAndWentWhileEventsWereLost)
+{
+    RawGadget keyboard("raw-keyboard", 1, 0x1006, {vendorCollections({0xFF00})});
+    RawGadget mouse("raw-mouse", 0, 0x012F, {vendorCollections({0xFF01}), vendorCollections({0xFF00})});
+    RawGadget pad("raw-pad", 2, 0x0105, {vendorCollections({0xFF00, 0xFF01})});
+    ASSERT_TRUE(keyboard.plug());
+    ASSERT_EQ(namesOf(takeTold(1)), Names{"VK530+"});
+    const int monitor = monitorSocket();
+    ASSERT_GE(monitor, 0);
+    const int least = 1;
+    ASSERT_EQ(setsockopt(monitor, SOL_SOCKET, SO_RCVBUF, &least, sizeof least), 0);
+    holdUp(true);
+    ASSERT_TRUE(mouse.plug());
+    ASSERT_EQ(namesOf(takeTold(1)), Names{"RD210+"}); // and the callback keeps the library's thread
+    ASSERT_TRUE(keyboard.unplug());
+    ASSERT_TRUE(udev.waitForNodes(makerVid, "1006", 0).empty());
+    ASSERT_TRUE(pad.plug());
+    ASSERT_EQ(udev.waitForNodes(makerVid, "0105", 1).size(), 1U);
+    ASSERT_TRUE(mouse.unplug());
+    ASSERT_TRUE(udev.waitForNodes(makerVid, "012f", 0).empty());
+    EXPECT_GT(droppedBy(monitor), 0U);
+    const int room = 8 * 1024 * 1024;
+    ASSERT_EQ(setsockopt(monitor, SOL_SOCKET, SO_RCVBUFFORCE, &room, sizeof room), 0);
+    holdUp(false);
+    EXPECT_EQ(namesOf(takeTold(4)), (Names{"VK530-", "RD210-", "PD110M+", "PD110M+"}));
+    ASSERT_TRUE(pad.unplug());
+    EXPECT_EQ(namesOf(takeTold(2)), (Names{"PD110M-", "PD110M-"}));
+}
+
+/// The next lines, in any order, as far as the devices' paths.
+Names shownBy(Program& watch, int count)
+{
+    Names lines;
+    for (int i = 0; i < count; ++i) {
+        const std::string line = watch.line();
+        lines.insert(line.substr(0, line.find(" \\\\?\\HID#")));
+    }
+    return lines;
+}
+
+TEST_F(Hotplug, isShownByPyruxctl)
+{
+    Gadget gadget({"rd210"});
+    ASSERT_TRUE(gadget.line().starts_with("rd210 is"));
+    ASSERT_EQ(namesOf(takeTold(1)), Names{"RD210+"});
+    Program watch(PYRUXCTL, {"watch"});
+    ASSERT_TRUE(watch.errorLine().starts_with("watching rd210 ")); // and it listens
+    RawGadget keyboard("raw-keyboard", 1, 0x1006, {vendorCollections({0xFF00})});
+    RawGadget pad("raw-pad", 2, 0x0105, {vendorCollections({0xFF00, 0xFF01})});
+    ASSERT_TRUE(keyboard.plug() && pad.plug());
+    ASSERT_EQ(udev.waitForNodes(makerVid, "1006", 1).size(), 1U);
+    ASSERT_EQ(udev.waitForNodes(makerVid, "0105", 1).size(), 1U);
+    const auto there = Clock::now();
+    EXPECT_EQ(shownBy(watch, 3), (Names{"VK530: plugged in (3a7e:1006, driver ok, status ok)",
+                                        "PD110M: plugged in (3a7e:0105, driver ok, status ok)",
+                                        "PD110M: plugged in (3a7e:0105, driver ok, status ok)"}));
+    EXPECT_LT(Clock::now() - there, 500ms);
+    ASSERT_TRUE(pad.unplug() && keyboard.unplug());
+    EXPECT_EQ(shownBy(watch, 3), (Names{"VK530: unplugged (3a7e:1006, driver ok, status ok)",
+                                        "PD110M: unplugged (3a7e:0105, driver ok, status ok)",
+                                        "PD110M: unplugged (3a7e:0105, driver ok, status ok)"}));
+    ASSERT_EQ(gadget.command("unplug"), "ok");
+    EXPECT_EQ(shownBy(watch, 1), Names{"RD210: unplugged (3a7e:012f, driver ok, status ok)"});
+    watch.send(SIGINT);
+    EXPECT_EQ(watch.line(), "");
+    EXPECT_EQ(watch.wait(), 0);
+    takeTold(7);
 }
 
 /// PYRUX_SOAK_CYCLES says how often a device comes and goes while other threads use the library.

@@ -21,34 +21,42 @@ std::filesystem::path thisProgram()
     return name;
 }
 
+namespace {
+
+/// A new file, which goes with the last handle to it. Programs that are started get a handle of their own.
+HANDLE temporaryFile()
+{
+    char folder[MAX_PATH] = {};
+    char name[MAX_PATH] = {};
+    GetTempPathA(MAX_PATH, folder);
+    GetTempFileNameA(folder, "run", 0, name);
+    SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+    return CreateFileA(name, GENERIC_READ | GENERIC_WRITE,
+                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, &inheritable, CREATE_ALWAYS,
+                       FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+}
+
+} // namespace
+
+// The output goes through a file, not a pipe: the first window of a session starts a program of the system's
+// that inherits the program's handles and lives as long as this one, so that a pipe would never end.
 Ended run(const std::filesystem::path& program, const std::vector<std::string>& arguments)
 {
-    SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-    HANDLE from = nullptr;
-    HANDLE to = nullptr;
-    if (!CreatePipe(&from, &to, &inheritable, 0))
+    const HANDLE file = temporaryFile();
+    if (file == INVALID_HANDLE_VALUE)
         return {};
-    SetHandleInformation(from, HANDLE_FLAG_INHERIT, 0);
     STARTUPINFOA start{};
     start.cb = sizeof start;
     start.dwFlags = STARTF_USESTDHANDLES;
     start.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
-    start.hStdOutput = to;
-    start.hStdError = to;
+    start.hStdOutput = file;
+    start.hStdError = file;
     std::string line = "\"" + program.string() + "\"";
     for (const std::string& argument : arguments)
         line += " \"" + argument + "\"";
     PROCESS_INFORMATION process{};
-    const BOOL started =
-        CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process);
-    CloseHandle(to);
     Ended ended;
-    char buffer[4096];
-    DWORD length = 0;
-    while (ReadFile(from, buffer, sizeof buffer, &length, nullptr) && length > 0)
-        ended.output.append(buffer, length);
-    CloseHandle(from);
-    if (started) {
+    if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process)) {
         DWORD code = 0;
         WaitForSingleObject(process.hProcess, INFINITE);
         GetExitCodeProcess(process.hProcess, &code);
@@ -56,6 +64,12 @@ Ended run(const std::filesystem::path& program, const std::vector<std::string>& 
         CloseHandle(process.hProcess);
         CloseHandle(process.hThread);
     }
+    SetFilePointer(file, 0, nullptr, FILE_BEGIN);
+    char buffer[4096];
+    DWORD length = 0;
+    while (ReadFile(file, buffer, sizeof buffer, &length, nullptr) && length > 0)
+        ended.output.append(buffer, length);
+    CloseHandle(file);
     return ended;
 }
 

@@ -49,6 +49,25 @@ inline std::vector<LightingLedZone> zonesOf(const LedFrame& frame)
     return zones;
 }
 
+template <std::size_t zones>
+struct Layout<LightingPortColorOf<zones>> {
+    using R = LightingPortColorOf<zones>;
+    static constexpr Field fields[]{FIELD(zone), FIELD(red), FIELD(green), FIELD(blue)};
+};
+
+/// `setLightingPortColor`, whose record does not tell how many zones it has.
+/// @tparam Record  the one that the device takes
+template <class Interface, class Record>
+Operation portColorOperation()
+{
+    return {"setLightingPortColor",
+            {{"color", Direction::in, &typeOf<Record>, {}}},
+            [](void* host, std::byte* const* memory) {
+                const auto* color = reinterpret_cast<const Record*>(memory[0]);
+                return std::int32_t(static_cast<Interface*>(host)->setLightingPortColor(color));
+            }};
+}
+
 /// `setSyncLightingData`, whose vector no row of bytes can stand for.
 template <class Interface>
 Operation ledFrameOperation()

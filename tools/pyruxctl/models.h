@@ -45,11 +45,15 @@ const Model* findModel(std::uint32_t vid, std::uint32_t pid);
 std::string_view findName(std::uint32_t vid, std::uint32_t pid);
 
 namespace models_of {
+Model psuCtrl();
 Model rd110();
 Model rd210();
 Model rd215();
 Model rd230();
 Model rd240();
+Model strandhub();
+Model strandhubv2();
+Model voltgrid();
 } // namespace models_of
 
 } // namespace pyrux::ctl
