@@ -289,6 +289,29 @@ TYPED_TEST(PsuSettings, areToldToSeveralAtOnce)
     other.join();
 }
 
+/// Deliberately so: the count of equal bytes goes on from one waiting question to the next, so that a report
+/// which shares one byte with each of two satisfies the second.
+TYPED_TEST(PsuSettings, mayBeSatisfiedByAReportThatFitsHalfOfTwoQuestions)
+{
+    this->supply.answer("[MQ]", "");
+    this->supply.answer("[OQ]", "");
+    typename TypeParam::Fan fan{};
+    std::thread first([&] { EXPECT_EQ(this->supply->getFan(fan), E_OK); });
+    EXPECT_TRUE(this->supply.device->awaitCommands(ascii("[MQ]")));
+    std::uint8_t mode = 0xEE;
+    std::thread second([&] { EXPECT_EQ(this->supply->getMultiRail(&mode), E_OK); });
+    EXPECT_TRUE(this->supply.device->awaitCommands(ascii("[OQ]")));
+    this->supply.device->send(ascii("[V1230.5]"));
+    second.join();
+    EXPECT_EQ(mode, 1); // a malformed reply
+    this->supply.device->send(ascii("[M2]"));
+    first.join();
+    EXPECT_EQ(fan.mode, 2);
+    PsuInput input{};
+    EXPECT_EQ(this->supply->getInput(input), E_OK);
+    EXPECT_EQ(input.voltage, 0.0F); // the report was taken as the reply
+}
+
 template <class Model>
 struct Stalls {
     void operator()() const
