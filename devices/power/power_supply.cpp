@@ -345,9 +345,8 @@ _error PowerSupply::writeCurve(const VoltgridFan& fan)
 
 _error PowerSupply::ask(const Report& command, std::string_view pattern, Reply& reply)
 {
-    std::array<std::uint8_t, 3> bytes{};
-    std::ranges::copy(pattern, bytes.begin());
-    return exchange.transact(command, std::span(bytes).first(pattern.size()), reply);
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(pattern.data());
+    return exchange.transact(command, std::span(bytes, pattern.size()), reply);
 }
 
 _error PowerSupply::write(std::string_view text, std::initializer_list<int> digits)
