@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/support/mouse.h"
+#include "tests/support/strand.h"
 #include "tests/support/waiting_test.h"
 
 #include <gtest/gtest.h>
@@ -149,7 +150,9 @@ struct PlayDockModel {
     }
 };
 
-using HubModels = testing::Types<GlowHubModel, GlowHub2Model, TintHubModel, PlayDockModel>;
+using HubModels = testing::Types<GlowHubModel, GlowHub2Model, TintHubModel, PlayDockModel, StrandHubModel,
+                                 StrandHubV2Model>;
+using StrandModels = testing::Types<StrandHubModel, StrandHubV2Model>;
 using NotifyingHubModels = testing::Types<GlowHubModel, GlowHub2Model, PlayDockModel>;
 
 struct HubModelName {

@@ -118,7 +118,7 @@ TEST(HubMissingReply, isWaitedForSoLongAndNoLonger)
         EXPECT_LT(fastestOf(2, [&] { return askInVain(hub); }), Model::replyMs + 450);
     });
     const Lines lines = debugLines();
-    for (const char* tag : {"GLOWHUB", "GLOWHUB2", "TINTHUB", "PLAY_DOCK"})
+    for (const char* tag : {"GLOWHUB", "GLOWHUB2", "TINTHUB", "PLAY_DOCK", "STRANDHUB", "STRANDHUBV2"})
         EXPECT_EQ(std::ranges::count(lines, std::string("[PYRUX][") + tag + "]cannot receive"), 2) << tag;
 }
 
@@ -225,9 +225,20 @@ struct PlayDockSecond : PlayDockModel {
 };
 
 template <class Model>
+struct StrandSecond : Model {
+    static constexpr const char* secondQuestion = "80 C0 01";
+    static constexpr _error stray = _error(-98);
+    static _error askSecond(STRANDHUB_Operations* host, std::uint8_t* value)
+    {
+        return host->getMultilayerMode(value);
+    }
+};
+
+template <class Model>
 class HubRunningCount : public HubReplies<Model> {
 };
-using SecondModels = testing::Types<GlowHubSecond, GlowHub2Second, PlayDockSecond>;
+using SecondModels = testing::Types<GlowHubSecond, GlowHub2Second, PlayDockSecond,
+                                    StrandSecond<StrandHubModel>, StrandSecond<StrandHubV2Model>>;
 TYPED_TEST_SUITE(HubRunningCount, SecondModels, HubModelName);
 
 TYPED_TEST(HubRunningCount, letsAYoungerRequestEndWithAForeignReport)

@@ -91,6 +91,29 @@ void ignore(RawRecord<size>)
 {
 }
 
+/// One of a strand controller's: fan 4 of port 1.
+std::int32_t callWithZone14(void* object, std::size_t number, Byte*)
+{
+    static std::vector<RawZone> zones{{14, {{1, 10, 11, 12}}}};
+    return callEntry(object, number, &zones);
+}
+
+/// A pointer to the record, then a byte.
+Call withRecord2(Byte value)
+{
+    return [=](void* object, std::size_t number, Byte* memory) {
+        return callEntry(object, number, static_cast<void*>(memory), value);
+    };
+}
+
+/// Two pointers, the second to byte 32.
+std::int32_t withTwoApart(void* object, std::size_t number, Byte* memory)
+{
+    return callEntry(object, number, static_cast<void*>(memory), memory + 32);
+}
+
+const std::string idMemory = counting(0x61, 32);
+
 const std::string darkPort = " | 01 | 82";
 const std::string glowHubDark = "00 07 00 30" + darkPort + " | 00 07 01 30" + darkPort + " | 00 07 02 30" +
                                 darkPort + " | 00 07 03 30" + darkPort + " | 80 05";
@@ -242,8 +265,130 @@ std::vector<Slot> slotsOf<PlayDockModel>()
     };
 }
 
-/// Replies with bytes of their own.
-void answerAll(ScriptedMouse& device)
+/// Black frames for all places of a strand controller.
+std::string strandDark()
+{
+    std::string text;
+    for (const char* port : {"01", "02", "04"})
+        for (const char* subPort : {"00", "01", "02", "04", "08", "10"})
+            text += std::string(text.empty() ? "" : " | ") + "00 09 " + port + " " + subPort +
+                    " 3C | 01 09 | 82 09";
+    return text;
+}
+
+/// A colour in 60 LEDs.
+std::string strandFrame(const std::string& place, const std::string& color)
+{
+    const ByteVector all = bytes(times(60, color));
+    const auto part = [&](std::size_t from, std::size_t count) {
+        return hex(std::span(all).subspan(from, count));
+    };
+    return "00 09 " + place + " 3C " + part(0, 59) + " | 01 09 " + part(59, 62) + " | 82 09 " + part(121, 59);
+}
+
+std::vector<Slot> strandSlots()
+{
+    // Effect 5, speed 3, A, B, colour, port 2, fan 4.
+    constexpr const char* effect = "05 EE 03 0A 0B 11 22 33 02 04";
+    constexpr const char* got = "07 EE 05 1A 1B 21 22 23 02 04";
+    const std::string id = counting(0x61, 32);
+    std::string eighteen = "0B000000"; // fan 1 of port 1
+    for (int i = 0; i < 17; ++i)
+        eighteen += " 00000000";
+    static const std::string zones = eighteen + " 0A0B0C";
+    std::string table = "02 04";
+    for (int i = 0; i < 10; ++i)
+        table += " 0" + std::to_string(i) + " 05 1A 21 22 23 1B E" + std::to_string(i);
+    static const std::string overlay = "02 " + counting(0x41, 29);
+    static const std::string custom = "EE EE EE EE " + counting(1, 12);
+    return {
+        {"setLightingInit", with(), "", "80 01 02 01 | " + strandDark()},
+        {"setLightingUninit", with(), "", "80 01 02"},
+        {"setLightingPortColor", withRecord(), zones.c_str(), strandFrame("01 01", "0A 0B 0C"), false},
+        {"setSyncLightingData", callWithZone14, "", "00 09 01 08 3C 00 00 00 0A 0B 0C | 01 09 | 82 09",
+         false},
+        {"setLightingTurnOff", with(), "", strandDark()},
+        {"setEffectParameter", withRecord(), effect, "80 03 02 02 08 05 02 0A 11 22 33 0B"},
+        {"getEffectParameter", withRecord(), effect, "80 03 01 02 08", true, got},
+        {"getAnyEffectParameter", withRecord(), effect, "80 04 01 02 08 05", true, got},
+        {"getAllEffectParameter", withRecord(), "02 04", "80 0C 01 02 08 | 81 0C 01 02 08", true, table},
+        {"setEffectCustomize", withRecord(Byte{2}), custom.c_str(), "80 08 02 02 00 " + counting(1, 12)},
+        {"getEffectCustomize", withRecord(Byte{2}), "EE EE EE EE", "80 08 01 02", true,
+         "EE EE EE EE " + counting(0x71, 12)},
+        {"setGen1Size", withRecord(), "03 05 06", "80 06 02 02 05 06"},
+        {"getGen1Size", withRecord(), "03", "80 06 01 04", true, "03 05 0C"},
+        {"getGen2Size", withRecord(), "01", "80 07 01 01", true, "01 03 14 10 0C"},
+        {"remapGen2SubPort", withRecord(), "02 01 03 02 02 03 01 04 05 05 04",
+         "80 0D 02 02 01 04 02 02 04 01 08 10 10 08"},
+        {"setUID", withRecord(Byte{3}), idMemory.c_str(), "80 B5 02 04 " + id},
+        {"getUID", withRecord(), "", "80 B5 01", true, id},
+        {"setIdentify", with(Byte{3}, Byte{5}), "", "80 0A 02 04 10"},
+        {"saveConfig", with(), "", "80 B0 02"},
+        {"resetConfig", with(Byte{2}), "", "80 B1 02 02"},
+        {"resetData", with(), "", "80 B6 02"},
+        {"getVersion", withRecord(), "", "80 B4 01", true, "34 12"},
+        {"setARGBType", with(Byte{2}, Byte{7}), "", "80 0B 02 02 07 | 80 B2 02 02"},
+        {"getARGBType", withRecord(Byte{2}), "", "80 0B 01 02", true, "09"},
+        {"refreshPortInfo", with(Byte{3}), "", "80 B2 02 04"},
+        {"registerNotify", with(&ignore<8>), "", ""},
+        {"unRegisterNotify", with(), "", ""},
+        {"exit_device", with(Byte{0}), "", ""},
+        {"setMultilayerMode", with(Byte{5}), "", "80 C0 02 05"},
+        {"getMultilayerMode", withRecord(), "", "80 C0 01", true, "08"},
+        {"setEffectMode", withRecord2(Byte{7}), effect,
+         "80 04 01 02 08 07 | 80 03 02 02 08 07 04 1A 21 22 23 1B", true, got},
+        {"getEffectMode", withTwoApart, effect, "80 03 01 02 08", true,
+         std::string(got) + " " + times(22, "00") + " 07"},
+        {"setOverlayMode", with(Byte{6}), "", "80 11 02 06 32"},
+        {"getOverlayMode", withRecord(), "", "80 11 01", true, "07"},
+        {"setOverlayEffectParameter", withRecord(), overlay.c_str(),
+         "80 11 02 01 32 | 80 10 02 02 " + counting(0x41, 29)},
+        {"getOverlayEffectParameter", withRecord(), "02", "80 10 01 02", true, "02 " + counting(0x31, 29)},
+        {"getOverlayEffectParameterAll", withRecord(), "", "80 10 01 01 | 80 10 01 02 | 80 10 01 04", true,
+         "01 " + counting(0x51, 29) + " 02 " + counting(0x31, 29) + " 03 " + counting(0x71, 29)},
+    };
+}
+
+template <>
+std::vector<Slot> slotsOf<StrandHubModel>()
+{
+    return strandSlots();
+}
+
+template <>
+std::vector<Slot> slotsOf<StrandHubV2Model>()
+{
+    return strandSlots();
+}
+
+/// Replies of a strand controller with bytes of their own.
+void answerStrand(ScriptedMouse& device)
+{
+    const std::string strandEffect = " 03 02 08 07 04 1A 21 22 23 1B";
+    device.answer("80 03 01 02 08", "80 03" + strandEffect);
+    device.answer("80 04 01 02 08", "80 04" + strandEffect);
+    const auto entry = [](int i) {
+        return " 0" + std::to_string(i) + " 04 1A 21 22 23 1B E" + std::to_string(i);
+    };
+    std::string first = "80 0C 03 02 08 0A", second = "81 0C 03 02 08";
+    for (int i = 0; i < 10; ++i)
+        (i < 7 ? first : second) += entry(i);
+    device.answer("80 0C 01 02 08", first);
+    device.answer("81 0C 01 02 08", second);
+    device.answer("80 08 01 02", "80 08 03 02 00 " + counting(0x71, 12));
+    device.answer("80 06 01 04", "80 06 03 04 05 0C");
+    device.answer("80 07 01 01", "80 07 03 01 03 14 10 0C");
+    device.answer("80 B5 01", "80 B5 03 " + counting(0x61, 32));
+    device.answer("80 0B 01 02", "80 0B 03 02 09");
+    device.answer("80 C0 01", "80 C0 03 08");
+    device.answer("80 11 01 00", "80 11 03 07");
+    device.answer("80 10 01 01 00", "80 10 03 01 " + counting(0x51, 29));
+    device.answer("80 10 01 02 00", "80 10 03 02 " + counting(0x31, 29));
+    device.answer("80 10 01 04 00", "80 10 03 04 " + counting(0x71, 29));
+}
+
+/// Replies of the others.
+void answerOthers(ScriptedMouse& device)
 {
     device.answer("80 0A 01", "80 0A 03 05 06 07 08 09 0A");
     device.answer("80 0A 02", "80 0A 03");
@@ -261,6 +406,15 @@ void answerAll(ScriptedMouse& device)
     device.answer("80 03 01 FF", "80 03" + effect);
     device.answer("80 04 01 FF", "80 04" + effect);
     device.answer("80 11 01 FF", "80 11 03 61 62 63");
+}
+
+template <class Model>
+void answerAll(ScriptedMouse& device)
+{
+    if (std::is_base_of_v<StrandModel, Model>)
+        answerStrand(device);
+    else
+        answerOthers(device);
 }
 
 constexpr std::size_t room = 256; // more than any record
@@ -284,7 +438,7 @@ TYPED_TEST(HubSlots, standInTheListedOrder)
     for (std::size_t number = 0; number < slots.size(); ++number) {
         const Slot& slot = slots[number];
         const std::string name = slot.name;
-        HubOf<TypeParam> hub(answerAll);
+        HubOf<TypeParam> hub(answerAll<TypeParam>);
         ByteVector memory = memoryOf(slot);
         std::int32_t result = -1;
         const Lines lines = debugLinesOf([&] { result = slot.call(hub.host, number, memory.data()); });
@@ -308,7 +462,7 @@ TYPED_TEST(HubSlots, standInTheListedOrder)
 TYPED_TEST(HubSlots, allAnswerThatTheObjectIsClosed)
 {
     const std::vector<Slot> slots = slotsOf<TypeParam>();
-    HubOf<TypeParam> hub(answerAll);
+    HubOf<TypeParam> hub(answerAll<TypeParam>);
     const auto number =
         std::size_t(std::ranges::find(slots, std::string("exit_device"), &Slot::name) - slots.begin());
     ASSERT_LT(number, slots.size());
