@@ -17,6 +17,7 @@
 #include <cstdio>
 #include <map>
 #include <memory>
+#include <semaphore>
 #include <string>
 #include <thread>
 #include <vector>
@@ -116,24 +117,20 @@ public:
     const sim::Identity& identity() const override { return own; }
     void output(sim::Bytes) override
     {
-        ++taken;
-        taken.notify_all();
+        if (--expected == 0)
+            done.release();
     }
     bool happen(const std::string&, const std::vector<int>&) override { return false; }
     std::vector<std::string> events() const override { return {}; }
 
-    /// Waits until so many more reports have come.
-    void await(int more)
-    {
-        awaited += more;
-        for (int now = taken; now < awaited; now = taken)
-            taken.wait(now);
-    }
+    /// In front of the calls that cause so many reports; `await` then waits for them.
+    void expect(int reports) { expected = reports; }
+    void await() { done.acquire(); }
 
 private:
     const sim::Identity own = sim::makeFirmware("strandhub")->identity();
-    std::atomic<int> taken{0};
-    int awaited = 0;
+    std::atomic<int> expected{0};
+    std::binary_semaphore done{0};
 };
 
 constexpr int reportsPerFrame = 3;
@@ -148,9 +145,10 @@ void queuedReports(benchmark::State& state)
     queue.paceDelayMs = 0;
     queue.setChannel(&channel);
     for (auto _ : state) {
+        sink->expect(int(CmdQueue::laneCount));
         for (std::size_t lane = 0; lane < CmdQueue::laneCount; ++lane)
             queue.push(lane, command);
-        sink->await(int(CmdQueue::laneCount));
+        sink->await();
     }
 }
 
@@ -164,8 +162,9 @@ struct LitDevice {
     {
         for (std::uint32_t led = 0; led < 60; ++led)
             frame[0].leds.push_back({led, std::uint8_t(led * 4), 128, 255});
+        sink->expect(1 + 18 * reportsPerFrame); // its command, and black for each zone
         host.setLightingInit();
-        sink->await(1 + 18 * reportsPerFrame); // its command, and black for each zone
+        sink->await();
     }
     ~LitDevice() { host.exit_device(1); }
     LitDevice(const LitDevice&) = delete;
@@ -180,10 +179,12 @@ void litFrames(benchmark::State& state)
     for (int i = 0; i < devices; ++i)
         all.push_back(std::make_unique<LitDevice>());
     for (auto _ : state) {
-        for (const auto& one : all)
+        for (const auto& one : all) {
+            one->sink->expect(reportsPerFrame);
             one->host.setSyncLightingData(one->frame);
+        }
         for (const auto& one : all)
-            one->sink->await(reportsPerFrame);
+            one->sink->await();
     }
 }
 
