@@ -93,7 +93,7 @@ constexpr ControllerTraits traits{.model = GLOW_HUB::model, .failureText = "Glow
 /// Bit of a port, counted from 0; none for one that is not there.
 std::optional<std::uint8_t> mask(std::uint8_t port)
 {
-    if (port >= 4)
+    if (port >= GLOW_HUB::portCount)
         return std::nullopt;
     return std::uint8_t(1 << port);
 }

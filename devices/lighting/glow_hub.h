@@ -19,6 +19,8 @@ namespace pyrux {
 class GLOW_HUB : public NotifyingController<ArgbEffectNotify> {
 public:
     static constexpr const ModelRow& model = modelRow("glow_hub");
+    static constexpr std::uint32_t portCount = 4;
+
     explicit GLOW_HUB(const std::string& path);
 
     _error setLightingInit();
@@ -50,7 +52,6 @@ public:
     _error getRgbEffectMode(std::uint8_t port, std::uint8_t* mode);
 
 private:
-    static constexpr std::uint32_t portCount = 4;
     static constexpr std::size_t framesPerPort = 3;
     static constexpr std::size_t ledPlaces = 62; ///< LEDs that the frames of a port have room for.
 
