@@ -181,8 +181,12 @@ TEST(GlowHubCustomColors, areReadInThreeReports)
         EXPECT_EQ(bytesOf(buffer), "E1 E2 E3 E4 " + counting(4, 144));
         EXPECT_EQ(hub.written(), joined({request, request, request}));
     }
+    auto buffer = recordOf<Buffer>(times(148, "EE"));
+    for (const std::uint8_t port : {0, 5, 255})
+        EXPECT_EQ(hub->getEffectCustomize(port, &buffer), E_INVALID_GET);
     EXPECT_EQ(hub->getEffectCustomize(1, nullptr), E_INVALID_GET);
     EXPECT_EQ(hub.written(), "");
+    EXPECT_EQ(bytesOf(buffer), times(148, "EE"));
 }
 
 TEST(GlowHubCustomColors, mayComeAllAtOnce)

@@ -6,9 +6,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <functional>
+#include <thread>
 
 namespace pyrux::test {
 namespace {
@@ -36,55 +38,56 @@ struct Request {
 
 const std::vector<Request>& requests()
 {
-    static Effect record;
-    static std::array<std::uint8_t, 3> color;
-    static std::uint16_t version;
-    static std::uint8_t number;
-    const auto fresh = [] {
-        record = effectOf(5, 1, 2);
-        color = {0x0A, 0x0B, 0x0C};
-    };
     static const std::vector<Request> all{
         {"setLightingInit", "80 01 02 01", [](Base* dock) { return dock->setLightingInit(); }, "80 01 02 01",
          3},
         {"setLightingUninit", "80 01 02", [](Base* dock) { return dock->setLightingUninit(); }, "80 01 02"},
         {"setEffectParameter", "80 03 02",
-         [=](Base* dock) {
-             fresh();
+         [](Base* dock) {
+             const Effect record = effectOf(5, 1, 2);
              return dock->setEffectParameter(&record);
          },
          "80 03 02 FF 05 02 0A 0B 0C 36 " + counting(0x21, 16) + " 31 32 33 34 35"},
         {"getEffectParameter", "80 03 01",
-         [=](Base* dock) {
-             fresh();
+         [](Base* dock) {
+             Effect record = effectOf(5, 1, 2);
              return dock->getEffectParameter(&record);
          },
          "80 03 01 FF"},
         {"getAnyEffectParameter", "80 04 01",
-         [=](Base* dock) {
-             fresh();
+         [](Base* dock) {
+             Effect record = effectOf(5, 1, 2);
              return dock->getAnyEffectParameter(&record);
          },
          "80 04 01 FF 05"},
         {"setEffectMode", "80 06 02", [](Base* dock) { return dock->setEffectMode(9, 8); }, "80 06 02 FF 08"},
-        {"getEffectMode", "80 03 01", [](Base* dock) { return dock->getEffectMode(9, &number); },
+        {"getEffectMode", "80 03 01",
+         [](Base* dock) {
+             std::uint8_t effect = 0;
+             return dock->getEffectMode(9, &effect);
+         },
          "80 03 01 FF"},
         {"setBottomEffectParameter", "80 11 02",
-         [=](Base* dock) {
-             fresh();
+         [](Base* dock) {
+             std::array<std::uint8_t, 3> color{0x0A, 0x0B, 0x0C};
              return dock->setBottomEffectParameter(color.data());
          },
          "80 11 02 FF 0A 0B 0C"},
         {"getBottomEffectParameter", "80 11 01",
-         [=](Base* dock) {
-             fresh();
+         [](Base* dock) {
+             std::array<std::uint8_t, 3> color{0x0A, 0x0B, 0x0C};
              return dock->getBottomEffectParameter(color.data());
          },
          "80 11 01 FF"},
         {"saveConfig", "80 B0 02", [](Base* dock) { return dock->saveConfig(); }, "80 B0 02"},
         {"resetConfig", "80 B1 02", [](Base* dock) { return dock->resetConfig(9); }, "80 B1 02"},
         {"resetData", "80 B6 02", [](Base* dock) { return dock->resetData(); }, "80 B6 02"},
-        {"getVersion", "80 B4 01", [](Base* dock) { return dock->getVersion(&version); }, "80 B4 01"},
+        {"getVersion", "80 B4 01",
+         [](Base* dock) {
+             std::uint16_t version = 0;
+             return dock->getVersion(&version);
+         },
+         "80 B4 01"},
     };
     return all;
 }
@@ -136,15 +139,13 @@ WAITING_TEST(PlayDockMissingReply, failsEveryRequest)
 {
     std::vector<std::function<void()>> scenarios;
     for (const Request& request : requests())
-        scenarios.emplace_back([&] {
+        scenarios.emplace_back([request] {
             HubOf<PlayDockModel> dock([](ScriptedMouse& device) { device.silence("80 01"); });
             dock.device->silence(request.sent);
             EXPECT_EQ(request.call(dock.host), E_INVALID_GET) << request.name;
             EXPECT_EQ(reports(dock.written(1 + request.queued)).size(), 1 + request.queued) << request.name;
         });
-    // One behind the other: the operations share their records.
-    for (const auto& scenario : scenarios)
-        scenario();
+    together(scenarios);
 }
 
 TEST_F(PlayDock, setsEffects)
@@ -308,6 +309,36 @@ TEST_F(PlayDock, sendsItsLanesInOrder)
     sim::releaseWrites(dock.path);
     EXPECT_EQ(dock.written(4),
               "80 09 03 00 EE | 80 09 01 00 01 01 01 | 80 09 02 00 02 02 02 | 80 09 03 00 03 03 03");
+}
+
+TEST_F(PlayDock, spacesItsFramesOnceTheHostHasTakenThem)
+{
+    // Two frames so far apart that the queue does not pace the second one: how long both take.
+    const auto pair = [&] {
+        // Out of the pause behind the frames before.
+        EXPECT_EQ(dock->setSyncLightingData({{1, {{0, 1, 1, 1}}}}), E_OK);
+        dock.written(1);
+        std::this_thread::sleep_for(200ms);
+        return milliseconds([&] {
+            EXPECT_EQ(dock->setSyncLightingData({{1, {{0, 2, 2, 2}}}}), E_OK);
+            dock.written(1);
+            std::this_thread::sleep_for(15ms);
+            EXPECT_EQ(dock->setSyncLightingData({{1, {{0, 3, 3, 3}}}}), E_OK);
+            dock.written(1);
+        });
+    };
+    std::int64_t shortest = pair();
+    for (int i = 0; i < 20 && shortest >= 31; ++i)
+        shortest = std::min(shortest, pair());
+    EXPECT_LT(shortest, 31);
+    EXPECT_EQ(dock->setLightingInit(), E_OK);
+    dock.written(4);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_GE(pair(), 31);
+    // The gap stays when the lights are given back.
+    EXPECT_EQ(dock->setLightingUninit(), E_OK);
+    dock.written();
+    EXPECT_GE(pair(), 31);
 }
 
 TEST_F(PlayDock, goesDarkEvenWhenItRefusesTheHost)
