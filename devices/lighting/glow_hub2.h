@@ -40,13 +40,14 @@ public:
     _error setRGBFollowParameter(std::uint8_t source, std::uint8_t flag, std::uint8_t speed);
     _error getRGBFollowParameter(std::uint8_t* source, std::uint8_t* flag, std::uint8_t* speed);
 
+protected:
+    MessageThread messages; // goes before the callback that it calls
+
 private:
     void paintZone(std::uint32_t zone, std::uint8_t red, std::uint8_t green, std::uint8_t blue);
     void takeMessage(const platform::ThreadMessage& message);
     void startAudio();
     bool endAudio(std::chrono::milliseconds limit);
-
-    MessageThread messages; // goes before the callback that it calls
 };
 
 class PYRUX_GLOW2 final : public LitHost<HostObject<GLOW_HUB2, PYRUX_GLOW2_Base>> {

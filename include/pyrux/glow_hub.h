@@ -12,9 +12,7 @@
 /// Colours of the 48 LEDs of a port.
 struct ArgbCustomBuffer {
     std::uint8_t unused[4]; ///< Neither read nor written.
-    struct {
-        std::uint8_t red, green, blue;
-    } leds[48];
+    RgbColor leds[48];
 };
 
 /// An effect that was changed on the device itself. Bytes that a channel does not use are 0.
@@ -31,7 +29,6 @@ struct ArgbEffectNotify {
 #pragma pack(pop)
 
 static_assert(sizeof(ArgbCustomBuffer) == 148 && offsetof(ArgbCustomBuffer, leds) == 4);
-static_assert(sizeof(ArgbCustomBuffer::leds[0]) == 3);
 static_assert(sizeof(ArgbEffectNotify) == 8 && offsetof(ArgbEffectNotify, channel) == 0);
 static_assert(offsetof(ArgbEffectNotify, mode) == 1 && offsetof(ArgbEffectNotify, colorSource) == 2);
 static_assert(offsetof(ArgbEffectNotify, speed) == 3 && offsetof(ArgbEffectNotify, brightness) == 4);

@@ -8,6 +8,11 @@
 
 #pragma pack(push, 1)
 
+/// One colour among several.
+struct RgbColor {
+    std::uint8_t red, green, blue;
+};
+
 /// One effect of a port, or of the plain RGB strip.
 struct ArgbEffectParam {
     std::uint8_t port;             ///< 1 to 4. Some operations count it down in place.
@@ -20,6 +25,8 @@ struct ArgbEffectParam {
 
 #pragma pack(pop)
 
+static_assert(sizeof(RgbColor) == 3 && offsetof(RgbColor, red) == 0);
+static_assert(offsetof(RgbColor, green) == 1 && offsetof(RgbColor, blue) == 2);
 static_assert(sizeof(ArgbEffectParam) == 8 && offsetof(ArgbEffectParam, port) == 0);
 static_assert(offsetof(ArgbEffectParam, mode) == 1 && offsetof(ArgbEffectParam, colorSource) == 2);
 static_assert(offsetof(ArgbEffectParam, speed) == 3 && offsetof(ArgbEffectParam, brightness) == 4);

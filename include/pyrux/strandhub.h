@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pyrux/error.h"
+#include "pyrux/hub_records.h"
 #include "pyrux/lighting.h"
 #include "pyrux/records.h"
 
@@ -46,15 +47,10 @@ struct StrandEffectTable {
     StrandStoredEffect effects[10];
 };
 
-/// Colour of one LED of a `StrandCustomBuffer`.
-struct StrandColor {
-    std::uint8_t red, green, blue;
-};
-
 /// Argument of `setEffectCustomize` and `getEffectCustomize`. As many LEDs as the zone has count.
 struct StrandCustomBuffer {
     std::uint8_t reserved[4]; ///< Neither read nor written.
-    StrandColor leds[60];
+    RgbColor leds[60];
 };
 
 /// The size of a first-generation strand.
@@ -103,8 +99,6 @@ static_assert(offsetof(StrandStoredEffect, flagA) == 7);
 static_assert(sizeof(StrandEffectTable) == 82 && offsetof(StrandEffectTable, subPort) == 1);
 static_assert(offsetof(StrandEffectTable, effects) == 2);
 static_assert(sizeof(StrandCustomBuffer) == 184 && offsetof(StrandCustomBuffer, leds) == 4);
-static_assert(sizeof(StrandColor) == 3 && offsetof(StrandColor, green) == 1 &&
-              offsetof(StrandColor, blue) == 2);
 static_assert(sizeof(StrandGen1Size) == 3 && offsetof(StrandGen1Size, chainLength) == 1);
 static_assert(offsetof(StrandGen1Size, leds) == 2);
 static_assert(sizeof(StrandGen2Size) == 7 && offsetof(StrandGen2Size, count) == 1);

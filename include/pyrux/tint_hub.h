@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pyrux/error.h"
+#include "pyrux/hub_records.h"
 #include "pyrux/lighting.h"
 
 #include <cstddef>
@@ -10,9 +11,7 @@
 
 /// A colour for each of the four ports.
 struct TintMultiColor {
-    struct {
-        std::uint8_t red, green, blue;
-    } ports[4];
+    RgbColor ports[4];
     std::uint8_t brightness; ///< Level 1 to 5.
 };
 

@@ -73,7 +73,7 @@ TEST(Strand, cutsCustomColorsOverFrames)
     strand.device->answer("00 08", "00 08 03");
     strand.device->answer("81 08", "81 08 03");
     StrandCustomBuffer buffer{};
-    for (StrandColor& led : buffer.leds)
+    for (RgbColor& led : buffer.leds)
         led = {1, 2, 3};
     EXPECT_EQ(strand->setEffectCustomize(1, &buffer), E_OK);
     std::string first = "00 08 02 01 00";

@@ -2,6 +2,7 @@
 
 #include "operation.h"
 
+#include "pyrux/hub_records.h"
 #include "pyrux/lighting.h"
 
 #include <algorithm>
@@ -48,6 +49,12 @@ inline std::vector<LightingLedZone> zonesOf(const LedFrame& frame)
     }
     return zones;
 }
+
+template <>
+struct Layout<RgbColor> {
+    using R = RgbColor;
+    static constexpr Field fields[]{FIELD(red), FIELD(green), FIELD(blue)};
+};
 
 template <std::size_t zones>
 struct Layout<LightingPortColorOf<zones>> {

@@ -45,6 +45,9 @@ const Model* findModel(std::uint32_t vid, std::uint32_t pid);
 std::string_view findName(std::uint32_t vid, std::uint32_t pid);
 
 namespace models_of {
+Model glow2();
+Model glow_hub();
+Model playdock();
 Model psuCtrl();
 Model rd110();
 Model rd210();
@@ -53,6 +56,7 @@ Model rd230();
 Model rd240();
 Model strandhub();
 Model strandhubv2();
+Model tint_hub();
 Model voltgrid();
 } // namespace models_of
 

@@ -45,32 +45,26 @@ struct Layout<PsuLog> {
 
 namespace {
 
-/// A supply tells nothing by itself; that it has gone shows in a call that is answered from memory.
+/// A call that is answered from memory.
 template <class Interface>
-HostCalls supplyCalls()
+_error readTemperature(Interface& host)
 {
-    return {
-        [](void* factory, const char* path) -> void* {
-            return reinterpret_cast<Interface* (*)(const char*)>(factory)(path);
-        },
-        [](void*, std::size_t) {},
-        [](void* host) -> std::int32_t {
-            float temperature;
-            return static_cast<Interface*>(host)->getThermal(temperature);
-        },
-    };
+    float temperature;
+    return host.getThermal(temperature);
 }
 
 template <class Interface>
-std::vector<Operation> supplyOperations()
+std::vector<Operation> supplyOperations(const std::vector<Operation>& more = {})
 {
-    return {
-        OP(getInput, out("input")),       OP(getOutput, out("output")),
-        OP(getFan, out("fan")),           OP(getThermal, out("temperature")),
-        OP(getMultiRail, out("mode")),    OP(setFan, in("fan")),
-        OP(setMultiRail, in("mode")),     OP(getVersion, out("family"), out("major"), out("minor")),
-        OP(exit_device, in("unplugged")),
+    std::vector<Operation> operations{
+        OP(getInput, out("input")),    OP(getOutput, out("output")),
+        OP(getFan, out("fan")),        OP(getThermal, out("temperature")),
+        OP(getMultiRail, out("mode")), OP(setFan, in("fan")),
+        OP(setMultiRail, in("mode")),  OP(getVersion, out("family"), out("major"), out("minor")),
     };
+    operations.insert(operations.end(), more.begin(), more.end());
+    operations.push_back(OP(exit_device, in("unplugged")));
+    return operations;
 }
 
 } // namespace
@@ -84,15 +78,13 @@ Model models_of::voltgrid()
         .identities = {{"VOLTGRID", 0x3A7E, 0x0030}},
         .events = {},
         .operations = supplyOperations<Interface>(),
-        .calls = supplyCalls<Interface>(),
+        .calls = silentHostCalls<Interface, readTemperature<Interface>>(),
     };
 }
 
 Model models_of::psuCtrl()
 {
     using Interface = PYRUX_PSUCTRL_Base;
-    std::vector<Operation> operations = supplyOperations<Interface>();
-    operations.push_back(OP(getLog, out("log")));
     return {
         .command = "psuCtrl",
         .summary = "Power supplies AU_LINE, PT_LINE and SILENT_1300",
@@ -109,8 +101,8 @@ Model models_of::psuCtrl()
                        {"PT_LINE_750_MULTI", 0x3A7E, 0x019F},
                        {"PT_LINE_850_MULTI", 0x3A7E, 0x01A1}},
         .events = {},
-        .operations = std::move(operations),
-        .calls = supplyCalls<Interface>(),
+        .operations = supplyOperations<Interface>({OP(getLog, out("log"))}),
+        .calls = silentHostCalls<Interface, readTemperature<Interface>>(),
     };
 }
 

@@ -27,12 +27,6 @@ struct Layout<StrandEffectTable> {
 };
 
 template <>
-struct Layout<StrandColor> {
-    using R = StrandColor;
-    static constexpr Field fields[]{FIELD(red), FIELD(green), FIELD(blue)};
-};
-
-template <>
 struct Layout<StrandCustomBuffer> {
     using R = StrandCustomBuffer;
     static constexpr Field fields[]{FIELD(leds)};
