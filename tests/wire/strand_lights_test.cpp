@@ -47,6 +47,16 @@ std::string dark()
     return text;
 }
 
+/// The groups of a text, in order, without a command that is no frame. It is a plain write, which may come
+/// between the reports of a frame; it must be there once.
+std::string framesBeside(const std::string& command, const std::string& text)
+{
+    std::vector<std::string> all = reports(text);
+    EXPECT_EQ(std::ranges::count(all, command), 1) << text;
+    std::erase(all, command);
+    return sortedGroups(joined(all));
+}
+
 template <class Model>
 class StrandLights : public testing::Test {
 protected:
@@ -65,22 +75,24 @@ protected:
     _error send(int red) { return hub->setSyncLightingData({{10, {{0, Byte(red), 0x22, 0x33}}}}); }
     static std::string sent(int red) { return frameOf("01 00", hexByte(red) + " 22 33"); }
 
-    /// The queue's thread stands in the write of frame 1's first report, until `letGo`.
-    void holdQueue()
+    /// The queue's thread stands in the write of a frame's first report, until `letGo` or for a time. The
+    /// frame is that of the last lane, so that a round of all lanes follows.
+    void holdQueue(std::chrono::milliseconds time = 60s)
     {
-        sim::setConduct(hub.path, {.writeTime = 60s});
-        send(1);
+        sim::setConduct(hub.path, {.writeTime = time});
+        EXPECT_EQ(hub->setSyncLightingData({{36, {}}}), E_OK);
         EXPECT_TRUE(sim::awaitWritersInside(1));
         sim::setConduct(hub.path, {});
     }
-    /// The reports behind frame 1.
+    static std::string held() { return frameOf("04 20", ""); }
+    /// The reports behind that frame.
     std::string letGo(std::size_t count)
     {
         sim::releaseWrites(hub.path);
         std::vector<std::string> all = reports(hub.written(3 + count));
         EXPECT_GE(all.size(), 3 + count);
         const auto rest = all.begin() + std::ptrdiff_t(std::min<std::size_t>(3, all.size()));
-        EXPECT_EQ(joined({all.begin(), rest}), sent(1));
+        EXPECT_EQ(joined({all.begin(), rest}), held());
         return joined({rest, all.end()});
     }
 
@@ -208,7 +220,7 @@ TYPED_TEST(StrandLights, shareALaneWhereNumbersMeet)
 TYPED_TEST(StrandLights, areTakenOverDark)
 {
     EXPECT_EQ(this->hub->setLightingInit(), E_OK);
-    EXPECT_EQ(sortedGroups(this->hub.written(55)), sortedGroups("80 01 02 01 | " + dark()));
+    EXPECT_EQ(framesBeside("80 01 02 01", this->hub.written(55)), sortedGroups(dark()));
     EXPECT_EQ(this->hub->setLightingUninit(), E_OK);
     EXPECT_EQ(this->hub.written(), wire("80 01 02 00"));
 }
@@ -233,12 +245,21 @@ TYPED_TEST(StrandLights, areTurnedOffByLane)
 
 TYPED_TEST(StrandLights, areForgottenWhenTheyAreTakenOver)
 {
-    this->holdQueue();
+    this->holdQueue(150ms);
     this->paint({36, 12});
-    sim::releaseWrites(this->hub.path);
     EXPECT_EQ(this->hub->setLightingInit(), E_OK);
-    const std::string written = this->hub.written(58);
-    EXPECT_NE(written.find("80 01 02 01"), std::string::npos);
+    EXPECT_EQ(framesBeside("80 01 02 01", this->hub.written(58)),
+              sortedGroups(this->held() + " | " + dark()));
+}
+
+TYPED_TEST(StrandLights, areForgottenWhenTheyAreGivenBack)
+{
+    this->holdQueue(150ms);
+    this->paint({36, 12});
+    EXPECT_EQ(this->hub->setLightingUninit(), E_OK);
+    EXPECT_EQ(this->send(7), E_OK);
+    EXPECT_EQ(framesBeside("80 01 02", this->hub.written(7)),
+              sortedGroups(this->held() + " | " + this->sent(7)));
 }
 
 TYPED_TEST(StrandLights, logOnlyWhatDoesNotRunAtFrameRate)
