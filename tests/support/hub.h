@@ -12,6 +12,8 @@
 #include <functional>
 #include <mutex>
 #include <string>
+#include <string_view>
+#include <thread>
 #include <vector>
 
 /// @file
@@ -200,6 +202,15 @@ public:
         int value = 0;
         EXPECT_EQ(Model::ask(this->host, value), E_OK);
         EXPECT_EQ(value, Model::value);
+    }
+
+    /// Sends a report that nobody waits for, and waits until the reader has looked at it: the second read that
+    /// begins behind it begins behind that.
+    void sendUnasked(std::string_view report)
+    {
+        this->device->send(report);
+        for (const int before = sim::readWakeups(this->path); sim::readWakeups(this->path) < before + 2;)
+            std::this_thread::yield();
     }
 
     /// The output reports so far, when the model's question has gone out behind them.

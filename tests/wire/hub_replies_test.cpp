@@ -138,10 +138,9 @@ WAITING_TEST(HubMissingReply, isNotReplacedByAnEarlierOne)
 {
     forModels(HubModels(), []<class Model>() {
         HubOf<Model> hub;
-        hub.device->send(Model::answer); // nobody waits: it is forgotten
+        hub.sendUnasked(Model::answer); // it is forgotten
         hub.settle();
-        hub.device->send(Model::answer);
-        hub.settle();
+        hub.sendUnasked(Model::answer);
         hub.device->silence(Model::question);
         askInVain(hub);
     });
