@@ -46,9 +46,8 @@ struct WireRecord {
 
 /// Plugs a device in and gives it power. As with every pull, the library in this process is told as the
 /// system would tell it.
-/// @param instance  the piece of the path that tells this plug from others; empty: a new one, "sim-0001" and
-/// up.
-///                  A device that comes back to the port that it was pulled out of has its old path.
+/// @param instance  the piece of the path that tells this plug from others; empty: a new one, from "sim-0001"
+///                  up. A device that comes back to the port that it was pulled out of has its old path.
 /// @return the device path of the control interface, as hid_enumerate gives it
 PYRUX_SIM_API std::string plug(std::shared_ptr<Firmware> device, std::string instance = "");
 

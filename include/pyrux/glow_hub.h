@@ -67,8 +67,7 @@ using GlowHubNotifyCallback = void (*)(ArgbEffectNotify record);
 struct PYRUX_GLOW_Base : DEV_LIGHTING {
     /// Slot 5. Sets a port's effect. Ends the mode 12 that was set before, for what this object knows, even
     /// where the call is refused.
-    /// @param record  `port` is counted down in place once the mode is accepted, so that a record passed
-    /// twice
+    /// @param record  `port` is counted down in place once the mode is accepted: passed twice, a record
     ///                names another port
     /// @return E_INVALID_MODE: mode 7 or above 12, `port` as it was; E_INVALID_SET: port outside 1 to 4,
     ///         `port` counted down

@@ -19,29 +19,39 @@
 ///
 ///     80 01 02 v            v 1 the host drives the lights, 0 the device does
 ///     80 03 02 M S effect speed A red green blue B
-///                           effect 0 to 9 comes into force with these parameters, and the place keeps them
+///                           effect 0 to 9 comes into force with these, and the place keeps them
 ///     80 03 01 M S          -> M S and the same seven bytes
 ///     80 04 01 M S effect   -> the same, as the place keeps them for an effect
-///     80 0C 01 M S          -> M S 0A and the entries of effects 0 to 6: effect, the six parameters, 0
+///     80 0C 01 M S          -> M S 0A and the entries of effects 0 to 6: effect, six parameters, 0
 ///     81 0C 01 M S          -> M S and the entries of effects 7 to 9
 ///     80 06 02 port chain leds
-///                           size of a strand: port 0 to 2 or FF, 1 to 10 devices, 4 to 60 LEDs, 60 in all at
-///                           most
+///                           size of a strand: port 0 to 2 or FF, 1 to 10 devices, 4 to 60 LEDs,
+///                           60 in all at most
 ///     80 06 01 M            -> M chain leds
 ///     80 07 01 M            -> M count and the LEDs of each fan
 ///     80 0D 02 M (old new) x 5
 ///                           fans, as bits of S, get other numbers; 0 0 is no pair
-///     80 B5 02 M .., 80 B5 01 -> ..: 32 bytes of the owner's, from byte 4 and 3 on
+///     80 B5 02 M ..         32 bytes of the owner's, from byte 4 on
+///     80 B5 01              -> the same, from byte 3 on
 ///     80 0A 02 M S          identify
 ///     80 B0 02              saves the working settings
-///     80 B1 02 v            factory settings, not saved: v 0 all, 1 effects and colors, 2 sizes, types and
-///     numbers 80 B6 02              factory settings, saved 80 B4 01              -> low high: version 80 0B
-///     02 M type       what hangs at a port: 1 a strand, 2 fans 80 0B 01 M            -> M type 80 B2 02 M
-///     looks which fans are there. Else that is done only when power comes. 80 C0 02 v, 80 C0 01  -> v:
-///     multilayer mode 80 11 02 v 32, 80 11 01 -> v: overlay mode 80 10 02 M .., 80 10 01 M -> M ..: 29 bytes
-///     of a port's overlay, from byte 4 on n 08 02 M S ..        custom colors, 59 bytes a report from byte 5
-///     on; n counts from 0, with 80 in the last n 08 01 M S           -> M S and 59 bytes 00 09 M S 3C | 01
-///     09 | 82 09
+///     80 B1 02 v            factory settings, not saved: v 0 all, 1 effects and colors, 2 sizes,
+///                           types and numbers
+///     80 B6 02              factory settings, saved
+///     80 B4 01              -> low high: version
+///     80 0B 02 M type       what hangs at a port: 1 a strand, 2 fans
+///     80 0B 01 M            -> M type
+///     80 B2 02 M            looks which fans are there; else that is done only when power comes
+///     80 C0 02 v            multilayer mode
+///     80 C0 01              -> v
+///     80 11 02 v 32         overlay mode
+///     80 11 01              -> v
+///     80 10 02 M ..         29 bytes of a port's overlay, from byte 4 on
+///     80 10 01 M            -> M and the same
+///     n 08 02 M S ..        custom colors, 59 bytes a report from byte 5 on; n counts from 0, with 80
+///                           in the last
+///     n 08 01 M S           -> M S and 59 bytes
+///     00 09 M S 3C | 01 09 | 82 09
 ///                           a frame of 60 LEDs, from byte 5, 2 and 2 on. Not answered.
 ///
 /// What is written to a port itself is written to its fans too; a frame for the port itself runs through the

@@ -204,8 +204,8 @@ public:
         EXPECT_EQ(value, Model::value);
     }
 
-    /// Sends a report that nobody waits for, and waits until the reader has looked at it: the second read that
-    /// begins behind it begins behind that.
+    /// Sends a report that nobody waits for, and waits until the reader has looked at it: the second read
+    /// that begins behind it begins behind that.
     void sendUnasked(std::string_view report)
     {
         this->device->send(report);
