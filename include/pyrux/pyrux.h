@@ -2,12 +2,16 @@
 
 #include "pyrux/error.h"
 #include "pyrux/export.h"
+#include "pyrux/glow_hub.h"
+#include "pyrux/glow_hub2.h"
+#include "pyrux/play_dock.h"
 #include "pyrux/rd110.h"
 #include "pyrux/rd210.h"
 #include "pyrux/rd215.h"
 #include "pyrux/rd230.h"
 #include "pyrux/rd240.h"
 #include "pyrux/records.h"
+#include "pyrux/tint_hub.h"
 
 #include <cstdint>
 
@@ -107,3 +111,9 @@ PYRUX_API PYRUX_RD110_Base* rd110(const char* path);
 PYRUX_API PYRUX_RD215_Base* rd215(const char* path);
 PYRUX_API PYRUX_RD230_Base* rd230(const char* path);
 PYRUX_API PYRUX_RD240_Base* rd240(const char* path);
+
+/// Factories of the lighting controllers, likewise.
+PYRUX_API PYRUX_GLOW_Base* glow_hub(const char* path);
+PYRUX_API PYRUX_GLOW2_Base* glow2(const char* path);
+PYRUX_API PYRUX_TINT_Base* tint_hub(const char* path);
+PYRUX_API PYRUX_PLAY_DOCK_Base* playdock(const char* path);

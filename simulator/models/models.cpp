@@ -1,7 +1,11 @@
 #include "simulator/models.h"
 
+#include "simulator/models/glow_hub.h"
+#include "simulator/models/glow_hub2.h"
 #include "simulator/models/led_mouse.h"
+#include "simulator/models/play_dock.h"
 #include "simulator/models/rd210.h"
+#include "simulator/models/tint_hub.h"
 
 namespace pyrux::sim {
 
@@ -19,8 +23,11 @@ std::shared_ptr<Firmware> make()
 }
 
 constexpr Model models[]{
-    {"rd110", make<RD110Firmware>}, {"rd210", make<RD210Firmware>}, {"rd215", make<RD215Firmware>},
-    {"rd230", make<RD230Firmware>}, {"rd240", make<RD240Firmware>},
+    {"glow2", make<GlowHub2Firmware>},    {"glow_hub", make<GlowHubFirmware>},
+    {"playdock", make<PlayDockFirmware>}, {"rd110", make<RD110Firmware>},
+    {"rd210", make<RD210Firmware>},       {"rd215", make<RD215Firmware>},
+    {"rd230", make<RD230Firmware>},       {"rd240", make<RD240Firmware>},
+    {"tint_hub", make<TintHubFirmware>},
 };
 
 } // namespace

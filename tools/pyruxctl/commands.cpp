@@ -30,6 +30,7 @@ constexpr CodeName codeNames[]{
     {E_WRITE_TIMEOUT, "E_WRITE_TIMEOUT"},
     {E_NO_SPACE, "E_NO_SPACE"},
     {E_NOT_SUPPORTED, "E_NOT_SUPPORTED"},
+    {E_WRONG_REPLY, "E_WRONG_REPLY"},
 };
 
 std::string idText(std::uint32_t vid, std::uint32_t pid)
