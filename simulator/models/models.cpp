@@ -2,6 +2,7 @@
 
 #include "simulator/models/glow_hub.h"
 #include "simulator/models/glow_hub2.h"
+#include "simulator/models/keyboard.h"
 #include "simulator/models/led_mouse.h"
 #include "simulator/models/play_dock.h"
 #include "simulator/models/rd210.h"
@@ -24,7 +25,8 @@ std::shared_ptr<Firmware> make()
 
 constexpr Model models[]{
     {"glow2", make<GlowHub2Firmware>},    {"glow_hub", make<GlowHubFirmware>},
-    {"playdock", make<PlayDockFirmware>}, {"rd110", make<RD110Firmware>},
+    {"playdock", make<PlayDockFirmware>}, {"qw210", make<QW210Firmware>},
+    {"qw220", make<QW220Firmware>},       {"rd110", make<RD110Firmware>},
     {"rd210", make<RD210Firmware>},       {"rd215", make<RD215Firmware>},
     {"rd230", make<RD230Firmware>},       {"rd240", make<RD240Firmware>},
     {"tint_hub", make<TintHubFirmware>},

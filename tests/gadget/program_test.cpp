@@ -60,7 +60,7 @@ TEST(Program, listsItsModels)
 {
     const Ended ended = run("--list");
     EXPECT_EQ(ended.code, 0);
-    EXPECT_EQ(ended.output, "glow2, glow_hub, playdock, rd110, rd210, rd215, rd230, rd240, tint_hub\n");
+    EXPECT_EQ(ended.output, "glow2, glow_hub, playdock, qw210, qw220, rd110, rd210, rd215, rd230, rd240, tint_hub\n");
 }
 
 TEST(Program, refusesWrongWords)
