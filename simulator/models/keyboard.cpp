@@ -750,7 +750,7 @@ KeyboardFirmware::Lights KeyboardFirmware::played(std::span<const std::uint8_t> 
         masks = 4 * std::size_t(wordAt(image, entry));
         entry += 4;
     }
-    for (std::size_t frame = 0; frame < effect.frames; ++frame, entry += 4)
+    for (std::size_t frame = 0; frame < effect.frames && entry + 4 <= image.size(); ++frame, entry += 4)
         paint(lights, part(image, 4 * std::size_t(wordAt(image, entry)), customSize),
               effect.frames > 1 ? part(image, masks + model.maskBytes * frame, model.maskBytes)
                                 : std::span<const std::uint8_t>(everywhere));
