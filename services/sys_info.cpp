@@ -54,9 +54,10 @@ _error give(std::int32_t* out, std::int32_t value)
 std::int32_t withinRange(std::atomic<std::int32_t>& temperature)
 {
     std::int32_t value = temperature;
-    while ((value > 100 || value < 0) && !temperature.compare_exchange_weak(value, 0)) {
-    }
-    return temperature;
+    while (value > 100 || value < 0)
+        if (temperature.compare_exchange_weak(value, 0))
+            return 0;
+    return value;
 }
 
 } // namespace
