@@ -8,6 +8,7 @@
 #include "pyrux/rd230.h"
 #include "pyrux/rd240.h"
 #include "pyrux/records.h"
+#include "pyrux/sys_info.h"
 
 #include <cstdint>
 
@@ -15,9 +16,6 @@
 /// The exports of the library: plain functions, callable without any object and from any thread. A host calls
 /// `pyrux_background` (optional), `pyrux_init`, `registerDevNotify`, `devNums`, `devInfo`, then the factory
 /// of each device's model, and `pyrux_exit` at the end.
-
-/// The object of `sysInfo`.
-struct SYS_INFO_Base;
 
 /// Starts the library's threads. Repeated calls, also behind `pyrux_exit`, do nothing. Always 0.
 /// @note Tells the control application "app_control_on" unless in background mode, and waits for it up to 3 s
@@ -73,7 +71,8 @@ PYRUX_API void getDGVersion(const char* path, std::uint16_t* version);
 /// @param path     device path, VID_ and PID_ in upper case
 PYRUX_API void getDriverVersion(const char* path, std::uint8_t* version);
 
-/// Makes an object that reports on the host computer.
+/// Makes an object that reports on the host computer. Each call makes another; the caller owns it and ends it
+/// by its `destroy`. Where the resident service is there, it is asked for its core counts first.
 PYRUX_API SYS_INFO_Base* sysInfo();
 
 /// Temperatures of the processor and the graphics card in degrees Celsius, from the resident service.
