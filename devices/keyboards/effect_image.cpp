@@ -55,9 +55,7 @@ std::vector<EffectRecord> zoneFrames(const EffectLayout& layout, std::span<const
     std::vector<EffectRecord> frames;
     for (const EffectRecord& zone : zones) {
         const std::uint8_t own = layout.framesOf(zone.effectId);
-        frames.push_back(own == 1   ? emptyFrame(layout)
-                         : own == 2 ? background(zone)
-                                    : EffectRecord{});
+        frames.push_back(own == 1 ? emptyFrame(layout) : own == 2 ? background(zone) : EffectRecord{});
         frames.push_back(zone);
     }
     return frames;
@@ -164,15 +162,6 @@ std::size_t sizeOf(const std::vector<Bytes>& records)
     for (const Bytes& record : records)
         size += record.size();
     return size;
-}
-
-EffectData dataOf(const EffectLayout& layout, const EffectCache& cache, std::uint8_t effect)
-{
-    const std::span<const EffectRecord> records = effect == layout.multilayer  ? cache.multilayer
-                                                  : effect == layout.multizone ? cache.multizone
-                                                                               : std::span(cache.slots)
-                                                                                     .subspan(effect, 1);
-    return {.records = records, .customMatrix = cache.customMatrix, .zoneMatrix = cache.zoneMatrix};
 }
 
 /// Memory that nothing is known of.
@@ -332,14 +321,26 @@ void makeFresh(EffectRecord& effect, std::uint8_t number)
 
 } // namespace
 
+EffectData cachedEffect(const EffectLayout& layout, const EffectCache& cache, std::uint8_t effect)
+{
+    EffectData data{.records = {}, .customMatrix = cache.customMatrix, .zoneMatrix = cache.zoneMatrix};
+    if (effect == layout.multilayer)
+        data.records = cache.multilayer;
+    else if (effect == layout.multizone)
+        data.records = cache.multizone;
+    else if (effect < cache.slots.size())
+        data.records = std::span(cache.slots).subspan(effect, 1);
+    return data;
+}
+
 std::optional<std::vector<std::uint8_t>> previewImage(const EffectLayout& layout, std::uint8_t effect,
                                                       const EffectData& data)
 {
     if (!layout.framesOf(effect) || effect == layout.systemStatus)
         return std::nullopt;
     if (!layout.isSimple(effect) &&
-        !std::ranges::all_of(data.records, [&](std::uint8_t id) { return layout.isSimple(id); },
-                             &EffectRecord::effectId))
+        !std::ranges::all_of(
+            data.records, [&](std::uint8_t id) { return layout.isSimple(id); }, &EffectRecord::effectId))
         return std::nullopt;
     const auto records = encodeFrames(layout, effect, data);
     if (!records)
@@ -360,7 +361,7 @@ std::optional<EffectImage> storedImage(const EffectLayout& layout, const EffectC
     Bytes& memory = image.memory;
     std::optional<std::uint16_t> sharedMasks; // of all effects with two frames
     for (std::uint8_t effect = 0; effect < effectCount; ++effect) {
-        const EffectData data = dataOf(layout, cache, effect);
+        const EffectData data = cachedEffect(layout, cache, effect);
         const auto records = encodeFrames(layout, effect, data);
         if (!records)
             return std::nullopt;

@@ -32,6 +32,9 @@ struct EffectData {
     std::span<const std::uint8_t> zoneMatrix;
 };
 
+/// An effect out of a cache; no records for a number that is no effect.
+EffectData cachedEffect(const EffectLayout& layout, const EffectCache& cache, std::uint8_t effect);
+
 /// How the device finds an effect in its memory.
 struct Descriptor {
     std::uint8_t frames = 0;

@@ -12,7 +12,7 @@ namespace pyrux {
 
 namespace {
 
-namespace cmd { // numbers are report bytes; a reply counts from 0
+namespace cmd {                              // numbers are report bytes; a reply counts from 0
 constexpr Report getDescriptor{0x56, 0x14};  // 3: effect; reply 4: frames, 5: extra words, 6: header
 constexpr Report setDescriptor{0x56, 0x15};  // 3: effect, 5: frames, 6: extra words, 7: header, 9: word
 constexpr Report getPage{0x56, 0x20};        // 3: page; reply 4 to 63

@@ -44,7 +44,7 @@ struct RecordForm {
     bool bright = true;
     bool matrix = false; ///< The colours of the LEDs stand behind it.
     std::optional<std::uint8_t> optionByte{};
-    std::array<std::uint8_t, 2> direction{}; ///< Byte 12 without and with it; equal: there is none.
+    std::array<std::uint8_t, 2> direction{};      ///< Byte 12 without and with it; equal: there is none.
     std::optional<std::uint8_t> directedOpcode{}; ///< First opcode byte with a direction, told by that alone.
     SpeedColumns speeds{};
     std::optional<SpeedColumns> reversed{}; ///< With `reverseOption`; other options but 0 have no speed.

@@ -47,7 +47,8 @@ constexpr std::size_t keysPerPage = 16;
 constexpr std::size_t colorBytes = 3;
 constexpr std::size_t bytesPerKey = 4; // in a frame
 constexpr std::size_t keysPerFrame = 15;
-constexpr std::size_t frameLane = 0; // a frame replaces the one before, whatever its kind
+constexpr std::chrono::milliseconds frameTime{150}; // a status frame takes less, unless the device hangs
+constexpr std::size_t frameLane = 0;                // a frame replaces the one before, whatever its kind
 
 /// Cuts a frame of a host into reports. Keys that the list does not name go black.
 class FrameReports {
@@ -123,14 +124,27 @@ Keyboard::Keyboard(const std::string& path, const KeyboardLayout& layout)
     set(keys::serviceOn);
     set(keys::editEnds);
     loadEffects();
+    setActiveEffect(readEffectMode());
     send(cmd::changesOn);
     send(cmd::changeAck);
     set(cmd::keysOn);
+    if (layout.effects.systemStatus)
+        statusEffect = std::make_unique<StatusEffect>(
+            layout.chart, [this] { return statusShown(); },
+            [this](std::span<const std::uint8_t> frame) { showStatus(frame); });
 }
 
 Keyboard::~Keyboard()
 {
+    statusEffect.reset();
     reader.stop();
+}
+
+void Keyboard::noteClosed()
+{
+    closed = true;
+    if (statusEffect)
+        statusEffect->askToStop();
 }
 
 void Keyboard::setUnplugged(bool gone)
@@ -144,6 +158,8 @@ void Keyboard::sayGoodbye()
 {
     if (unplugged)
         return;
+    if (statusEffect)
+        statusEffect->stopWithin(frameTime);
     exchange.resume();
     set(keys::serviceOn);
     endEdit();
@@ -153,12 +169,14 @@ void Keyboard::sayGoodbye()
 bool Keyboard::endThreads(std::chrono::milliseconds limit)
 {
     const auto deadline = std::chrono::steady_clock::now() + limit;
-    queue.stopWithin(std::chrono::milliseconds(0)); // both threads end at the same time
+    const auto left = [&] {
+        return std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    };
+    queue.stopWithin(std::chrono::milliseconds(0)); // all threads end at the same time
     const bool readerEnded = reader.stopWithin(limit);
     channel.closeChannel();
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    return queue.stopWithin(left) && readerEnded;
+    const bool statusEnded = !statusEffect || statusEffect->stopWithin(left());
+    return queue.stopWithin(left()) && readerEnded && statusEnded;
 }
 
 _error Keyboard::get(const Report& command, Reply& reply, std::size_t matchLength)
@@ -360,7 +378,9 @@ void Keyboard::takeKey(std::uint8_t number, std::uint8_t state)
         return;
     if (number == layout.fnKey)
         layout.fnHeld = state == down;
-    std::uint16_t value = number < layout.keyUsages.size() ? layout.keyUsages[number] : USAGE_NO_KEY;
+    std::uint16_t value = USAGE_NO_KEY;
+    if (number < layout.keyUsages.size())
+        value = layout.keyUsages[number];
     if (layout.fnHeld && (value != USAGE_FN || layout.fnRaisesItself))
         value = std::uint16_t(value + USAGE_FN);
     NotifyRecord record{.event = state == down ? KEYBOARD_KEY_DOWN : KEYBOARD_KEY_UP, .value = value};

@@ -3,6 +3,7 @@
 #include "devices/keyboards/effect_image.h"
 #include "devices/keyboards/effect_memory.h"
 #include "devices/keyboards/keyboard_layout.h"
+#include "devices/keyboards/status_effect.h"
 #include "pyrux/error.h"
 #include "pyrux/keyboard_records.h"
 #include "pyrux/records.h"
@@ -18,7 +19,10 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <mutex>
+#include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -37,7 +41,7 @@ public:
     // Life cycle, for the host object.
     bool openFailed() const { return !opened; }
     void setUnplugged(bool gone);
-    void noteClosed() { closed = true; }
+    void noteClosed();
     void abort() { exchange.abort(); }
     void sayGoodbye();
     bool endThreads(std::chrono::milliseconds limit);
@@ -99,18 +103,20 @@ private:
 
     // Effects. What is not a host operation wants `effectsLock` held.
     template <class Work>
-    _error onEffects(Work work);
+    _error withEffects(Work work);
     _error reload();
-    void loadEffects();
+    EffectMemory::Loaded loadEffects();
     std::uint8_t activeEffect() const;
     void setActiveEffect(std::uint8_t effect);
     std::uint8_t readEffectMode();
     _error selectEffect(std::uint8_t id);
-    EffectData cachedEffect(std::uint8_t effect) const;
+    _error preview(std::uint8_t effect, const EffectData& data);
 
     _error beginStatusEffect(const SystemStatusEffect& params);
     _error prepareStatusFrames();
-    void askService(std::uint32_t statusEffectType);
+    void askService(std::uint32_t type);
+    std::optional<std::uint32_t> statusShown() const;
+    void showStatus(std::span<const std::uint8_t> frame);
 
     void take(const Reply& reply);
     bool takeChange(const Reply& reply);
@@ -137,7 +143,8 @@ private:
 
     std::mutex frameLock; ///< Guards `lightingReport`.
     Report lightingReport;
-    CmdQueue queue; // goes before the channel that it writes to
+    CmdQueue queue;                             // goes before the channel that it writes to
+    std::unique_ptr<StatusEffect> statusEffect; // likewise
 };
 
 } // namespace pyrux

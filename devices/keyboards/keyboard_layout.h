@@ -2,6 +2,7 @@
 
 #include "core/models.h"
 #include "devices/keyboards/effect_records.h"
+#include "devices/keyboards/status_chart.h"
 #include "pyrux/keyboard_records.h"
 
 #include <array>
@@ -27,27 +28,19 @@ inline constexpr std::size_t zoneCount = 4;  ///< Of the multizone effect.
 
 /// The effects of the keyboards with a status effect, by number.
 inline constexpr std::array<EffectRow, effectCount> statusKeyboardEffects{{
-    {1, 0, 0x88888888}, // 0
-    {1, 0, 0x99999999},
-    {2, 0, 0x88888888}, // 2
-    {2, 0, 0x88888888},
-    {1, 0, 0xBBBBBBBB}, // 4, custom
-    {2, 0, 0x88888888}, // 5
-    {2, 0, 0x88888888},
-    {1, 0, 0x88888888}, // 7
-    {1, 0, 0x88888888},
-    {2, 0, 0x88888888}, // 9
-    {2, 0, 0x88888888},
-    {2, 0, 0x88888888},
-    {2, 0, 0x88888888},
-    {1, 0, 0x88888888}, // 13
-    {1, 0, 0x88888888},
-    {2, 0, 0x88888888}, // 15
-    {1, 0, 0xAAAAAAAA}, // 16, the empty frame
-    {2, 0, 0x88888888}, // 17, rain
-    {5, 1, 0xAAAAAAAA}, // 18, multilayer
-    {8, 0, 0x88880888}, // 19, multizone
-    {1, 0, 0xAAAAAAAA}, // 20, system status
+    {1, 0, 0x88888888},                                                             // 0
+    {1, 0, 0x99999999}, {2, 0, 0x88888888},                                         // 2
+    {2, 0, 0x88888888}, {1, 0, 0xBBBBBBBB},                                         // 4, custom
+    {2, 0, 0x88888888},                                                             // 5
+    {2, 0, 0x88888888}, {1, 0, 0x88888888},                                         // 7
+    {1, 0, 0x88888888}, {2, 0, 0x88888888},                                         // 9
+    {2, 0, 0x88888888}, {2, 0, 0x88888888}, {2, 0, 0x88888888}, {1, 0, 0x88888888}, // 13
+    {1, 0, 0x88888888}, {2, 0, 0x88888888},                                         // 15
+    {1, 0, 0xAAAAAAAA},                                                             // 16, the empty frame
+    {2, 0, 0x88888888},                                                             // 17, rain
+    {5, 1, 0xAAAAAAAA},                                                             // 18, multilayer
+    {8, 0, 0x88880888},                                                             // 19, multizone
+    {1, 0, 0xAAAAAAAA},                                                             // 20, system status
 }};
 
 /// A keyboard's effect memory.
@@ -84,14 +77,6 @@ struct EffectLayout {
     {
         return isSimple(effect) && effect != custom && effect != systemStatus;
     }
-};
-
-/// The status effect's bars on the keys.
-struct StatusChart {
-    int columns = 19;
-    int rows = 6;
-    int firstLed = 7;      ///< Of column 0, at the top.
-    int ledsPerColumn = 7; ///< From a column to the next; a row is one LED.
 };
 
 /// What a status effect type beyond those that there are does.

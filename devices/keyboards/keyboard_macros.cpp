@@ -11,13 +11,13 @@ namespace pyrux {
 
 namespace {
 
-namespace cmd { // numbers are report bytes; a reply counts from 0
-constexpr Report setPlace{0x51, 0x18};   // 3: macro, 5 and 6: key field
-constexpr Report setName{0x51, 0x19};    // 3: macro, 5 to 20: name
-constexpr Report getPlace{0x52, 0x18};   // 3: macro; reply 4 and 5: key field
-constexpr Report getName{0x52, 0x19};    // 3: macro; reply 4 to 19: name
-constexpr Report setEvents{0x53, 0x00};  // 2: 1 behind the first block, 3: count, 5: events
-constexpr Report getEvents{0x53, 0x10};  // 2: 0x11 behind the first block, 3: count; reply 4: events
+namespace cmd {                         // numbers are report bytes; a reply counts from 0
+constexpr Report setPlace{0x51, 0x18};  // 3: macro, 5 and 6: key field
+constexpr Report setName{0x51, 0x19};   // 3: macro, 5 to 20: name
+constexpr Report getPlace{0x52, 0x18};  // 3: macro; reply 4 and 5: key field
+constexpr Report getName{0x52, 0x19};   // 3: macro; reply 4 to 19: name
+constexpr Report setEvents{0x53, 0x00}; // 2: 1 behind the first block, 3: count, 5: events
+constexpr Report getEvents{0x53, 0x10}; // 2: 0x11 behind the first block, 3: count; reply 4: events
 } // namespace cmd
 
 constexpr std::uint8_t macros = 20;
@@ -108,7 +108,7 @@ _error Keyboard::stopRecordMacro()
     // Recording disturbs the lights. Deliberate: what is shown anew is not read anew.
     const std::lock_guard lock(effectsLock);
     const std::uint8_t effect = activeEffect();
-    return effectMemory.preview(effect, cachedEffect(effect));
+    return effectMemory.preview(effect, cachedEffect(layout.effects, effects, effect));
 }
 
 /// What the device answers does not matter here.

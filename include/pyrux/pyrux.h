@@ -2,6 +2,8 @@
 
 #include "pyrux/error.h"
 #include "pyrux/export.h"
+#include "pyrux/qw210.h"
+#include "pyrux/qw220.h"
 #include "pyrux/rd110.h"
 #include "pyrux/rd210.h"
 #include "pyrux/rd215.h"
@@ -106,3 +108,8 @@ PYRUX_API PYRUX_RD110_Base* rd110(const char* path);
 PYRUX_API PYRUX_RD215_Base* rd215(const char* path);
 PYRUX_API PYRUX_RD230_Base* rd230(const char* path);
 PYRUX_API PYRUX_RD240_Base* rd240(const char* path);
+
+/// Factories of the wired keyboards, likewise. The first call takes as long as the keyboard's effects take to
+/// be read: 54 commands, or about 18 s for a device that does not answer.
+PYRUX_API PYRUX_QW210_Base* qw210(const char* path);
+PYRUX_API PYRUX_QW220_Base* qw220(const char* path);
