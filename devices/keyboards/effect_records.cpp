@@ -25,10 +25,12 @@ constexpr SpeedColumns forwardSpeeds{
 constexpr SpeedColumns backwardSpeeds{
     {{4, {4, 4, 4, 4, 4}}, {14, {0xFF, 0xFE, 0xFD, 0xFC, 0xFC}}, {17, {0x40, 0x80, 0x80, 0xC0, 0x00}}}};
 
+} // namespace
+
 // Sizes are those of the device's table, but for the custom effect, whose colours are not counted here.
 // The device knows one more opcode, 10 A0, which no effect has: such a record is refused as unknown.
 // clang-format off
-constexpr std::array<RecordForm, 19> forms{{
+constinit const std::array<RecordForm, 19> statusKeyboardForms{{
     {.effectId = 0, .opcode = {0x00, 0x01}, .size = 16, .head = still, .coloured = true},
     {.effectId = 1, .opcode = {0x00, 0x32}, .size = 20, .head = still, .optionByte = 13,
      .speeds = {{{4, {23, 13, 7, 9, 8}}, {14, {1, 4, 6, 12, 17}}}},
@@ -78,6 +80,8 @@ constexpr std::array<RecordForm, 19> forms{{
     {.effectId = 20, .opcode = {0x04, 0xF0}, .size = shortest, .head = still, .bright = false},
 }};
 // clang-format on
+
+namespace {
 
 /// Place of a speed in the columns: what is not 1 to 5 counts as 5.
 std::size_t speedPlace(std::uint8_t speed)
@@ -134,8 +138,6 @@ bool directionOf(const RecordForm& form, std::span<const std::uint8_t> record)
 }
 
 } // namespace
-
-constinit const std::span<const RecordForm> statusKeyboardForms = forms;
 
 std::optional<std::vector<std::uint8_t>> encodeRecord(std::span<const RecordForm> all,
                                                       const EffectRecord& effect,

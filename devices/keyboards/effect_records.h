@@ -56,7 +56,7 @@ struct RecordForm {
 inline constexpr std::uint8_t reverseOption = 4;
 
 /// The records of the keyboards with a status effect.
-extern const std::span<const RecordForm> statusKeyboardForms;
+extern const std::array<RecordForm, 19> statusKeyboardForms;
 
 /// A record without anything in it.
 inline constexpr EffectRecord clearedEffect{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};

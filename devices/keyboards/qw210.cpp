@@ -9,7 +9,7 @@ namespace {
 
 std::atomic<bool> fnHeld{false};
 
-constexpr KeyboardLayout layout{
+constexpr KeyboardLayout ownLayout{
     .model = QW210::model,
     .failureText = "QW210 USB fail",
     .serviceName = "qw210",
@@ -19,7 +19,7 @@ constexpr KeyboardLayout layout{
 
 } // namespace
 
-QW210::QW210(const std::string& path) : Keyboard(path, layout) {}
+QW210::QW210(const std::string& path) : Keyboard(path, ownLayout) {}
 
 } // namespace pyrux
 

@@ -17,7 +17,7 @@ constexpr auto keyUsages = [] {
     return keys;
 }();
 
-constexpr KeyboardLayout layout{
+constexpr KeyboardLayout ownLayout{
     .model = QW220::model,
     .failureText = "QW220 USB fail",
     .serviceName = "qw220",
@@ -32,7 +32,7 @@ constexpr KeyboardLayout layout{
 
 } // namespace
 
-QW220::QW220(const std::string& path) : Keyboard(path, layout) {}
+QW220::QW220(const std::string& path) : Keyboard(path, ownLayout) {}
 
 } // namespace pyrux
 
