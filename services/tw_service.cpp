@@ -3,7 +3,9 @@
 #include "core/log.h"
 
 #include <array>
+#include <filesystem>
 #include <optional>
+#include <system_error>
 
 namespace pyrux {
 namespace {
@@ -16,6 +18,7 @@ constexpr std::string_view deskService = "twldservicepipe"; // resident service 
 constexpr std::string_view controlApp = "twironwoodpipe";   // control application
 } // namespace peer
 
+constexpr const char* releaseFile = "TWRelease.ini";
 constexpr std::string_view acknowledgement = "TW_OK";
 constexpr std::size_t commandPiece = 256;
 constexpr std::size_t queryPiece = 127;
@@ -35,6 +38,12 @@ _error TW_SERVICE::sendToDeskService(std::string_view text)
 _error TW_SERVICE::sendToControlApp(std::string_view text)
 {
     return command(peer::controlApp, text);
+}
+
+_error TW_SERVICE::sendToHostService(std::string_view text)
+{
+    std::error_code unknown;
+    return std::filesystem::exists(releaseFile, unknown) ? sendToDeskService(text) : sendToService(text);
 }
 
 _error TW_SERVICE::queryService(std::string& text)

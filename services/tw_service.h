@@ -29,6 +29,10 @@ public:
     _error sendToDeskService(std::string_view text);
     _error sendToControlApp(std::string_view text);
 
+    /// A command to the resident service of the host that is installed: the LumaDesk host's when the current
+    /// directory has the file "TWRelease.ini", otherwise the ATRIUM host's.
+    _error sendToHostService(std::string_view text);
+
     /// Queries: `text` goes out and is replaced by the reply, whose pieces of 127 bytes replace each other,
     /// so that of a longer reply only the last piece is left. The connection stays open as with a command.
     /// @return E_OK; E_INVALID_GET: no peer, nothing sent; E_PIPE_FAIL: the exchange failed

@@ -5,12 +5,15 @@
 #include "pyrux/glow_hub.h"
 #include "pyrux/glow_hub2.h"
 #include "pyrux/play_dock.h"
+#include "pyrux/qw210.h"
+#include "pyrux/qw220.h"
 #include "pyrux/rd110.h"
 #include "pyrux/rd210.h"
 #include "pyrux/rd215.h"
 #include "pyrux/rd230.h"
 #include "pyrux/rd240.h"
 #include "pyrux/records.h"
+#include "pyrux/sys_info.h"
 #include "pyrux/tint_hub.h"
 
 #include <cstdint>
@@ -19,9 +22,6 @@
 /// The exports of the library: plain functions, callable without any object and from any thread. A host calls
 /// `pyrux_background` (optional), `pyrux_init`, `registerDevNotify`, `devNums`, `devInfo`, then the factory
 /// of each device's model, and `pyrux_exit` at the end.
-
-/// The object of `sysInfo`.
-struct SYS_INFO_Base;
 
 /// Starts the library's threads. Repeated calls, also behind `pyrux_exit`, do nothing. Always 0.
 /// @note Tells the control application "app_control_on" unless in background mode, and waits for it up to 3 s
@@ -77,7 +77,8 @@ PYRUX_API void getDGVersion(const char* path, std::uint16_t* version);
 /// @param path     device path, VID_ and PID_ in upper case
 PYRUX_API void getDriverVersion(const char* path, std::uint8_t* version);
 
-/// Makes an object that reports on the host computer.
+/// Makes an object that reports on the host computer. Each call makes another; the caller owns it and ends it
+/// by its `destroy`. Where the resident service is there, it is asked for its core counts first.
 PYRUX_API SYS_INFO_Base* sysInfo();
 
 /// Temperatures of the processor and the graphics card in degrees Celsius, from the resident service.
@@ -117,3 +118,8 @@ PYRUX_API PYRUX_GLOW_Base* glow_hub(const char* path);
 PYRUX_API PYRUX_GLOW2_Base* glow2(const char* path);
 PYRUX_API PYRUX_TINT_Base* tint_hub(const char* path);
 PYRUX_API PYRUX_PLAY_DOCK_Base* playdock(const char* path);
+
+/// Factories of the wired keyboards, likewise. The first call takes as long as the keyboard's effects take to
+/// be read: 54 commands, or about 18 s for a device that does not answer.
+PYRUX_API PYRUX_QW210_Base* qw210(const char* path);
+PYRUX_API PYRUX_QW220_Base* qw220(const char* path);

@@ -37,7 +37,8 @@ std::string lowerCased(std::string text)
 
 std::vector<DevInfoRecord> listed()
 {
-    std::vector<DevInfoRecord> records(std::size_t(devNums()) + 16);
+    // With room for all that may come between the two calls.
+    std::vector<DevInfoRecord> records(std::size_t(devNums()) + 64);
     records.resize(std::size_t(devInfo(records.data())));
     return records;
 }
