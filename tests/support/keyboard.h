@@ -1,8 +1,7 @@
 #pragma once
 
 #include "pyrux/keyboard_records.h"
-#include "pyrux/qw210.h"
-#include "pyrux/qw220.h"
+#include "pyrux/pyrux.h"
 #include "tests/support/keyboard_images.h"
 #include "tests/support/mouse.h"
 

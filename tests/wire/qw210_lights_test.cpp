@@ -85,8 +85,9 @@ TYPED_TEST(KeyboardLights, ofOneColorHaveTheirCommandFromTheTakeOver)
 TYPED_TEST(KeyboardLights, arePaintedOneByOneAndTheOthersBlack)
 {
     const std::string expected = this->with("C0 01 02 00 07 11 12 13 00 21 22 23", {0, 7});
-    EXPECT_EQ(this->sent({{7, 0x11, 0x12, 0x13, 0xEE}, {0, 0x21, 0x22, 0x23, 0xEE}}, reports(expected).size()),
-              expected);
+    EXPECT_EQ(
+        this->sent({{7, 0x11, 0x12, 0x13, 0xEE}, {0, 0x21, 0x22, 0x23, 0xEE}}, reports(expected).size()),
+        expected);
 }
 
 TYPED_TEST(KeyboardLights, ofNoListStay)
@@ -123,7 +124,8 @@ TYPED_TEST(KeyboardLights, areFifteenToAReport)
     for (int key = 20; key < 37; ++key) {
         const auto byte = std::uint8_t(key);
         list.push_back({key, byte, 0x80, 0x01, 0});
-        (key < 35 ? first : second) += " " + hex(std::span(&byte, 1)) + " " + hex(std::span(&byte, 1)) + " 80 01";
+        (key < 35 ? first : second) +=
+            " " + hex(std::span(&byte, 1)) + " " + hex(std::span(&byte, 1)) + " 80 01";
         listed.insert(key);
     }
     const std::string expected = this->with(joined({first, second}), listed);
