@@ -86,8 +86,11 @@ TYPED_TEST(KeyboardEvents, tellOfTheEffect)
 
 TYPED_TEST(KeyboardEvents, ofBothKindsAreThatOfTheProfile)
 {
-    EXPECT_EQ(this->eventsOf("42 20 00 00 01 00 00 01"), "0:0");
-    EXPECT_EQ(this->keyboard.written(), joined({acknowledgement, "41 01"}));
+    this->keyboard.device->send("42 20 00 00 01 00 00 01");
+    EXPECT_EQ(this->keyboard.written(1), acknowledgement);
+    this->keyboard.settle();
+    EXPECT_EQ(Notifications::await(0), "0:0");
+    EXPECT_EQ(this->keyboard.written(), "41 01"); // no second acknowledgement
 }
 
 TYPED_TEST(KeyboardEvents, passOverReportsThatAreNone)
@@ -112,11 +115,11 @@ constexpr std::array<int, 120> usages{
     0xE3,   0xE0, 0xE2, 0x2C, 0x88, 0xE7, 0x29, 0x3A, 0x3B, 0x3C, 0x8B, 0x8A, 0x46, 0x47, 0x3D,
     0x3E,   0x3F, 0x48, 0xF2, 0xF3, 0xF0, 0xF4, 0x40, 0x41, 0x42, 0x00, 0x00, 0x00, 0x64, 0x32};
 
-/// QW220 has no keys at 112 to 115 of the listed table.
+/// QW220 has no keys where QW210 has F2, F3, F0 and F4.
 template <class Model>
 int usageOf(int number)
 {
-    if (number >= 120)
+    if (number >= 120 || (std::is_same_v<Model, QW220Model> && number >= 108 && number < 112))
         return 0;
     return usages[std::size_t(number)];
 }
@@ -184,8 +187,11 @@ TYPED_TEST(KeyboardEvents, goToNobodyOnceTheCallbackIsGone)
 {
     EXPECT_EQ(this->keyboard->unRegisterNotify(), E_OK);
     EXPECT_EQ(this->eventsOf(keyReport(5, "C0")), "");
-    EXPECT_EQ(this->eventsOf("42 20 00 00 01"), "");
-    EXPECT_EQ(this->keyboard.written(), joined({"41 01", acknowledgement, "41 01"}));
+    this->keyboard.written();
+    this->keyboard.device->send("42 20 00 00 01");
+    EXPECT_EQ(this->keyboard.written(1), acknowledgement);
+    this->keyboard.settle();
+    EXPECT_EQ(Notifications::await(0), "");
     EXPECT_TRUE(this->reads());
     EXPECT_EQ(this->keyboard->registerNotify(Notifications::callback), E_OK);
     EXPECT_EQ(this->eventsOf(keyReport(5, "C0")), "2:4");
