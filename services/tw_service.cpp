@@ -2,6 +2,8 @@
 
 #include "core/log.h"
 
+#include <nlohmann/json.hpp>
+
 #include <array>
 #include <filesystem>
 #include <optional>
@@ -102,6 +104,15 @@ _error TW_SERVICE::query(std::string_view name, std::string& text)
         text = buffer.data(); // deliberate: replaced, not appended, and at an end that the peer sends it ends
     }
     return E_OK;
+}
+
+std::string deviceCommand(std::string_view device, std::string_view operation,
+                          std::initializer_list<std::pair<std::string_view, std::uint32_t>> arguments)
+{
+    nlohmann::json param = nlohmann::json::object();
+    for (const auto& [name, value] : arguments)
+        param[std::string(name)] = value;
+    return nlohmann::json{{"mod", device}, {"func", operation}, {"param", param}}.dump();
 }
 
 } // namespace pyrux

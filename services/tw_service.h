@@ -4,9 +4,12 @@
 #include "pyrux/error.h"
 
 #include <chrono>
+#include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace pyrux {
 
@@ -51,5 +54,11 @@ private:
     PipeLimits limits;
     std::unique_ptr<platform::PipeClient> pipe;
 };
+
+/// The text of a command by which an application hands a device's operation over to the resident service.
+/// @param device     the model, in lower case
+/// @param arguments  names and values
+std::string deviceCommand(std::string_view device, std::string_view operation,
+                          std::initializer_list<std::pair<std::string_view, std::uint32_t>> arguments);
 
 } // namespace pyrux

@@ -6,8 +6,6 @@
 #include "devices/keyboards/keyboard_commands.h"
 #include "services/tw_service.h"
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
 #include <span>
 #include <string>
@@ -290,9 +288,8 @@ _error Keyboard::prepareStatusFrames()
 /// Hands the effect over to the resident service. What it answers, or whether it is there, does not matter.
 void Keyboard::askService(std::uint32_t type)
 {
-    const nlohmann::json command{
-        {"mod", layout.serviceName}, {"func", "setSystemStatusEffect"}, {"param", {{"type", type}}}};
-    TW_SERVICE().sendToHostService(command.dump());
+    TW_SERVICE().sendToHostService(
+        deviceCommand(layout.serviceName, "setSystemStatusEffect", {{"type", type}}));
 }
 
 _error Keyboard::registerSystemStatusNotify(SystemStatusCallback callback)

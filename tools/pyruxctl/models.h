@@ -45,6 +45,8 @@ const Model* findModel(std::uint32_t vid, std::uint32_t pid);
 std::string_view findName(std::uint32_t vid, std::uint32_t pid);
 
 namespace models_of {
+Model qw210();
+Model qw220();
 Model rd110();
 Model rd210();
 Model rd215();
