@@ -23,7 +23,7 @@ struct Scenario {
     const char* name;
     std::function<void(ScriptedMouse&)> prepare;
     std::function<_error(Host)> call;
-    _error result;
+    int result;
     std::string written;
     /// What the next call that uses the library's copy sends.
     std::string then;
