@@ -9,10 +9,10 @@ namespace {
 
 std::atomic<bool> fnHeld{false};
 
-/// QW210's keys without the four at places 112 to 115.
+/// QW210's keys without F2, F3, F0 and F4, which stand at places 108 to 111.
 constexpr auto keyUsages = [] {
     auto keys = fullSizeKeys;
-    for (std::size_t place = 112; place < 116; ++place)
+    for (std::size_t place = 108; place < 112; ++place)
         keys[place] = USAGE_NO_KEY;
     return keys;
 }();
