@@ -281,7 +281,7 @@ TYPED_TEST(KeyboardEffects, ofFourZonesAreShownUnderTheirMasks)
         masks += " " + times(2 * mask, byte);
     EXPECT_EQ(this->keyboard.written(),
               previewOf(19, 8, "88 08 88 88",
-                        "29 00 29 00 09 00 00 00 0B 00 01 00 0F 00 02 00 13 00 03 00 19 00 04 00 1B 00 05 00 "
+                        "26 00 26 00 09 00 00 00 0B 00 01 00 0F 00 02 00 13 00 03 00 19 00 04 00 1B 00 05 00 "
                         "1D 00 06 00 21 00 07 00 "
                         "10 00 00 C1 00 00 00 00 "
                         "00 01 00 C1 00 00 00 00 10 20 30 A0 00 00 00 00 "
@@ -315,7 +315,7 @@ TYPED_TEST(KeyboardEffects, ofOtherNumbersOfFramesAreNoLayersAndNoZones)
     Four got{};
     EXPECT_EQ(this->keyboard->getMultilayerEffect(got.data()), E_OK);
     for (const EffectRecord& layer : got) // as the rule for a missing rain effect left them
-        EXPECT_EQ(textOf(layer), "10 FF FF FF 03 00 FF 00 00 00 00 00");
+        EXPECT_EQ(textOf(layer), "10 FF FF FF 03 00 FF 00 00 00 00 FF");
 }
 
 /// The custom effect has one frame, so it may be a layer or a zone, with the colors that are kept.

@@ -289,7 +289,8 @@ TYPED_TEST(KeyboardMemory, thatIsEmptyLacksTheRainEffect)
         }
     EXPECT_EQ(copyOf(keyboard, 10), "00 FF FF FF 00 00 00 00 00 00 00 00");
     EXPECT_EQ(copyOf(keyboard, 17), "11 FF FF FF 03 00 FF 00 00 00 00 FF");
-    EXPECT_EQ(layersOf(keyboard), std::vector<std::string>(4, "10 FF FF FF 03 00 FF 00 00 00 00 00"));
+    // The background of a layer is that of a new record.
+    EXPECT_EQ(layersOf(keyboard), std::vector<std::string>(4, "10 FF FF FF 03 00 FF 00 00 00 00 FF"));
     EXPECT_EQ(zonesOf(keyboard), std::vector<std::string>(4, "10 FF FF FF 03 00 FF 00 00 00 00 FF"));
     EXPECT_EQ(keyboard->saveConfig(), E_OK);
     EXPECT_EQ(keyboard.written(),

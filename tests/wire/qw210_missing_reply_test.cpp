@@ -190,7 +190,7 @@ std::vector<Scenario> scenarios()
              return result;
          },
          E_OK, "41 80 | 52 18 05 | 52 19 05 | 51 18 05 00 04 5E 66 | 53 10 0F", ""},
-        {"macro events", macroWithout("53 10"),
+        {"macro events", macroWithout("53 10 0F"),
          [](Host host) {
              MacroRecord record = macro(5);
              return host.getMacro(&record);

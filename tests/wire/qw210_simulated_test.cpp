@@ -36,7 +36,7 @@ protected:
 
     void plug()
     {
-        path = sim::plug(device, "port");
+        path = sim::plug(device);
         host = Model::factory(path.c_str());
         ASSERT_NE(host, nullptr);
     }
@@ -45,16 +45,13 @@ protected:
     {
         sim::unplug(path);
         host->exit_device(1);
-        host = nullptr;
     }
 
-    /// The keyboard comes back to its port, and the host opens it as another device.
+    /// The keyboard goes to another port, where the host opens it anew.
     void replug()
     {
         pull();
-        path = sim::plug(device);
-        host = Model::factory(path.c_str());
-        ASSERT_NE(host, nullptr);
+        plug();
     }
 
     Light light(int led) const { return device->lights().at(std::size_t(led)); }
