@@ -66,10 +66,10 @@ constinit const std::array<RecordForm, 19> statusKeyboardForms{{
      .fixed = {{{16, {0x01, 0x08, 0x09, 0x04}}}}, .telling = TellingByte{16, 0x01}},
     {.effectId = 13, .opcode = {0x00, 0x34}, .size = 24, .head = still,
      .speeds = forwardSpeeds, .reversed = backwardSpeeds,
-     .fixed = {{{10, {0xFF}}, {19, {0x04, 0xA0, 0x00, 0x30}}}}},
+     .fixed = {{{4, {4}}, {10, {0xFF}}, {19, {0x04, 0xA0, 0x00, 0x30}}}}},
     {.effectId = 14, .opcode = {0x00, 0x83}, .size = 24, .head = still,
      .speeds = forwardSpeeds, .reversed = backwardSpeeds,
-     .fixed = {{{10, {0xFF}}, {19, {0x00, 0x30, 0x00, 0x10}}}}},
+     .fixed = {{{4, {4}}, {10, {0xFF}}, {19, {0x00, 0x30, 0x00, 0x10}}}}},
     {.effectId = 15, .opcode = {0x01, 0x82}, .size = 20, .head = moving, .coloured = true,
      .direction = {0, 2}, .speeds = sweepSpeeds, .fixed = {{{14, {6}}, {17, {0x90, 0x14, 0x20}}}},
      .telling = TellingByte{17, 0x90}},
@@ -89,7 +89,7 @@ std::size_t speedPlace(std::uint8_t speed)
     return speed >= 1 && speed <= 5 ? speed - 1U : 4U;
 }
 
-/// The columns that go with an option; none: deliberately, the record keeps no speed then.
+/// The columns that go with an option; none: deliberately, the record keeps no speed then, but its period.
 const SpeedColumns* columnsOf(const RecordForm& form, std::uint8_t option)
 {
     if (!form.reversed || option == 0)

@@ -48,7 +48,7 @@ struct RecordForm {
     std::optional<std::uint8_t> directedOpcode{}; ///< First opcode byte with a direction, told by that alone.
     SpeedColumns speeds{};
     std::optional<SpeedColumns> reversed{}; ///< With `reverseOption`; other options but 0 have no speed.
-    std::array<FixedBytes, 2> fixed{};
+    std::array<FixedBytes, 3> fixed{};
     std::optional<TellingByte> telling{};
 };
 
