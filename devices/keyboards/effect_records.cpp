@@ -1,7 +1,6 @@
 #include "devices/keyboards/effect_records.h"
 
 #include <algorithm>
-#include <ranges>
 
 namespace pyrux {
 
