@@ -797,9 +797,11 @@ TEST_F(StandinTest, showsTheLightsOfADeviceToPlainFunctions)
 
 TEST_F(StandinTest, isReachedByPlainFunctions)
 {
-    EXPECT_STREQ(pyrux_sim_models(), "glow2,glow_hub,playdock,rd110,rd210,rd215,rd230,rd240,tint_hub");
-    EXPECT_EQ(firmwareNames(), (std::vector<std::string>{"glow2", "glow_hub", "playdock", "rd110", "rd210",
-                                                         "rd215", "rd230", "rd240", "tint_hub"}));
+    EXPECT_STREQ(pyrux_sim_models(),
+                 "glow2,glow_hub,playdock,qw210,qw220,rd110,rd210,rd215,rd230,rd240,tint_hub");
+    EXPECT_EQ(firmwareNames(),
+              (std::vector<std::string>{"glow2", "glow_hub", "playdock", "qw210", "qw220", "rd110", "rd210",
+                                        "rd215", "rd230", "rd240", "tint_hub"}));
     EXPECT_EQ(makeFirmware("rd211"), nullptr);
 
     std::array<char, 1024> plugged{};

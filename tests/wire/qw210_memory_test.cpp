@@ -392,6 +392,36 @@ TYPED_TEST(KeyboardMemory, leavesOutZonesThatAreNotKnown)
     }
 }
 
+/// A pair of period and step, or of period and length, that no speed has makes a record unknown: its zone is
+/// left out.
+TYPED_TEST(KeyboardMemory, leavesOutZonesOfNoSpeed)
+{
+    for (const char* record : {
+             "00 32 00 C1 07 00 00 00 FF FF FF 80 00 00 04 00 00 04 08 00",             // 1: 7 with 4
+             "00 80 00 80 0B 10 00 00 11 22 33 80 00 00 01 01 03 00 00 00",             // 2: 11 with 1
+             "04 80 00 80 04 10 00 00 11 22 33 80 02 00 05 00 00 00 00 00",             // 3: 4 with 5
+             "00 40 00 80 0A 10 00 00 11 22 33 80 00 00 01 00 01 10 08 01 10 00 00 00", // 5: 10 with 1
+             "81 40 00 80 05 10 00 00 11 22 33 80 00 00 03 00 18 FF 10 10 01 40 00 00", // 6: 5 with 18
+             "00 31 00 C1 07 00 00 00 40 00 FF 80 00 00 03 00 00 00 00 00",             // 7: 7
+             "00 30 00 C1 0C 00 00 00 11 22 33 80 01 00 02 00 00 00 00 00",             // 8: 12 with 2
+             "01 82 00 80 0D 10 00 00 11 22 33 80 00 00 01 00 00 01 00 00",             // 9: 13
+             "28 80 00 80 08 10 00 00 11 22 33 80 00 00 01 00",                         // 10: 8
+             "20 A0 00 80 20 10 00 00 11 22 33 80 00 00 04 00 02 FF 00 03",             // 11: 32 with 4
+             "20 A0 00 80 10 10 00 00 11 22 33 80 00 00 06 00 01 08 09 04",             // 12: 16 with 6
+             "00 34 00 C1 04 00 00 00 00 00 FF 80 00 00 05 00 00 40 00 04 A0 00 30 00", // 13: 4 with 5
+             "00 83 00 C1 04 00 00 00 00 00 FF 80 00 00 00 00 00 00 00 00 30 00 10 00", // 14: no option's
+         }) {
+        Memory memory;
+        memory.effect(17, {background, rain});
+        memory.effect(19, {emptyRecord, record, emptyRecord, steadyRecord, emptyRecord, emptyRecord,
+                           emptyRecord, emptyRecord});
+        KeyboardOf<TypeParam> keyboard([&](ScriptedMouse& device) { memory.hold(device); });
+        const std::vector<std::string> zones = zonesOf(keyboard);
+        EXPECT_EQ(zones[0], "00 01 02 03 00 00 04 00 00 00 00 00") << record;
+        EXPECT_EQ(zones[1], "10 FF FF FF 03 00 FF 00 00 00 00 FF") << record;
+    }
+}
+
 /// A layer of effect 0 is the ground: its byte in the extra word is 0, and it takes frame 0.
 TYPED_TEST(KeyboardMemory, givesTheGroundToEachLayerOfEffectZero)
 {
