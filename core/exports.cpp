@@ -7,6 +7,7 @@
 #include "platform/folders.h"
 #include "platform/profile_file.h"
 #include "services/resident_service.h"
+#include "services/sys_info.h"
 #include "transport/audio_devices.h"
 #include "transport/device_path.h"
 #include "transport/dongle_manager.h"
@@ -148,19 +149,17 @@ void getDriverVersion(const char* path, std::uint8_t* version)
 SYS_INFO_Base* sysInfo()
 {
     LOG_EXPORT();
-    return nullptr;
+    return makeSysInfo();
 }
 
 std::int32_t getSysTemp(std::int32_t* cpu, std::int32_t* gpu)
 {
-    LOG_EXPORT();
-    return resident::temperatures(cpu, gpu);
+    return resident::temperatures(cpu, gpu); // logs the call, as for the library's own calls
 }
 
 std::int32_t getSysCore(std::int32_t* first, std::int32_t* second)
 {
-    LOG_EXPORT();
-    return resident::coreCounts(first, second);
+    return resident::coreCounts(first, second); // likewise
 }
 
 std::int32_t getVersion(float* version)

@@ -6,6 +6,7 @@
 #include "core/state.h"
 #include "platform/apartment.h"
 #include "platform/module.h"
+#include "services/service_manager.h"
 #include "services/tw_service.h"
 #include "transport/device_closer.h"
 #include "transport/hotplug.h"
@@ -89,6 +90,7 @@ void stopLibrary()
     platform::leaveApartment();
     stopHotplug();
     // The debug console waits for clients to the end of the process and goes on answering: deliberate.
+    PYRUX_SERVICE::instance().releaseAll();
     debugText(" PYRUX exit send the finish event");
     {
         FinishEvent& event = finishEvent();

@@ -1,5 +1,7 @@
 #include "services/resident_service.h"
 
+#include "core/log.h"
+
 #include <algorithm>
 #include <charconv>
 #include <string>
@@ -38,11 +40,13 @@ _error tell(std::string request, PipeLimits limits)
 
 _error temperatures(std::int32_t* cpu, std::int32_t* gpu, PipeLimits limits)
 {
+    logCall(systemCategory, "PYRUX::getSysTemp", __LINE__);
     return askForPair("temp", cpu, gpu, limits);
 }
 
 _error coreCounts(std::int32_t* first, std::int32_t* second, PipeLimits limits)
 {
+    logCall(systemCategory, "PYRUX::getSysCore", __LINE__);
     return askForPair("getcorenum", first, second, limits);
 }
 
@@ -84,19 +88,27 @@ NumberPair readNumberPair(std::string_view reply)
     return {NumberPair::Found::both, *first, *second};
 }
 
-/// Blind to the host's locale, whose decimal point may be another.
+// Blind to the host's locale, whose decimal point may be another.
 template <class Number>
-std::optional<Number> readNumber(std::string_view text)
+std::errc readNumber(std::string_view text, Number& number)
 {
     text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
     if (text.starts_with('+') && !text.starts_with("+-"))
         text.remove_prefix(1);
+    return std::from_chars(text.data(), text.data() + text.size(), number).ec;
+}
+
+template <class Number>
+std::optional<Number> readNumber(std::string_view text)
+{
     Number number{};
-    if (std::from_chars(text.data(), text.data() + text.size(), number).ec != std::errc())
+    if (readNumber(text, number) != std::errc())
         return {};
     return number;
 }
 
+template std::errc readNumber(std::string_view text, std::int32_t& number);
+template std::errc readNumber(std::string_view text, float& number);
 template std::optional<std::int32_t> readNumber(std::string_view text);
 template std::optional<float> readNumber(std::string_view text);
 

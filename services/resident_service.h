@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
-#include <utility>
+#include <system_error>
 
 /// @file
 /// What the library asks the resident service of the LumaDesk host.
@@ -16,11 +16,12 @@
 
 namespace pyrux::resident {
 
-/// Temperatures of the processor and the graphics card in degrees Celsius. A reply of fewer than two fields
+/// What the export `getSysTemp` does, its log line included: temperatures of the processor and the graphics
+/// card in degrees Celsius. A reply of fewer than two fields
 /// is a success that changes nothing.
 _error temperatures(std::int32_t* cpu, std::int32_t* gpu, PipeLimits limits = {});
 
-/// The service's two core counts, likewise.
+/// What the export `getSysCore` does: the service's two core counts, likewise.
 _error coreCounts(std::int32_t* first, std::int32_t* second, PipeLimits limits = {});
 
 /// The service's version.
@@ -38,7 +39,14 @@ struct NumberPair {
 };
 NumberPair readNumberPair(std::string_view reply);
 
-/// The number that a reply begins with, behind blanks and an optional sign.
+/// The number that a text begins with, behind blanks and an optional sign.
+/// @return no error; invalid_argument: no number; result_out_of_range: none that fits
+template <class Number>
+std::errc readNumber(std::string_view text, Number& number);
+extern template std::errc readNumber(std::string_view text, std::int32_t& number);
+extern template std::errc readNumber(std::string_view text, float& number);
+
+/// The same; no value in both cases.
 template <class Number>
 std::optional<Number> readNumber(std::string_view text);
 extern template std::optional<std::int32_t> readNumber(std::string_view text);

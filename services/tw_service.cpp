@@ -2,8 +2,12 @@
 
 #include "core/log.h"
 
+#include <nlohmann/json.hpp>
+
 #include <array>
+#include <filesystem>
 #include <optional>
+#include <system_error>
 
 namespace pyrux {
 namespace {
@@ -16,6 +20,7 @@ constexpr std::string_view deskService = "twldservicepipe"; // resident service 
 constexpr std::string_view controlApp = "twironwoodpipe";   // control application
 } // namespace peer
 
+constexpr const char* releaseFile = "TWRelease.ini";
 constexpr std::string_view acknowledgement = "TW_OK";
 constexpr std::size_t commandPiece = 256;
 constexpr std::size_t queryPiece = 127;
@@ -35,6 +40,12 @@ _error TW_SERVICE::sendToDeskService(std::string_view text)
 _error TW_SERVICE::sendToControlApp(std::string_view text)
 {
     return command(peer::controlApp, text);
+}
+
+_error TW_SERVICE::sendToHostService(std::string_view text)
+{
+    std::error_code unknown;
+    return std::filesystem::exists(releaseFile, unknown) ? sendToDeskService(text) : sendToService(text);
 }
 
 _error TW_SERVICE::queryService(std::string& text)
@@ -93,6 +104,15 @@ _error TW_SERVICE::query(std::string_view name, std::string& text)
         text = buffer.data(); // deliberate: replaced, not appended, and at an end that the peer sends it ends
     }
     return E_OK;
+}
+
+std::string deviceCommand(std::string_view device, std::string_view operation,
+                          std::initializer_list<std::pair<std::string_view, std::uint32_t>> arguments)
+{
+    nlohmann::json param = nlohmann::json::object();
+    for (const auto& [name, value] : arguments)
+        param[std::string(name)] = value;
+    return nlohmann::json{{"mod", device}, {"func", operation}, {"param", param}}.dump();
 }
 
 } // namespace pyrux

@@ -4,9 +4,12 @@
 #include "pyrux/error.h"
 
 #include <chrono>
+#include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace pyrux {
 
@@ -29,6 +32,10 @@ public:
     _error sendToDeskService(std::string_view text);
     _error sendToControlApp(std::string_view text);
 
+    /// A command to the resident service of the host that is installed: the LumaDesk host's when the current
+    /// directory has the file "TWRelease.ini", otherwise the ATRIUM host's.
+    _error sendToHostService(std::string_view text);
+
     /// Queries: `text` goes out and is replaced by the reply, whose pieces of 127 bytes replace each other,
     /// so that of a longer reply only the last piece is left. The connection stays open as with a command.
     /// @return E_OK; E_INVALID_GET: no peer, nothing sent; E_PIPE_FAIL: the exchange failed
@@ -47,5 +54,11 @@ private:
     PipeLimits limits;
     std::unique_ptr<platform::PipeClient> pipe;
 };
+
+/// The text of a command by which an application hands a device's operation over to the resident service.
+/// @param device     the model, in lower case
+/// @param arguments  names and values
+std::string deviceCommand(std::string_view device, std::string_view operation,
+                          std::initializer_list<std::pair<std::string_view, std::uint32_t>> arguments);
 
 } // namespace pyrux

@@ -6,6 +6,8 @@
 #include "pyrux/glow_hub2.h"
 #include "pyrux/play_dock.h"
 #include "pyrux/psuctrl.h"
+#include "pyrux/qw210.h"
+#include "pyrux/qw220.h"
 #include "pyrux/rd110.h"
 #include "pyrux/rd210.h"
 #include "pyrux/rd215.h"
@@ -13,6 +15,7 @@
 #include "pyrux/rd240.h"
 #include "pyrux/records.h"
 #include "pyrux/strandhub.h"
+#include "pyrux/sys_info.h"
 #include "pyrux/tint_hub.h"
 #include "pyrux/voltgrid.h"
 
@@ -22,9 +25,6 @@
 /// The exports of the library: plain functions, callable without any object and from any thread. A host calls
 /// `pyrux_background` (optional), `pyrux_init`, `registerDevNotify`, `devNums`, `devInfo`, then the factory
 /// of each device's model, and `pyrux_exit` at the end.
-
-/// The object of `sysInfo`.
-struct SYS_INFO_Base;
 
 /// Starts the library's threads. Repeated calls, also behind `pyrux_exit`, do nothing. Always 0.
 /// @note Tells the control application "app_control_on" unless in background mode, and waits for it up to 3 s
@@ -80,7 +80,8 @@ PYRUX_API void getDGVersion(const char* path, std::uint16_t* version);
 /// @param path     device path, VID_ and PID_ in upper case
 PYRUX_API void getDriverVersion(const char* path, std::uint8_t* version);
 
-/// Makes an object that reports on the host computer.
+/// Makes an object that reports on the host computer. Each call makes another; the caller owns it and ends it
+/// by its `destroy`. Where the resident service is there, it is asked for its core counts first.
 PYRUX_API SYS_INFO_Base* sysInfo();
 
 /// Temperatures of the processor and the graphics card in degrees Celsius, from the resident service.
@@ -129,3 +130,8 @@ PYRUX_API PYRUX_VOLTGRID_Base* voltgrid(const char* path);
 /// Factories of the strand controllers, likewise.
 PYRUX_API PYRUX_STRANDHUB_Base* strandhub(const char* path);
 PYRUX_API PYRUX_STRANDHUBV2_Base* strandhubv2(const char* path);
+
+/// Factories of the wired keyboards, likewise. The first call takes as long as the keyboard's effects take to
+/// be read: 54 commands, or about 18 s for a device that does not answer.
+PYRUX_API PYRUX_QW210_Base* qw210(const char* path);
+PYRUX_API PYRUX_QW220_Base* qw220(const char* path);

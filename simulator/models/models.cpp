@@ -2,6 +2,7 @@
 
 #include "simulator/models/glow_hub.h"
 #include "simulator/models/glow_hub2.h"
+#include "simulator/models/keyboard.h"
 #include "simulator/models/led_mouse.h"
 #include "simulator/models/play_dock.h"
 #include "simulator/models/power_supply.h"
@@ -46,6 +47,8 @@ constexpr Model models[]{
     {"pt_line_650_multi", makeLine<9>},
     {"pt_line_750_multi", makeLine<10>},
     {"pt_line_850_multi", makeLine<11>},
+    {"qw210", make<QW210Firmware>},
+    {"qw220", make<QW220Firmware>},
     {"rd110", make<RD110Firmware>},
     {"rd210", make<RD210Firmware>},
     {"rd215", make<RD215Firmware>},

@@ -50,6 +50,8 @@ Model glow2();
 Model glow_hub();
 Model playdock();
 Model psuCtrl();
+Model qw210();
+Model qw220();
 Model rd110();
 Model rd210();
 Model rd215();

@@ -1,0 +1,26 @@
+#include "devices/keyboards/qw210.h"
+
+#include "devices/keyboards/matrix_keys.h"
+#include "pyrux/pyrux.h"
+
+namespace pyrux {
+
+namespace {
+
+std::atomic<bool> fnHeld{false};
+
+constexpr KeyboardLayout ownLayout{
+    .model = QW210::model,
+    .failureText = "QW210 USB fail",
+    .serviceName = "qw210",
+    .keyUsages = fullSizeKeys,
+    .fnHeld = fnHeld,
+};
+
+} // namespace
+
+QW210::QW210(const std::string& path) : Keyboard(path, ownLayout) {}
+
+} // namespace pyrux
+
+PYRUX_FACTORY(qw210, pyrux::PYRUX_QW210)

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "devices/keyboards/keyboard_host.h"
+#include "pyrux/qw210.h"
+
+#include <string>
+
+namespace pyrux {
+
+class QW210 : public Keyboard {
+public:
+    static constexpr const ModelRow& model = modelRow("qw210");
+    explicit QW210(const std::string& path);
+};
+
+class PYRUX_QW210 final : public KeyboardHost<QW210, PYRUX_QW210_Base> {
+public:
+    using KeyboardHost::KeyboardHost;
+};
+
+} // namespace pyrux
