@@ -72,6 +72,7 @@ struct HostCalls {
     void* (*create)(void* factory, const char* path); ///< The host object, or null.
     void (*listen)(void* host, std::size_t slot);
     std::int32_t (*stopListening)(void* host); ///< -11 once the device has gone.
+    void (*destroy)(void* host) = nullptr;     ///< Of an object that its user owns.
 };
 
 namespace detail {
@@ -96,6 +97,7 @@ HostCalls hostCalls()
             detail::listen(*static_cast<Interface*>(host), &Interface::registerNotify, slot);
         },
         [](void* host) -> std::int32_t { return static_cast<Interface*>(host)->unRegisterNotify(); },
+        nullptr,
     };
 }
 

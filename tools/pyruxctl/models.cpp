@@ -18,7 +18,8 @@ const Identity* findIdentity(const Model& model, std::uint32_t vid, std::uint32_
 const std::vector<Model>& models()
 {
     static const std::vector<Model> all{
-        models_of::rd110(), models_of::rd210(), models_of::rd215(), models_of::rd230(), models_of::rd240(),
+        models_of::rd110(), models_of::rd210(), models_of::rd215(),
+        models_of::rd230(), models_of::rd240(), models_of::sysInfo(),
     };
     return all;
 }

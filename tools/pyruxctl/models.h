@@ -25,7 +25,7 @@ struct EventName {
 struct Model {
     std::string_view command; ///< On the command line; also the name of the factory export.
     std::string_view summary;
-    std::vector<Identity> identities;
+    std::vector<Identity> identities; ///< Empty: the computer itself, which is always there.
     std::vector<EventName> events;
     std::vector<Operation> operations;
     HostCalls calls;
@@ -50,6 +50,7 @@ Model rd210();
 Model rd215();
 Model rd230();
 Model rd240();
+Model sysInfo();
 } // namespace models_of
 
 } // namespace pyrux::ctl

@@ -30,13 +30,11 @@ using pyrux::peer::PipeServer;
 /// Ends the wait at Ctrl-C or Ctrl-Break.
 class Interrupt {
 public:
-    Interrupt()
-    {
-        SetConsoleCtrlHandler([](DWORD) { return SetEvent(event()); }, TRUE);
-    }
+    Interrupt() { SetConsoleCtrlHandler(handle, TRUE); }
     void wait() { WaitForSingleObject(event(), INFINITE); }
 
 private:
+    static BOOL WINAPI handle(DWORD) { return SetEvent(event()); }
     static HANDLE event()
     {
         static const HANDLE own = CreateEventW(nullptr, TRUE, FALSE, nullptr);
