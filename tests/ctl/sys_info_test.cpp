@@ -64,7 +64,7 @@ TEST_F(SysInfoCommand, tellsWhatTheResidentServiceKnows)
     service.temperatures = "41;52";
     service.cores = "3;5";
     const PipePeer peer("twldservicepipe", answers(service));
-    EXPECT_EQ(ask("getSysCore").out, "{ \"first\": 3, \"second\": 5 }\n");
+    EXPECT_EQ(ask("getSysCore").out, "{\"first\":3,\"second\":5}\n");
     const Json status = Json::parse(ask("awaitStatus").out);
     EXPECT_EQ(status["cpuTemp"], 41);
     EXPECT_EQ(status["gpuTemp"], 52);
