@@ -15,12 +15,14 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <functional>
 #include <future>
 #include <map>
 #include <memory>
+#include <semaphore>
 #include <string>
 #include <thread>
 #include <vector>
@@ -112,6 +114,83 @@ void queuePush(benchmark::State& state)
     queue.setChannel(&channel);
     for (auto _ : state)
         queue.push(0, command);
+}
+
+/// A strand controller that takes reports, counts them and answers nothing.
+class Sink final : public sim::Firmware {
+public:
+    const sim::Identity& identity() const override { return own; }
+    void output(sim::Bytes) override
+    {
+        if (--expected == 0)
+            done.release();
+    }
+    bool happen(const std::string&, const std::vector<int>&) override { return false; }
+    std::vector<std::string> events() const override { return {}; }
+
+    /// In front of the calls that cause so many reports; `await` then waits for them.
+    void expect(int reports) { expected = reports; }
+    void await() { done.acquire(); }
+
+private:
+    const sim::Identity own = sim::makeFirmware("strandhub")->identity();
+    std::atomic<int> expected{0};
+    std::binary_semaphore done{0};
+};
+
+constexpr int reportsPerFrame = 3;
+
+/// One report in each lane of a queue that pauses for nothing.
+void queuedReports(benchmark::State& state)
+{
+    const auto sink = std::make_shared<Sink>();
+    usbHid channel(sim::plug(sink));
+    channel.open(usbHid::Mode::blocking);
+    CmdQueue queue;
+    queue.paceDelayMs = 0;
+    queue.setChannel(&channel);
+    for (auto _ : state) {
+        sink->expect(int(CmdQueue::laneCount));
+        for (std::size_t lane = 0; lane < CmdQueue::laneCount; ++lane)
+            queue.push(lane, command);
+        sink->await();
+    }
+}
+
+/// A lit device, and the frame of 60 LEDs that it is given.
+struct LitDevice {
+    std::shared_ptr<Sink> sink = std::make_shared<Sink>();
+    PYRUX_STRANDHUB_Base& host = *strandhub(sim::plug(sink).c_str());
+    std::vector<LightingLedZone> frame{{10, {}}};
+
+    LitDevice()
+    {
+        for (std::uint32_t led = 0; led < 60; ++led)
+            frame[0].leds.push_back({led, std::uint8_t(led * 4), 128, 255});
+        sink->expect(1 + 18 * reportsPerFrame); // its command, and black for each zone
+        host.setLightingInit();
+        sink->await();
+    }
+    ~LitDevice() { host.exit_device(1); }
+    LitDevice(const LitDevice&) = delete;
+    LitDevice& operator=(const LitDevice&) = delete;
+};
+
+/// From the host's call to the last byte, on so many devices at once.
+template <int devices>
+void litFrames(benchmark::State& state)
+{
+    std::vector<std::unique_ptr<LitDevice>> all;
+    for (int i = 0; i < devices; ++i)
+        all.push_back(std::make_unique<LitDevice>());
+    for (auto _ : state) {
+        for (const auto& one : all) {
+            one->sink->expect(reportsPerFrame);
+            one->host.setSyncLightingData(one->frame);
+        }
+        for (const auto& one : all)
+            one->sink->await();
+    }
 }
 
 void refusedCall(benchmark::State& state)
@@ -263,6 +342,13 @@ void printRatios(std::map<std::string, double>& us)
     row("write with a thread of its own", us["threadPerWrite"], us["rawWrite"], "-");
     row("push of one report to a queue", us["queuePush"], us["rawWrite"],
         verdict(us["queuePush"] <= 1, "at most 1 us"));
+    const auto rate = [](double time) { return std::to_string(int(1e6 / time)) + " a second"; };
+    const double queued = us["queuedReports"] / double(CmdQueue::laneCount);
+    row("one of 21 reports through a queue", queued, us["rawWrite"], rate(queued));
+    const double rawFrame = us["rawWrite"] * reportsPerFrame;
+    row("60 LEDs, call to last byte", us["litFrame"], rawFrame, rate(us["litFrame"]));
+    row("the same, one of 8 devices", us["litFrame8"] / 8, rawFrame, rate(us["litFrame8"] / 8));
+    row("the same, one of 32 devices", us["litFrame32"] / 32, rawFrame, rate(us["litFrame32"] / 32));
     row("host call refused, log off", us["refusedCall"], us["rawWrite"],
         verdict(us["refusedCall"] <= 0.1, "at most 0.1 us"));
     row("host call forwarded, log off", us["forwardedCall"], us["forwardedWork"],
@@ -286,6 +372,10 @@ int main(int count, char** arguments)
              {"watchedWrite", watchedWrite},
              {"threadPerWrite", threadPerWrite},
              {"queuePush", queuePush},
+             {"queuedReports", queuedReports},
+             {"litFrame", litFrames<1>},
+             {"litFrame8", litFrames<8>},
+             {"litFrame32", litFrames<32>},
              {"refusedCall", refusedCall},
              {"forwardedCall", forwardedCall},
              {"forwardedWork", forwardedWork},

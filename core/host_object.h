@@ -117,7 +117,8 @@ protected:
             return E_CLOSED;
         const _error result = call(*device.load());
         log(model().logCategory, [&] {
-            return fullName(operation) + ", ret = " + std::to_string(static_cast<std::int32_t>(result));
+            return fullName(model(), operation) +
+                   ", ret = " + std::to_string(static_cast<std::int32_t>(result));
         });
         return result;
     }
@@ -136,15 +137,9 @@ private:
         CallGate& gate;
     };
 
-    static std::string fullName(std::string_view operation)
-    {
-        std::string name = "PYRUX::";
-        return (name += model().hostClass).append("::").append(operation);
-    }
-
     static void logOwn(std::string_view operation, int line)
     {
-        log(model().logCategory, [&] { return fullName(operation) + ", " + std::to_string(line); });
+        log(model().logCategory, [&] { return fullName(model(), operation) + ", " + std::to_string(line); });
     }
 
     void shutDown(bool unplugged)

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace pyrux {
@@ -83,6 +84,13 @@ consteval const ModelRow& modelRow(std::string_view exportName)
         if (row.exportName == exportName)
             return row;
     throw "no such model";
+}
+
+/// The full name of a host operation, as log lines carry it.
+inline std::string fullName(const ModelRow& model, std::string_view operation)
+{
+    std::string name = "PYRUX::";
+    return name.append(model.hostClass).append("::").append(operation);
 }
 
 static_assert(modelRows.size() == 52);

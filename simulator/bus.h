@@ -110,6 +110,14 @@ PYRUX_SIM_API int pyrux_sim_plug(const char* model, char* path);
 PYRUX_SIM_API int pyrux_sim_unplug(const char* path);
 /// Lets a device do something by itself: `event` as in Firmware::happen, its values in `values`.
 PYRUX_SIM_API int pyrux_sim_event(const char* path, const char* event, const int* values, int count);
+/// Tells what the LEDs of a device show now, as Firmware::picture: `zone` is called for each of its zones,
+/// with the zone's name and three bytes (red, green, blue) for each LED, which are valid during the call.
+/// @param context  handed on to `zone`
+/// @return the number of zones, 0 for a device without lights; -1: no such device
+PYRUX_SIM_API int pyrux_sim_picture(const char* path,
+                                    void (*zone)(void* context, const char* name, const unsigned char* colors,
+                                                 int leds),
+                                    void* context);
 /// Calls back for each report on the wire, on the thread that moves it and one call at a time: direction 0 to
 /// the device (with report id), 1 to the host. The callback does not call the stand-in. Null ends it; no call
 /// comes after that.

@@ -39,6 +39,23 @@ struct Identity {
     int controlInterface = 0;            ///< Interface that takes the commands and emits the reports.
 };
 
+/// One LED of a picture.
+struct Light {
+    std::uint8_t red = 0, green = 0, blue = 0;
+    bool operator==(const Light&) const = default;
+};
+
+/// The LEDs of one part of a device, in the order in which they stand.
+struct LightZone {
+    std::string name; ///< Such as "port 1".
+    std::vector<Light> leds;
+    bool operator==(const LightZone&) const = default;
+};
+
+/// What the LEDs of a device show at one moment, zone by zone. The zones and their LEDs stay the same until
+/// something is plugged into the device, or it is told what is.
+using Picture = std::vector<LightZone>;
+
 /// Base of the firmware models. The calls to `output` come one at a time; `emit` may be used inside them and,
 /// by events that a device makes itself, outside. `output`, `happen` and what a model offers beside them may
 /// come from different threads at once.
@@ -56,6 +73,10 @@ public:
     /// The device gets power, as when it is plugged in: what it had not saved is lost.
     virtual void powerOn() {}
 
+    /// The device loses power, as when it is pulled out. When this returns, nothing comes from it by itself
+    /// any more. Not called inside `output`.
+    virtual void powerOff() {}
+
     /// Takes one output report: its payload, up to 64 bytes, without the report id.
     virtual void output(Bytes payload) = 0;
 
@@ -65,6 +86,10 @@ public:
 
     /// The names of `happen`, each with its values, such as "dpi LEVEL".
     virtual std::vector<std::string> events() const = 0;
+
+    /// What the device's LEDs show now. Empty: the device has none. An effect that the device plays by itself
+    /// is shown standing still.
+    virtual Picture picture() const { return {}; }
 
     /// The side that serves the model sets where input reports go.
     void connect(Sink to)

@@ -293,7 +293,8 @@ void CmdQueue::keepGap(std::unique_lock<std::mutex>& guard)
 
 void CmdQueue::pause(std::unique_lock<std::mutex>& guard, std::chrono::milliseconds time)
 {
-    clock.sleep(guard, changed, time, [&] { return stopFlag.load(); });
+    if (time.count() > 0) // even a sleep of no time gives the processor away
+        clock.sleep(guard, changed, time, [&] { return stopFlag.load(); });
 }
 
 } // namespace pyrux

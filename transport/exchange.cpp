@@ -23,6 +23,7 @@ _error Exchange::transact(const Report& command, std::size_t matchLength, Reply&
 
 _error Exchange::transact(const Report& command, std::span<const std::uint8_t> pattern, Reply& reply)
 {
+    std::unique_lock turn = takeTurn();
     if (ended || !channel.isOpen())
         return E_NOT_OPEN;
     Pending entry{.pattern = pattern, .reply = &reply};
@@ -30,7 +31,12 @@ _error Exchange::transact(const Report& command, std::span<const std::uint8_t> p
         const std::lock_guard lock(mutex);
         pending.push_back(&entry);
     }
-    channel.writeWatched(command.bytes()); // a lost command shows in the missing reply
+    // A lost command shows in the missing reply.
+    channel.writeWatched(command.bytes().first(rules.reportSize));
+    if (turn) {
+        lastWriteTick = clock.now();
+        turn.unlock();
+    }
     lookBriefly([&] { return entry.answered || ended; });
     std::unique_lock lock(mutex);
     entry.changed.wait_for(lock, rules.wait, [&] { return entry.answered || ended; });
@@ -41,6 +47,22 @@ _error Exchange::transact(const Report& command, std::span<const std::uint8_t> p
     if (!ended && !rules.timeoutText.empty())
         log(rules.logCategory, rules.timeoutText);
     return ended || !channel.isOpen() ? E_NOT_OPEN : E_INVALID_GET;
+}
+
+/// Waits until a command may be written; commands with a gap are written one at a time.
+/// @return the lock that keeps others back; none where there is no gap
+std::unique_lock<std::mutex> Exchange::takeTurn()
+{
+    if (rules.gap.count() == 0)
+        return {};
+    std::unique_lock turn(turnMutex);
+    while (!ended && lastWriteTick) {
+        const std::chrono::milliseconds since(clock.now() - *lastWriteTick);
+        if (since >= rules.gap)
+            break;
+        clock.sleep(turn, turnChanged, rules.gap - since, [] { return false; });
+    }
+    return turn;
 }
 
 bool Exchange::deliver(const Reply& reply)

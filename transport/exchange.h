@@ -1,13 +1,17 @@
 #pragma once
 
 #include "pyrux/error.h"
+#include "transport/clock.h"
 #include "transport/report.h"
 #include "transport/usb_hid.h"
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -16,19 +20,25 @@ namespace pyrux {
 
 /// How a family of devices pairs commands with replies.
 struct ExchangeRules {
-    std::chrono::milliseconds wait{2000}; ///< Time for a reply, behind the write.
-    std::string_view timeoutText{};       ///< Logged when no reply comes; empty: nothing is.
-    int logCategory = 0;                  ///< Category of that line.
+    std::chrono::milliseconds wait{2000};  ///< Time for a reply, behind the write.
+    std::string_view timeoutText{};        ///< Logged when no reply comes; empty: nothing is.
+    int logCategory = 0;                   ///< Category of that line.
+    std::size_t reportSize = Report::size; ///< Bytes of a command that go out, the report id included.
     /// Deliberate where it is set: the count of equal bytes is not taken back between waiting commands, so
     /// that a match may begin in one and end in the next; a full match ends the pass.
     bool runningMatchCount = false;
+    /// Least time between the end of one command's write and the next command; 0 for none.
+    std::chrono::milliseconds gap{0};
 };
 
 /// Commands that wait for their reply on one channel. A host's thread sends and waits in `transact`; the
 /// channel's reader hands every input report to `deliver`.
 class Exchange {
 public:
-    Exchange(usbHid& channel, const ExchangeRules& rules) : channel(channel), rules(rules) {}
+    Exchange(usbHid& channel, const ExchangeRules& rules, Clock& clock = Clock::steady())
+        : channel(channel), rules(rules), clock(clock)
+    {
+    }
     Exchange(const Exchange&) = delete;
     Exchange& operator=(const Exchange&) = delete;
 
@@ -53,11 +63,18 @@ public:
 private:
     struct Pending;
 
+    std::unique_lock<std::mutex> takeTurn();
+
     usbHid& channel;
     const ExchangeRules rules;
+    Clock& clock;
     std::mutex mutex;
     std::vector<Pending*> pending;
     std::atomic<bool> ended{false};
+
+    std::mutex turnMutex; ///< Held while a command with a gap is written. Taken before `mutex`.
+    std::condition_variable turnChanged;
+    std::optional<std::uint32_t> lastWriteTick; ///< Kept only where there is a gap.
 };
 
 } // namespace pyrux

@@ -1,7 +1,5 @@
 #include "transport/reader_thread.h"
 
-#include "core/log.h"
-
 #include <algorithm>
 #include <array>
 #include <span>
@@ -59,6 +57,14 @@ void ReaderThread::pause(std::chrono::milliseconds time)
     changed.wait_for(lock, time, [&] { return stopping; });
 }
 
+void ReaderThread::reportFailure() const
+{
+    if (rules.logCategory)
+        log(*rules.logCategory, rules.failureText);
+    else
+        debugText(rules.failureText);
+}
+
 void ReaderThread::run(const std::function<void(const Reply&)>& take)
 {
     int failures = 0;
@@ -74,7 +80,7 @@ void ReaderThread::run(const std::function<void(const Reply&)>& take)
         } else if (count == 0) {
             pause(rules.polledPause);
         } else if (failures == rules.survivedFailures) {
-            log(rules.logCategory, rules.failureText);
+            reportFailure();
             return;
         } else {
             ++failures;

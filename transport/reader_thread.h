@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/log.h"
 #include "transport/report.h"
 #include "transport/usb_hid.h"
 
@@ -8,6 +9,7 @@
 #include <condition_variable>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <string_view>
 #include <thread>
 
@@ -20,7 +22,8 @@ struct ReaderRules {
     std::chrono::milliseconds failurePause{100}; ///< Pause behind a failed read that is survived.
     std::chrono::milliseconds polledPause{0}; ///< Pause behind a look at a polled channel that found nothing.
     std::string_view failureText{};           ///< Logged when the thread gives up.
-    int logCategory = 0;                      ///< Category of that line.
+    /// Category of that line; none: it goes to the debug output alone, whatever the log's settings.
+    std::optional<int> logCategory = systemCategory;
 };
 
 /// The one thread that reads a channel.
@@ -49,6 +52,7 @@ private:
     void askToStop();
     void run(const std::function<void(const Reply&)>& take);
     void pause(std::chrono::milliseconds time);
+    void reportFailure() const;
 
     usbHid& channel;
     const ReaderRules rules;

@@ -24,6 +24,7 @@ enum _error : std::int32_t {
     E_WRITE_TIMEOUT = -12, ///< A write to the device took longer than its limit.
     E_NO_SPACE = -13,      ///< No space on a display device.
     E_NOT_SUPPORTED = -15, ///< A lighting operation that this device does not have.
+    E_WRONG_REPLY = -98,   ///< Lighting controllers: a reply that does not fit the request.
 };
 
 #pragma pop_macro("E_FAIL")

@@ -2,13 +2,20 @@
 
 #include "pyrux/error.h"
 #include "pyrux/export.h"
+#include "pyrux/glow_hub.h"
+#include "pyrux/glow_hub2.h"
+#include "pyrux/play_dock.h"
+#include "pyrux/psuctrl.h"
 #include "pyrux/rd110.h"
 #include "pyrux/rd210.h"
 #include "pyrux/rd215.h"
 #include "pyrux/rd230.h"
 #include "pyrux/rd240.h"
 #include "pyrux/records.h"
+#include "pyrux/strandhub.h"
 #include "pyrux/sys_info.h"
+#include "pyrux/tint_hub.h"
+#include "pyrux/voltgrid.h"
 
 #include <cstdint>
 
@@ -107,3 +114,18 @@ PYRUX_API PYRUX_RD110_Base* rd110(const char* path);
 PYRUX_API PYRUX_RD215_Base* rd215(const char* path);
 PYRUX_API PYRUX_RD230_Base* rd230(const char* path);
 PYRUX_API PYRUX_RD240_Base* rd240(const char* path);
+
+/// Factories of the lighting controllers, likewise.
+PYRUX_API PYRUX_GLOW_Base* glow_hub(const char* path);
+PYRUX_API PYRUX_GLOW2_Base* glow2(const char* path);
+PYRUX_API PYRUX_TINT_Base* tint_hub(const char* path);
+PYRUX_API PYRUX_PLAY_DOCK_Base* playdock(const char* path);
+
+/// Factories of the power supplies, likewise. `psuCtrl` serves the whole series AU_LINE and PT_LINE, and
+/// SILENT_1300.
+PYRUX_API PYRUX_PSUCTRL_Base* psuCtrl(const char* path);
+PYRUX_API PYRUX_VOLTGRID_Base* voltgrid(const char* path);
+
+/// Factories of the strand controllers, likewise.
+PYRUX_API PYRUX_STRANDHUB_Base* strandhub(const char* path);
+PYRUX_API PYRUX_STRANDHUBV2_Base* strandhubv2(const char* path);

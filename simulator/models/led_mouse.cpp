@@ -46,8 +46,9 @@ const Identity& identityOf(const Model& model)
 constexpr std::uint8_t resetEverything = 0xFF;
 constexpr std::size_t parametersFrom = 5; // bytes of the reports that carry them
 constexpr std::size_t customFrom = 4;
-constexpr std::size_t brightness = 4; // place in the parameters
-constexpr std::size_t mostLeds = 15;  // of a frame
+constexpr std::size_t brightness = 4, red = 5, green = 6, blue = 7; // places in the parameters
+constexpr std::uint8_t customMode = 176, darkMode = 254;
+constexpr std::size_t mostLeds = 15; // of a frame
 
 } // namespace
 
@@ -247,10 +248,22 @@ bool LedMouseFirmware::driven() const
     return drivenByHost;
 }
 
-LedMouseFirmware::Picture LedMouseFirmware::picture() const
+Picture LedMouseFirmware::picture() const
 {
     const std::lock_guard lock(mutex);
-    return shown;
+    LightZone zone{"mouse", {shown.begin(), shown.end()}};
+    if (drivenByHost)
+        return {zone};
+    const Effects& effects = working[profileLocked()];
+    const auto& own = effects.parameters.at(effects.mode);
+    const auto dimmed = [&](std::size_t color) { return std::uint8_t(own[color] * own[brightness] / 255); };
+    for (std::size_t led = 0; led < ledCount; ++led) {
+        const std::uint8_t* const custom = &effects.custom[3 * led];
+        zone.leds[led] = effects.mode == darkMode     ? Light{}
+                         : effects.mode == customMode ? Light{custom[0], custom[1], custom[2]}
+                                                      : Light{dimmed(red), dimmed(green), dimmed(blue)};
+    }
+    return {zone};
 }
 
 int LedMouseFirmware::frames() const

@@ -39,12 +39,6 @@ class LedMouseFirmware : public RD210Firmware {
 public:
     static constexpr std::size_t ledCount = 2;
 
-    struct Color {
-        std::uint8_t red = 0, green = 0, blue = 0;
-        bool operator==(const Color&) const = default;
-    };
-    using Picture = std::array<Color, ledCount>;
-
     /// What tells one model from another.
     struct Model {
         const char* name;
@@ -73,9 +67,12 @@ public:
 
     Effects effects(int profile) const; ///< Of the working memory.
     Effects savedEffects(int profile) const;
-    bool driven() const;     ///< The host drives the lights.
-    Picture picture() const; ///< The last frame of the host.
-    int frames() const;      ///< Frames since power-on.
+    bool driven() const; ///< The host drives the lights.
+    int frames() const;  ///< Frames since power-on.
+
+    /// One zone, "mouse". While the host drives the lights: its last frame; else the current effect, in its
+    /// color and brightness or in the custom colors. Mode 254 is dark.
+    Picture picture() const override;
 
 protected:
     explicit LedMouseFirmware(const Model& model);
@@ -97,7 +94,7 @@ private:
     AllEffects working;
     AllEffects saved;
     bool drivenByHost = false;
-    Picture shown{};
+    std::array<Light, ledCount> shown{};
     int frameCount = 0;
 };
 

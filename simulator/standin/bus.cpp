@@ -156,6 +156,23 @@ int pyrux_sim_event(const char* path, const char* event, const int* values, int 
     return device->model->happen(event, std::vector<int>(values, values + count)) ? 0 : -1;
 }
 
+int pyrux_sim_picture(const char* path,
+                      void (*zone)(void* context, const char* name, const unsigned char* colors, int leds),
+                      void* context)
+{
+    const auto device = path ? sim::Registry::instance().find(path) : nullptr;
+    if (!device || !device->isPlugged() || !zone)
+        return -1;
+    const sim::Picture picture = device->model->picture();
+    for (const auto& [name, leds] : picture) {
+        std::vector<unsigned char> colors;
+        for (const sim::Light& led : leds)
+            colors.insert(colors.end(), {led.red, led.green, led.blue});
+        zone(context, name.c_str(), colors.data(), int(leds.size()));
+    }
+    return int(picture.size());
+}
+
 void pyrux_sim_trace(void (*callback)(const char* path, int direction, const unsigned char* bytes,
                                       int length))
 {

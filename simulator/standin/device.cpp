@@ -150,11 +150,16 @@ void Device::plug()
 
 bool Device::unplug()
 {
-    const Lock lock(mutex);
-    turns.notify_all();
-    for (Handle* handle : handles)
-        handle->arrived.notify_all();
-    return std::exchange(plugged, false);
+    {
+        const Lock lock(mutex);
+        turns.notify_all();
+        for (Handle* handle : handles)
+            handle->arrived.notify_all();
+        if (!std::exchange(plugged, false))
+            return false;
+    }
+    model->powerOff();
+    return true;
 }
 
 bool Device::isPlugged() const

@@ -184,6 +184,70 @@ TEST_F(Simulated, exampleRunsAsWritten)
     EXPECT_FALSE(linesWith(run.err, "  > 51 00 00 00 03").empty());
 }
 
+TEST_F(Simulated, lightsExampleRunsAsWritten)
+{
+    const Finished run = program.run(
+        {"--simulate", "glow_hub,strandhub,rd215,psuCtrl", "run", PYRUX_EXAMPLES "/lights.pyrux"});
+    EXPECT_EQ(run.exit, 0) << run.err;
+    EXPECT_EQ(linesWith(run.out, "port 4  "),
+              Lines{"port 4  00ff00 x8 0000ff x8 8000ff x8 ff0000 x8 ff8000 x8 ffff00 x8"});
+    EXPECT_EQ(linesWith(run.out, "port 1 fan 3"), Lines{"port 1 fan 3  0060ff x12"});
+    EXPECT_EQ(linesWith(run.out, "mouse"), Lines{"mouse  ff6000 x2"});
+}
+
+TEST_F(Simulated, showsItsLights)
+{
+    EXPECT_EQ(program.run({"--simulate", "rd215", "lights"}).out, "mouse  ffffff x2\n");
+    EXPECT_EQ(program.run({"--simulate", "rd210", "lights"}).out, "no lights\n");
+    const Finished two = program.run({"--simulate", "rd215,rd210", "lights"});
+    EXPECT_EQ(two.out,
+              R"(rd215 \\?\HID#VID_3A7E&PID_0101&MI_01#sim-0001#{4d1e55b2-f16f-11cf-88cb-001111000030}
+mouse  ffffff x2
+rd210 \\?\HID#VID_3A7E&PID_012F&MI_01#sim-0002#{4d1e55b2-f16f-11cf-88cb-001111000030}
+no lights
+)");
+    const Json json = Json::parse(program.run({"--simulate", "rd215", "lights", "--json"}).out);
+    ASSERT_EQ(json.size(), 1u);
+    EXPECT_EQ(json[0]["model"], "rd215");
+    EXPECT_EQ(json[0]["lights"], (Json{{"mouse", "ffffff x2"}}));
+    const Finished none = program.run({"--simulate", "rd215", "lights", "--device", "elsewhere"});
+    EXPECT_EQ(none.exit, 3);
+    EXPECT_EQ(none.err, "pyruxctl: no device elsewhere is attached\n");
+}
+
+TEST_F(Simulated, showsItsLightsAsTheyChange)
+{
+    const Finished run = program.run({"--simulate", "glow_hub", "run", "-", "--quiet"},
+                                     "glow_hub setLightingInit\n"
+                                     "expect-lights '{\"strip\":\"000000\"}'\n"
+                                     "glow_hub setLightingPortColor "
+                                     "'{\"zone\":[5,0,0,0,0],\"red\":1,\"green\":2,\"blue\":255}'\n"
+                                     "expect-lights '{\"strip\":\"0102ff\",\"port 1\":\"000000 x48\"}'\n"
+                                     "lights --for 0.1\n"
+                                     "! expect-lights '{\"fifth\":\"0102ff\"}'\n"
+                                     "! expect-lights '[1]'\n");
+    EXPECT_EQ(run.exit, 0) << run.err;
+    EXPECT_EQ(linesWith(run.out, "strip"), Lines{"strip   0102ff"}); // once: nothing changed
+    EXPECT_EQ(run.err, "pyruxctl: lights: has no \"fifth\"\n"
+                       "pyruxctl: usage: expect-lights JSON [MODEL|PATH]\n");
+}
+
+TEST_F(Simulated, measuresOnceASecond)
+{
+    const Finished run =
+        program.run({"--simulate", "psuCtrl", "psuCtrl", "monitor", "--count", "2", "--json"});
+    EXPECT_EQ(run.exit, 0) << run.err;
+    const Lines lines = linesWith(run.out, "{");
+    ASSERT_EQ(lines.size(), 2u) << run.out;
+    for (const std::string& line : lines) {
+        const Json measured = Json::parse(line);
+        EXPECT_NEAR(measured["getInput"]["voltage"].get<double>(), 230, 10) << line;
+        EXPECT_NEAR(measured["getOutput"]["voltage5V"].get<double>(), 5, 0.5) << line;
+        EXPECT_GT(measured["getThermal"].get<double>(), 15) << line;
+    }
+    EXPECT_EQ(program.run({"--simulate", "psuCtrl", "psuCtrl", "monitor", "--for", "0"}).out, "");
+}
+
 TEST_F(Simulated, scriptShowsItsLinesAndResults)
 {
     const Finished run = script(

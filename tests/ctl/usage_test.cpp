@@ -33,6 +33,11 @@ const UsageCase cases[]{
     {{"run"}, "run takes one script, or - for the standard input"},
     {{"run", "a", "b"}, "run takes one script, or - for the standard input"},
     {{"run", "there-is-no-such-script"}, "cannot read there-is-no-such-script"},
+    {{"lights"}, "works with simulated devices only (--simulate)"},
+    {{"lights", "--count", "1"}, "The following arguments were not expected: 1 --count"},
+    {{"psuCtrl", "--for", "long", "monitor"}, "Could not convert: --for = long"},
+    {{"psuCtrl", "monitor", "fast"}, "psuCtrl monitor takes no arguments"},
+    {{"rd210", "monitor"}, "rd210 has no operation \"monitor\""},
     {{"rd210", "fly"}, "rd210 has no operation \"fly\""},
     {{"rd210", "changeDpiLevel"}, "rd210 changeDpiLevel LEVEL: takes 1 argument, not 0"},
     {{"rd210", "changeDpiLevel", "256"}, "rd210 changeDpiLevel LEVEL: level: 256 is not in 0 to 255"},
@@ -153,7 +158,7 @@ TEST(Manual, namesEveryCommandAndOptionOfTheHelp)
         return text.find("\n.It " + entry) != std::string::npos;
     };
     const std::string top = program.run({"--help"}).out;
-    ASSERT_EQ(firstWords(top, "Commands:"), (Names{"list", "info", "watch", "run"}));
+    ASSERT_EQ(firstWords(top, "Commands:"), (Names{"list", "info", "watch", "lights", "run"}));
     ASSERT_TRUE(firstWords(top, "Models:").contains("rd210"));
     Names commands = firstWords(top, "Commands:");
     commands.merge(firstWords(top, "Models:"));
@@ -171,8 +176,8 @@ TEST(Manual, namesEveryCommandAndOptionOfTheHelp)
         EXPECT_TRUE(names(entry + "\n") || names(entry + " ") || names("Fl h , " + entry + "\n")) << option;
     }
     const Names directives = firstWords(program.run({"run", "--help"}).out, "A line is");
-    ASSERT_EQ(directives,
-              (Names{"!", "event", "expect", "expect-event", "match", "open", "plug", "trace", "unplug"}));
+    ASSERT_EQ(directives, (Names{"!", "event", "expect", "expect-event", "expect-lights", "match", "open",
+                                 "plug", "trace", "unplug"}));
     for (const std::string& directive : directives)
         EXPECT_TRUE(names("Cm " + (directive == "!" ? "\\&!" : directive) + " ")) << directive;
 

@@ -60,7 +60,11 @@ TEST(Program, listsItsModels)
 {
     const Ended ended = run("--list");
     EXPECT_EQ(ended.code, 0);
-    EXPECT_EQ(ended.output, "rd110, rd210, rd215, rd230, rd240\n");
+    EXPECT_EQ(ended.output,
+              "au_line_550_single, au_line_650_multi, au_line_650_single, au_line_750_multi, "
+              "au_line_750_single, au_line_850_multi, au_line_850_single, glow2, glow_hub, playdock, "
+              "psuCtrl, pt_line_650_multi, pt_line_750_multi, pt_line_850_multi, rd110, rd210, rd215, rd230, "
+              "rd240, silent_1300, strandhub, strandhubv2, tint_hub, voltgrid\n");
 }
 
 TEST(Program, refusesWrongWords)

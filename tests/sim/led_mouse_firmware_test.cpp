@@ -1,5 +1,5 @@
 #include "simulator/models/led_mouse.h"
-#include "tests/sim/hex.h"
+#include "tests/sim/on_table.h"
 
 #include <gtest/gtest.h>
 
@@ -10,39 +10,8 @@ namespace pyrux::sim {
 
 namespace {
 
-/// A model on the table, without a bus.
-template <class Mouse>
-class LedMouseFirmwareTest : public testing::Test {
-protected:
-    LedMouseFirmwareTest()
-    {
-        mouse.connect([this](Bytes report) { reports.push_back(textOf(report)); });
-    }
-
-    /// What the device says to a payload, without the zeros at the end; empty: nothing.
-    std::string ask(const std::string& payload)
-    {
-        reports.clear();
-        mouse.output(bytesOf(payload));
-        EXPECT_LE(reports.size(), 1U);
-        return reports.empty() ? "" : reports.front();
-    }
-
-    std::string happen(const std::string& event, int value)
-    {
-        reports.clear();
-        EXPECT_TRUE(mouse.happen(event, {value})) << event;
-        return reports.empty() ? "" : reports.front();
-    }
-
-    Mouse mouse;
-    std::vector<std::string> reports;
-};
-
-using Color = LedMouseFirmware::Color;
-using Picture = LedMouseFirmware::Picture;
-using RD215FirmwareTest = LedMouseFirmwareTest<RD215Firmware>;
-using RD240FirmwareTest = LedMouseFirmwareTest<RD240Firmware>;
+using RD215FirmwareTest = OnTable<RD215Firmware>;
+using RD240FirmwareTest = OnTable<RD240Firmware>;
 
 TEST(LedMouseFirmwareIdentity, isTheModels)
 {
@@ -65,10 +34,10 @@ TEST_F(RD215FirmwareTest, isTheWiredMouseToo)
     EXPECT_EQ(ask("41 80"), "41 80");
     EXPECT_EQ(ask("51 00 00 00 03"), "51");
     EXPECT_EQ(ask("52 00"), "52 00 00 00 03");
-    EXPECT_EQ(mouse.profile(), 3);
+    EXPECT_EQ(device.profile(), 3);
     EXPECT_EQ(ask("42 00 00 00 01 00 00 01 01"), "42");
     EXPECT_EQ(ask("42 10 00 00 01 00 00 01 01"), "42 10");
-    EXPECT_EQ(mouse.profileAcknowledgements(), 1);
+    EXPECT_EQ(device.profileAcknowledgements(), 1);
 }
 
 TEST_F(RD215FirmwareTest, keepsItsEffectMode)
@@ -120,61 +89,77 @@ TEST_F(RD215FirmwareTest, keepsEffectsByProfile)
     EXPECT_EQ(ask("51 00 00 00 02"), "51");
     EXPECT_EQ(ask("52 28"), "52 28 00 00 01");
     EXPECT_EQ(ask("51 28 00 00 02"), "51 28");
-    EXPECT_EQ(mouse.effects(0).mode, 4);
-    EXPECT_EQ(mouse.effects(2).mode, 2);
-    EXPECT_EQ(mouse.savedEffects(0).mode, 1);
+    EXPECT_EQ(device.effects(0).mode, 4);
+    EXPECT_EQ(device.effects(2).mode, 2);
+    EXPECT_EQ(device.savedEffects(0).mode, 1);
     EXPECT_EQ(ask("41 01"), "41 01");
     EXPECT_EQ(ask("50 55"), "50 55");
-    EXPECT_EQ(mouse.savedEffects(0).mode, 4);
+    EXPECT_EQ(device.savedEffects(0).mode, 4);
     EXPECT_EQ(ask("50 10 00 00 00"), "50 10"); // profile 2
-    EXPECT_EQ(mouse.effects(2).mode, 1);
-    EXPECT_EQ(mouse.effects(0).mode, 4);
-    mouse.powerOn();
-    EXPECT_EQ(mouse.effects(2).mode, 2);
+    EXPECT_EQ(device.effects(2).mode, 1);
+    EXPECT_EQ(device.effects(0).mode, 4);
+    device.powerOn();
+    EXPECT_EQ(device.effects(2).mode, 2);
     EXPECT_EQ(ask("41 01"), "41 01");
     EXPECT_EQ(ask("50 10 00 00 FF"), "50 10");
-    EXPECT_EQ(mouse.effects(0).mode, 1);
-    EXPECT_EQ(mouse.savedEffects(2).mode, 1);
+    EXPECT_EQ(device.effects(0).mode, 1);
+    EXPECT_EQ(device.savedEffects(2).mode, 1);
 }
 
 TEST_F(RD215FirmwareTest, showsTheFramesOfAHost)
 {
     EXPECT_EQ(ask("C0 00 00 00 01 02 03"), "");
-    EXPECT_EQ(mouse.picture(), Picture{});
+    EXPECT_EQ(zone("mouse"), "FFFFFF x2"); // its own effect
     EXPECT_EQ(ask("41 02"), "41 02");
-    EXPECT_EQ(mouse.state(), RD210Firmware::State::live);
-    EXPECT_FALSE(mouse.driven());
+    EXPECT_EQ(device.state(), RD210Firmware::State::live);
+    EXPECT_FALSE(device.driven());
     EXPECT_EQ(ask("C0 F0 00 00 01"), "");
-    EXPECT_TRUE(mouse.driven());
+    EXPECT_TRUE(device.driven());
     EXPECT_EQ(ask("C0 00 00 00 01 02 03"), "");
-    EXPECT_EQ(mouse.picture(), (Picture{Color{1, 2, 3}, Color{1, 2, 3}}));
+    EXPECT_EQ(zone("mouse"), "010203 x2");
     EXPECT_EQ(ask("C0 01 02 00 01 0A 0B 0C 07 FF FF FF"), ""); // it has no LED 7
-    EXPECT_EQ(mouse.picture(), (Picture{Color{}, Color{10, 11, 12}}));
+    EXPECT_EQ(zone("mouse"), "000000 0A0B0C");
     EXPECT_EQ(ask("C0 01 10 00 00 01 01 01"), "");
-    EXPECT_EQ(mouse.picture(), (Picture{Color{}, Color{10, 11, 12}}));
+    EXPECT_EQ(zone("mouse"), "000000 0A0B0C");
     EXPECT_EQ(ask("C0 01"), "");
-    EXPECT_EQ(mouse.picture(), Picture{});
-    EXPECT_EQ(mouse.frames(), 3);
+    EXPECT_EQ(zone("mouse"), "000000 x2");
+    EXPECT_EQ(device.frames(), 3);
     EXPECT_EQ(ask("52 28"), ""); // no configuration meanwhile
     EXPECT_EQ(ask("41 00"), "41");
-    EXPECT_FALSE(mouse.driven());
+    EXPECT_FALSE(device.driven());
+    EXPECT_EQ(zone("mouse"), "FFFFFF x2");
+}
+
+TEST_F(RD215FirmwareTest, showsItsEffectStandingStill)
+{
+    EXPECT_EQ(device.picture(), (Picture{{"mouse", {{255, 255, 255}, {255, 255, 255}}}}));
+    ask("41 80");
+    ask("51 2B 00 00 02 32 00 FF FF 80 FF 40 20");
+    ask("51 28 00 00 02");
+    EXPECT_EQ(zone("mouse"), "802010 x2");
+    ask("51 A8 00 00 01 02 03 04 05 06");
+    ask("51 28 00 00 B0");
+    EXPECT_EQ(zone("mouse"), "010203 040506");
+    ask("51 28 00 00 FE");
+    EXPECT_EQ(zone("mouse"), "000000 x2");
+    EXPECT_EQ(device.picture().size(), 1U);
 }
 
 TEST_F(RD215FirmwareTest, tellsWhatItHasDone)
 {
-    EXPECT_EQ(happen("effect", 176), "42 20 00 00 00 00 00 01");
-    EXPECT_EQ(mouse.effects(0).mode, 176);
-    EXPECT_EQ(happen("brightness", 77), "42 20 00 00 00 00 00 00 01");
-    EXPECT_EQ(mouse.effects(0).parameters.at(176)[4], 77);
-    EXPECT_EQ(happen("switch", 3), "42 20 00 03 01 00 00 01 01");
-    EXPECT_EQ(mouse.profile(), 3);
-    EXPECT_EQ(happen("profile", 1), "42 20 00 01 01");
-    EXPECT_FALSE(mouse.happen("effect", {5}));
-    EXPECT_FALSE(mouse.happen("effect", {1, 2}));
-    EXPECT_FALSE(mouse.happen("brightness", {256}));
-    EXPECT_FALSE(mouse.happen("switch", {5}));
-    EXPECT_EQ(mouse.events().back(), "switch N");
-    EXPECT_EQ(mouse.events().front(), "dpi LEVEL");
+    EXPECT_EQ(happen("effect", {176}), "42 20 00 00 00 00 00 01");
+    EXPECT_EQ(device.effects(0).mode, 176);
+    EXPECT_EQ(happen("brightness", {77}), "42 20 00 00 00 00 00 00 01");
+    EXPECT_EQ(device.effects(0).parameters.at(176)[4], 77);
+    EXPECT_EQ(happen("switch", {3}), "42 20 00 03 01 00 00 01 01");
+    EXPECT_EQ(device.profile(), 3);
+    EXPECT_EQ(happen("profile", {1}), "42 20 00 01 01");
+    EXPECT_FALSE(device.happen("effect", {5}));
+    EXPECT_FALSE(device.happen("effect", {1, 2}));
+    EXPECT_FALSE(device.happen("brightness", {256}));
+    EXPECT_FALSE(device.happen("switch", {5}));
+    EXPECT_EQ(device.events().back(), "switch N");
+    EXPECT_EQ(device.events().front(), "dpi LEVEL");
 }
 
 } // namespace

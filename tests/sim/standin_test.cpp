@@ -769,10 +769,63 @@ std::vector<std::string>& traced()
     return lines;
 }
 
+/// Writes a zone into the text that `context` is.
+void showZone(void* context, const char* name, const unsigned char* colors, int leds)
+{
+    *static_cast<std::string*>(context) += std::string(name) + ": " + std::to_string(leds) + " " +
+                                           textOf({colors, std::size_t(3 * leds)}) + "\n";
+}
+
+TEST_F(StandinTest, showsTheLightsOfADeviceToPlainFunctions)
+{
+    std::array<char, 1024> path{};
+    ASSERT_EQ(pyrux_sim_plug("playdock", path.data()), 0);
+    hid_device* const dock = hid_open_path(path.data());
+    write(dock, "80 01 02 01");
+    write(dock, "80 09 02 01 0A 0B 0C");
+    write(dock, "80 11 02 FF 01 02 03");
+    std::string shown;
+    EXPECT_EQ(pyrux_sim_picture(path.data(), showZone, &shown), 4);
+    EXPECT_EQ(shown, "zone 1: 1 \nzone 2: 1 0A 0B 0C\nzone 3: 1 \nbottom: 1 01 02 03\n");
+    hid_close(dock);
+    EXPECT_EQ(pyrux_sim_picture(path.data(), nullptr, &shown), -1);
+    EXPECT_EQ(pyrux_sim_picture(nullptr, showZone, &shown), -1);
+    EXPECT_EQ(pyrux_sim_picture("elsewhere", showZone, &shown), -1);
+    EXPECT_EQ(pyrux_sim_unplug(path.data()), 0);
+    EXPECT_EQ(pyrux_sim_picture(path.data(), showZone, &shown), -1);
+}
+
 TEST_F(StandinTest, isReachedByPlainFunctions)
 {
-    EXPECT_STREQ(pyrux_sim_models(), "rd110,rd210,rd215,rd230,rd240");
-    EXPECT_EQ(firmwareNames(), (std::vector<std::string>{"rd110", "rd210", "rd215", "rd230", "rd240"}));
+    EXPECT_STREQ(pyrux_sim_models(),
+                 "au_line_550_single,au_line_650_multi,au_line_650_single,au_line_750_multi,au_line_750_"
+                 "single,au_line_850_multi,au_line_850_single,glow2,glow_hub,playdock,psuCtrl,pt_line_650_"
+                 "multi,pt_line_750_multi,pt_line_850_multi,rd110,rd210,rd215,rd230,rd240,silent_1300,"
+                 "strandhub,strandhubv2,tint_hub,voltgrid");
+    EXPECT_EQ(firmwareNames(), (std::vector<std::string>{"au_line_550_single",
+                                                         "au_line_650_multi",
+                                                         "au_line_650_single",
+                                                         "au_line_750_multi",
+                                                         "au_line_750_single",
+                                                         "au_line_850_multi",
+                                                         "au_line_850_single",
+                                                         "glow2",
+                                                         "glow_hub",
+                                                         "playdock",
+                                                         "psuCtrl",
+                                                         "pt_line_650_multi",
+                                                         "pt_line_750_multi",
+                                                         "pt_line_850_multi",
+                                                         "rd110",
+                                                         "rd210",
+                                                         "rd215",
+                                                         "rd230",
+                                                         "rd240",
+                                                         "silent_1300",
+                                                         "strandhub",
+                                                         "strandhubv2",
+                                                         "tint_hub",
+                                                         "voltgrid"}));
     EXPECT_EQ(makeFirmware("rd211"), nullptr);
 
     std::array<char, 1024> plugged{};
@@ -805,6 +858,7 @@ TEST_F(StandinTest, isReachedByPlainFunctions)
     EXPECT_EQ(pyrux_sim_event(plugged.data(), nullptr, &level, 1), -1);
     EXPECT_EQ(pyrux_sim_event("elsewhere", "dpi", &level, 1), -1);
     EXPECT_EQ(pyrux_sim_event(nullptr, "dpi", &level, 1), -1);
+    EXPECT_EQ(pyrux_sim_picture(plugged.data(), showZone, nullptr), 0); // it has no lights
     EXPECT_EQ(pyrux_sim_unplug(plugged.data()), 0);
     EXPECT_EQ(pyrux_sim_unplug(plugged.data()), -1);
     EXPECT_EQ(pyrux_sim_unplug(nullptr), -1);

@@ -4,6 +4,7 @@
 
 #include "simulator/bus.h"
 #include "tests/support/debug_capture.h"
+#include "tests/support/fake_clock.h"
 #include "tests/support/scripted_mouse.h"
 
 #include <gtest/gtest.h>
@@ -238,6 +239,36 @@ TEST_F(Exchanges, canKeepOneCountForAllCommands)
     EXPECT_FALSE(exchange.deliver(reply("52 01")));
     EXPECT_TRUE(exchange.deliver(reply("52 00 00 00 08")));
     EXPECT_EQ(alone.get(), (Result{E_OK, "52 00 00 00 08 00"}));
+}
+
+TEST_F(Exchanges, canKeepAGapBehindAWrite)
+{
+    FakeClock clock;
+    Exchange exchange(channel, {.wait = 20s, .gap = 32ms}, clock);
+    const auto send = [&] {
+        return std::async(std::launch::async, [&] {
+            Reply got;
+            return exchange.transact(getProfile, 2, got);
+        });
+    };
+    const auto answered = [&](std::future<_error> running, std::size_t commands) {
+        EXPECT_TRUE(device->awaitCommands("52 00", commands));
+        EXPECT_TRUE(exchange.deliver(reply("52 00")));
+        return running.get() == E_OK;
+    };
+    EXPECT_TRUE(answered(send(), 1)); // at once
+    clock.advance(10);
+    auto second = send();
+    EXPECT_EQ(clock.settle(), 22U);
+    clock.advance(21);
+    EXPECT_EQ(clock.settle(), 1U);
+    EXPECT_EQ(device->commands("52 00"), 1U);
+    EXPECT_FALSE(exchange.deliver(reply("52 00"))); // it does not wait for a reply yet
+    clock.advance(1);
+    EXPECT_TRUE(answered(std::move(second), 2));
+    clock.advance(32);
+    EXPECT_TRUE(answered(send(), 3)); // at once again
+    EXPECT_EQ(clock.slept(), 22U);
 }
 
 TEST_F(Exchanges, standRepliesOfAnyLength)

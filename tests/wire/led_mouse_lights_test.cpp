@@ -1,6 +1,7 @@
 // The wired mice with lights: frames of a host.
 
 #include "tests/support/debug_log.h"
+#include "tests/support/frame_pace.h"
 #include "tests/support/led_mouse.h"
 #include "tests/support/waiting_test.h"
 
@@ -25,28 +26,11 @@ Zones frame(std::uint8_t red)
 template <class Model>
 class LedMouseLights : public testing::Test {
 protected:
-    /// Sends frames one right behind the other; the time that passes between the second and the third. It is
-    /// the queue's pause where nothing else of the machine comes between the first two.
-    std::chrono::steady_clock::duration pause()
-    {
-        using Clock = std::chrono::steady_clock;
-        Clock::time_point second;
-        for (const std::uint8_t red : {1, 2, 3}) {
-            if (red == 3)
-                second = Clock::now();
-            EXPECT_EQ(mouse->setSyncLightingData(frame(red)), E_OK);
-            mouse.written(1);
-        }
-        return Clock::now() - second;
-    }
-
-    /// Whether a pause can be seen that is as long as these two.
     bool pausesBetween(std::chrono::milliseconds least, std::chrono::milliseconds most)
     {
-        for (int i = 0; i < 50; ++i)
-            if (const auto length = pause(); length >= least && length < most)
-                return true;
-        return false;
+        return test::pausesBetween(
+            mouse.path, [&](std::uint8_t red) { EXPECT_EQ(mouse->setSyncLightingData(frame(red)), E_OK); }, 1,
+            least, most);
     }
 
     /// The queue's thread stands in the write of a frame, for a while.
@@ -221,7 +205,7 @@ TYPED_TEST(LedMouseLights, sendNothingMoreToADeviceThatHasGone)
 TYPED_TEST(LedMouseLights, doNotHoldUpTheEnd)
 {
     const int before = sim::openHandles();
-    this->pause();
+    this->pausesBetween(0ms, 1000ms);
     this->mouse.forget();
     this->mouse->setSyncLightingData(frame(9)); // in the queue's pause
     EXPECT_LT(milliseconds([&] { EXPECT_EQ(this->mouse->exit_device(0), E_OK); }), 1000);

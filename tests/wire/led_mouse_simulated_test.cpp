@@ -87,20 +87,21 @@ TYPED_TEST(SimulatedLedMouse, keepsItsEffects)
 
 TYPED_TEST(SimulatedLedMouse, showsTheFramesOfTheHost)
 {
-    using Color = sim::LedMouseFirmware::Color;
-    using Picture = sim::LedMouseFirmware::Picture;
+    const auto leds = [](sim::Light first, sim::Light second) {
+        return sim::Picture{{"mouse", {first, second}}};
+    };
     EXPECT_EQ(this->host->setLightingInit(), E_OK);
     this->awaitFrames(1);
     EXPECT_TRUE(this->device->driven());
     EXPECT_EQ(this->host->setSyncLightingData({{1, {{0, 1, 2, 3}, {1, 4, 5, 6}}}}), E_OK);
     this->awaitFrames(2);
-    EXPECT_EQ(this->device->picture(), (Picture{Color{1, 2, 3}, Color{4, 5, 6}}));
+    EXPECT_EQ(this->device->picture(), leds({1, 2, 3}, {4, 5, 6}));
     EXPECT_EQ(this->host->setSyncLightingData({{1, {{1, 7, 8, 9}}}}), E_OK);
     this->awaitFrames(3);
-    EXPECT_EQ(this->device->picture(), (Picture{Color{}, Color{7, 8, 9}}));
+    EXPECT_EQ(this->device->picture(), leds({}, {7, 8, 9}));
     EXPECT_EQ(this->host->setLightingTurnOff(), E_OK);
     this->awaitFrames(4);
-    EXPECT_EQ(this->device->picture(), Picture{});
+    EXPECT_EQ(this->device->picture(), leds({}, {}));
     EXPECT_EQ(this->host->setLightingUninit(), E_OK);
     EXPECT_EQ(this->host->stopRecordMacro(), E_OK); // its reply comes behind
     EXPECT_FALSE(this->device->driven());

@@ -29,6 +29,7 @@ ServedModel::ServedModel(std::shared_ptr<sim::Firmware> served, Place at, Trace 
 
 ServedModel::~ServedModel()
 {
+    model->powerOff();
     model->connect({});
 }
 
@@ -57,6 +58,7 @@ void ServedModel::unplug()
     // The node goes with the device, and must not be held any more when the device comes back.
     file.reset();
     usb.unplug();
+    model->powerOff();
     const std::lock_guard lock(mutex);
     waiting.clear();
 }

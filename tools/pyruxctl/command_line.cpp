@@ -1,6 +1,7 @@
 #include "command_line.h"
 
 #include "failure.h"
+#include "views.h"
 
 #include <CLI/CLI.hpp>
 
@@ -27,11 +28,13 @@ constexpr auto scriptHelp =
   plug MODEL                  plug a simulated device in
   unplug [MODEL|PATH]         pull it out, and wait until the library has closed it
   trace on|off                show the bytes on the wire, or stop to
-|PATH]         pull it out
   event [MODEL|PATH] NAME [VALUE...]
                               let it do something by itself: "event rd210 dpi 2"
   expect-event EVENT [VALUE]  wait for the next event, which must be this one;
                               EVENT is a number, "plugged" or "unplugged"
+  expect-lights JSON [MODEL|PATH]
+                              wait until the lights of a simulated device are these,
+                              such as '{"port 1":"ff0000 x48"}'
   expect CODE COMMAND         the operation must give this result code
   match JSON COMMAND          the operation must give these values
   ! COMMAND                   the command must fail
@@ -66,7 +69,9 @@ std::string listOperations(const Model& model)
     std::string text = "Operations:\n";
     for (const Operation& operation : model.operations)
         text += "  " + operation.synopsis() + "\n";
-    text += "\nEvents:\n";
+    if (!model.monitored.empty())
+        text += "  " + std::string(monitorWord) + "\n";
+    text += model.events.empty() ? "" : "\nEvents:\n";
     for (const EventName& event : model.events)
         text += "  " + std::to_string(event.event) + "  " + std::string(event.text) + "\n";
     return text + "\n\"pyruxctl " + std::string(model.command) + " OPERATION --help\" tells the arguments.";
@@ -124,7 +129,11 @@ public:
         addDevice(watch);
         watch.add_option("--for", to.command.seconds, "End after this time")->type_name("SECONDS");
         watch.add_option("--count", to.command.count, "End after so many events")->type_name("N");
-        std::vector<CLI::App*> all{&list, &info, &watch};
+        CLI::App& lights = addCommand("lights", "Show the lights of simulated devices");
+        addDevice(lights);
+        lights.add_option("--for", to.command.seconds, "Go on showing them, as long as this")
+            ->type_name("SECONDS");
+        std::vector<CLI::App*> all{&list, &info, &watch, &lights};
         if (!isScript) {
             CLI::App& run = addCommand("run", "Run the commands of a script in one session");
             run.allow_extras();
@@ -139,6 +148,12 @@ public:
             command.footer([&model] { return listOperations(model); });
             formatter->usages[&command] = "[OPERATION [ARGUMENT...]]";
             addDevice(command);
+            if (!model.monitored.empty()) {
+                command.add_option("--for", to.command.seconds, "\"monitor\" ends after this time")
+                    ->type_name("SECONDS");
+                command.add_option("--count", to.command.count, "\"monitor\" ends after so many times")
+                    ->type_name("N");
+            }
             all.push_back(&command);
         }
         for (CLI::App* const command : all) {

@@ -16,11 +16,11 @@ struct Style {
 
 /// One command: on the command line, or a line of a script.
 struct Command {
-    std::string name;               ///< "list", "info", "watch", "run", or a model.
+    std::string name;               ///< "list", "info", "watch", "lights", "run", or a model.
     std::vector<std::string> words; ///< An operation and its arguments; the script of "run".
     std::string device;             ///< Path; empty: the only one.
-    std::optional<double> seconds;  ///< "watch" ends after these ...
-    std::optional<unsigned> count;  ///< ... or after so many events.
+    std::optional<double> seconds;  ///< A command that goes on ends after these ...
+    std::optional<unsigned> count;  ///< ... or after so many events or measurements.
     Style style;
 };
 

@@ -2,6 +2,7 @@
 
 #include "console.h"
 #include "text.h"
+#include "views.h"
 
 #include <algorithm>
 #include <array>
@@ -30,6 +31,7 @@ constexpr CodeName codeNames[]{
     {E_WRITE_TIMEOUT, "E_WRITE_TIMEOUT"},
     {E_NO_SPACE, "E_NO_SPACE"},
     {E_NOT_SUPPORTED, "E_NOT_SUPPORTED"},
+    {E_WRONG_REPLY, "E_WRONG_REPLY"},
 };
 
 std::string idText(std::uint32_t vid, std::uint32_t pid)
@@ -298,15 +300,6 @@ std::string eventAsLine(const Session&, const HotplugEvent& event)
            goodOrBad(event.statusOk == 1) + ") " + event.path;
 }
 
-/// One output under its name; a record field by field.
-void printOutput(const std::string& name, const Json& value)
-{
-    if (!value.is_object())
-        return console::print(name + ": " + toText(value));
-    for (const auto& [key, inner] : value.items())
-        console::print(key + ": " + toText(inner));
-}
-
 } // namespace
 
 void showEvent(const Session& session, const Event& event, const Style& style)
@@ -314,6 +307,16 @@ void showEvent(const Session& session, const Event& event, const Style& style)
     console::print(std::visit(
         [&](const auto& e) { return style.json ? toText(eventAsJson(session, e)) : eventAsLine(session, e); },
         event));
+}
+
+std::string outputText(const std::string& name, const Json& value)
+{
+    if (!value.is_object())
+        return name + ": " + toText(value);
+    std::string text;
+    for (const auto& [key, inner] : value.items())
+        text += (text.empty() ? "" : "\n") + key + ": " + toText(inner);
+    return text;
 }
 
 std::string resultLine(const Command& command, std::int32_t code)
@@ -353,7 +356,7 @@ void showResult(const Command& command, const Result& result)
     if (command.style.json)
         return console::print(toPrettyText(valueOf(result)));
     for (const auto& [name, value] : result.outputs.items())
-        printOutput(name, value);
+        console::print(outputText(name, value));
     if (result.outputs.empty() && !command.style.quiet)
         console::print("ok");
 }
@@ -366,6 +369,10 @@ Exit execute(Session& session, const Command& command, const Documents& document
         info(session, command.style);
     } else if (command.name == "watch") {
         watch(session, command);
+    } else if (command.name == "lights") {
+        showLights(session, command);
+    } else if (command.words.front() == monitorWord && !findModel(command.name)->monitored.empty()) {
+        return monitor(session, command);
     } else {
         const Result result = callOperation(session, command, documents);
         showResult(command, result);

@@ -27,6 +27,9 @@ Json valueOf(const Result& result);
 /// "rd210 changeDpiLevel: -2 E_INVALID_SET"
 std::string resultLine(const Command& command, std::int32_t code);
 
+/// One output under its name; a record field by field. Without the line feed at the end.
+std::string outputText(const std::string& name, const Json& value);
+
 /// Shows an event as one line.
 void showEvent(const Session& session, const Event& event, const Style& style);
 

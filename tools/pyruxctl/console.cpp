@@ -1,14 +1,18 @@
 #include "console.h"
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <mutex>
 #include <string>
+#include <thread>
 
 #if defined(_WIN32)
 #include <fcntl.h>
 #include <io.h>
+#include <windows.h>
 #else
 #include <fcntl.h>
 #include <unistd.h>
@@ -40,6 +44,12 @@ void closeFile(int file)
 {
     _close(file);
 }
+bool understandsSequences(std::FILE* file)
+{
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file)));
+    DWORD mode = 0;
+    return GetConsoleMode(handle, &mode) && SetConsoleMode(handle, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+}
 #else
 constexpr auto nowhere = "/dev/null";
 int duplicate(int file)
@@ -61,6 +71,10 @@ std::FILE* stream(int file)
 void closeFile(int file)
 {
     close(file);
+}
+bool understandsSequences(std::FILE* file)
+{
+    return isatty(fileno(file)) != 0;
 }
 #endif
 
@@ -109,6 +123,12 @@ void note(std::string_view text)
     write(stderr, text);
 }
 
+bool isScreen()
+{
+    const char* const refused = std::getenv("NO_COLOR");
+    return !(refused && *refused) && understandsSequences(results);
+}
+
 void catchInterrupt()
 {
     static_assert(std::atomic<bool>::is_always_lock_free); // the handler may touch nothing else
@@ -120,6 +140,15 @@ void catchInterrupt()
 bool interrupted()
 {
     return stop;
+}
+
+bool sleepUntil(std::chrono::steady_clock::time_point end)
+{
+    using Clock = std::chrono::steady_clock;
+    // A signal wakes nobody here.
+    while (!stop && Clock::now() < end)
+        std::this_thread::sleep_until(std::min(end, Clock::now() + std::chrono::milliseconds(50)));
+    return !stop;
 }
 
 } // namespace pyrux::ctl::console

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string_view>
 
 /// @file
@@ -18,8 +19,15 @@ void print(std::string_view text);
 /// The same to the standard error output: messages, and the bytes on the wire.
 void note(std::string_view text);
 
+/// Whether the standard output is a terminal that shows colours and can be drawn over. NO_COLOR in the
+/// environment denies it.
+bool isScreen();
+
 /// From now on Ctrl-C does not end the process but makes `interrupted` true.
 void catchInterrupt();
 bool interrupted();
+
+/// Sleeps. False: Ctrl-C has ended it.
+bool sleepUntil(std::chrono::steady_clock::time_point end);
 
 } // namespace pyrux::ctl::console

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "pyrux/error.h"
 #include "pyrux/records.h"
 
 #include <array>
@@ -52,13 +53,22 @@ void onHotplug(HotplugEvent event);
 /// Devices that can be listened to at a time.
 inline constexpr std::size_t slotCount = 32;
 
-/// The callbacks for `registerNotify` of one record type, by slot.
+/// What is told of a callback's argument; specialised for each record that comes by value.
+template <class Record>
+struct EventOf;
+template <class Record>
+struct EventOf<Record*> {
+    static std::uint32_t event(const Record* record) { return record->event; }
+    static std::uint32_t value(const Record* record) { return record->value; }
+};
+
+/// The callbacks for `registerNotify` by slot, of one type of argument: a record or a pointer to one.
 template <class Record>
 struct NotifyCallbacks {
     template <std::size_t slot>
-    static void callback(Record* record)
+    static void callback(Record record)
     {
-        events().push(DeviceEvent{slot, record->event, record->value});
+        events().push(DeviceEvent{slot, EventOf<Record>::event(record), EventOf<Record>::value(record)});
     }
     static constexpr auto bySlot = []<std::size_t... slot>(std::index_sequence<slot...>)
     {
@@ -79,9 +89,15 @@ namespace detail {
 
 /// @tparam Owner  the interface, or what it shares with others
 template <class Interface, class Owner, class Result, class Record>
-void listen(Interface& host, Result (Owner::*registerNotify)(void (*)(Record*)), std::size_t slot)
+void listen(Interface& host, Result (Owner::*registerNotify)(void (*)(Record)), std::size_t slot)
 {
     (host.*registerNotify)(NotifyCallbacks<Record>::bySlot[slot]);
+}
+
+template <class Interface>
+void* create(void* factory, const char* path)
+{
+    return reinterpret_cast<Interface* (*)(const char*)>(factory)(path);
 }
 
 } // namespace detail
@@ -90,14 +106,23 @@ template <class Interface>
 HostCalls hostCalls()
 {
     return {
-        [](void* factory, const char* path) -> void* {
-            return reinterpret_cast<Interface* (*)(const char*)>(factory)(path);
-        },
+        &detail::create<Interface>,
         [](void* host, std::size_t slot) {
             detail::listen(*static_cast<Interface*>(host), &Interface::registerNotify, slot);
         },
         [](void* host) -> std::int32_t { return static_cast<Interface*>(host)->unRegisterNotify(); },
-        nullptr,
+    };
+}
+
+/// The same for a model that tells nothing by itself.
+/// @tparam idle  an operation that sends nothing to the device
+template <class Interface, _error (*idle)(Interface&)>
+HostCalls silentHostCalls()
+{
+    return {
+        &detail::create<Interface>,
+        [](void*, std::size_t) {},
+        [](void* host) -> std::int32_t { return idle(*static_cast<Interface*>(host)); },
     };
 }
 

@@ -2,6 +2,7 @@
 
 #include "operation.h"
 
+#include "pyrux/hub_records.h"
 #include "pyrux/lighting.h"
 
 #include <algorithm>
@@ -47,6 +48,31 @@ inline std::vector<LightingLedZone> zonesOf(const LedFrame& frame)
         zone->leds.push_back({led.led, led.red, led.green, led.blue});
     }
     return zones;
+}
+
+template <>
+struct Layout<RgbColor> {
+    using R = RgbColor;
+    static constexpr Field fields[]{FIELD(red), FIELD(green), FIELD(blue)};
+};
+
+template <std::size_t zones>
+struct Layout<LightingPortColorOf<zones>> {
+    using R = LightingPortColorOf<zones>;
+    static constexpr Field fields[]{FIELD(zone), FIELD(red), FIELD(green), FIELD(blue)};
+};
+
+/// `setLightingPortColor`, whose record does not tell how many zones it has.
+/// @tparam Record  the one that the device takes
+template <class Interface, class Record>
+Operation portColorOperation()
+{
+    return {"setLightingPortColor",
+            {{"color", Direction::in, &typeOf<Record>, {}}},
+            [](void* host, std::byte* const* memory) {
+                const auto* color = reinterpret_cast<const Record*>(memory[0]);
+                return std::int32_t(static_cast<Interface*>(host)->setLightingPortColor(color));
+            }};
 }
 
 /// `setSyncLightingData`, whose vector no row of bytes can stand for.

@@ -29,6 +29,7 @@ struct Model {
     std::vector<EventName> events;
     std::vector<Operation> operations;
     HostCalls calls;
+    std::vector<std::string_view> monitored{}; ///< The operations that "monitor" repeats; they take no words.
 
     const Operation* findOperation(std::string_view name) const;
     std::string_view eventText(std::uint32_t event) const;
@@ -45,11 +46,19 @@ const Model* findModel(std::uint32_t vid, std::uint32_t pid);
 std::string_view findName(std::uint32_t vid, std::uint32_t pid);
 
 namespace models_of {
+Model glow2();
+Model glow_hub();
+Model playdock();
+Model psuCtrl();
 Model rd110();
 Model rd210();
 Model rd215();
 Model rd230();
 Model rd240();
+Model strandhub();
+Model strandhubv2();
+Model tint_hub();
+Model voltgrid();
 Model sysInfo();
 } // namespace models_of
 

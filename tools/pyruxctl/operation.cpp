@@ -4,12 +4,17 @@
 
 namespace pyrux::ctl {
 
+bool Argument::isWord() const
+{
+    return direction == Direction::in || (direction == Direction::inout && type->isPlain());
+}
+
 std::vector<Word> Operation::words() const
 {
     std::vector<Word> words;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const Argument& argument = arguments[i];
-        if (argument.direction == Direction::in)
+        if (argument.isWord())
             words.push_back({i, argument.name, argument.type, 0});
         for (const std::string_view key : argument.keys) {
             const Field& field = *findField(*argument.type, key);

@@ -19,6 +19,7 @@
 ///     OP(getPerformance, out("record")),
 ///     OP(setKeyMappingAll, in<13>("map")),          // a pointer to 13 elements
 ///     OP(getMacro, inout("macro", {"button"})),     // the caller fills in `button`, the device the rest
+///     OP(getEffect, inout("mode"), out("speed")),   // a number that goes both ways
 ///
 /// The types come from the operation itself. What two models do alike is a list in a function template over
 /// `Interface`.
@@ -34,6 +35,8 @@ struct Argument {
     std::vector<std::string_view> keys; ///< Of an inout record: the fields that the caller fills in.
 
     bool isOutput() const { return direction != Direction::in; }
+    /// One word of the command line stands for all of it.
+    bool isWord() const;
 };
 
 /// One word that a call takes on the command line: an argument, or one field of an inout record.
@@ -132,7 +135,7 @@ detail::Stated<count> out(std::string_view name)
 {
     return {name, Direction::out, {}};
 }
-inline detail::Stated<1> inout(std::string_view name, std::initializer_list<std::string_view> keys)
+inline detail::Stated<1> inout(std::string_view name, std::initializer_list<std::string_view> keys = {})
 {
     return {name, Direction::inout, keys};
 }

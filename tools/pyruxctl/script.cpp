@@ -2,6 +2,7 @@
 
 #include "commands.h"
 #include "console.h"
+#include "views.h"
 
 #include <chrono>
 #include <fstream>
@@ -117,9 +118,11 @@ private:
             Exit (Script::*run)(Words);
         };
         static constexpr Directive directives[]{
-            {"open", &Script::open},     {"plug", &Script::plug},   {"unplug", &Script::unplug},
-            {"trace", &Script::trace},   {"event", &Script::event}, {"expect-event", &Script::expectEvent},
-            {"expect", &Script::expect}, {"match", &Script::match}, {"!", &Script::expectFailure},
+            {"open", &Script::open},       {"plug", &Script::plug},
+            {"unplug", &Script::unplug},   {"trace", &Script::trace},
+            {"event", &Script::event},     {"expect-event", &Script::expectEvent},
+            {"expect", &Script::expect},   {"match", &Script::match},
+            {"!", &Script::expectFailure}, {"expect-lights", &Script::expectLights},
         };
         for (const Directive& directive : directives)
             if (words.front() == directive.name)
@@ -224,6 +227,29 @@ private:
             return false;
         return own.event == static_cast<std::uint32_t>(numberOf(words[0])) &&
                (words.size() == 1 || own.value == static_cast<std::uint32_t>(numberOf(words[1])));
+    }
+
+    /// The queue of a lit device sends at its own pace, so the picture may come some time later.
+    Exit expectLights(Words words)
+    {
+        constexpr auto usage = "expect-lights JSON [MODEL|PATH]";
+        expectWords(words, 1, 2, usage);
+        const Json wanted = parseJson(readDocument(words[0], documents), "expect-lights");
+        if (!wanted.is_object())
+            throw UsageError(std::string("usage: ") + usage);
+        const auto limit = EventQueue::Clock::now() + eventLimit;
+        Picture picture;
+        std::string found;
+        do {
+            picture = session.simulator().picture(wordOr(words, 1, ""));
+            found = difference(wanted, asJson(picture), "lights");
+        } while (!found.empty() && EventQueue::Clock::now() < limit &&
+                 console::sleepUntil(EventQueue::Clock::now() + std::chrono::milliseconds(5)));
+        say(asText(picture, console::isScreen()));
+        if (found.empty())
+            return Exit::fine;
+        console::note("pyruxctl: " + found);
+        return Exit::refused;
     }
 
     Exit expect(Words words)

@@ -93,9 +93,9 @@ Session::~Session()
 
 Simulation& Session::simulator()
 {
-    library();
-    if (!simulation)
+    if (setup.simulate.empty())
         throw UsageError("works with simulated devices only (--simulate)");
+    library(); // loads it
     return *simulation;
 }
 

@@ -88,6 +88,22 @@ void Simulation::event(const std::string& which, const std::string& name, const 
         throw UsageError(found->model + " cannot do \"" + name + "\" now, or not with these values");
 }
 
+Picture Simulation::picture(const std::string& which)
+{
+    Picture zones;
+    SIMULATOR(pyrux_sim_picture)
+    (
+        find(which)->path.c_str(),
+        [](void* context, const char* name, const unsigned char* colors, int leds) {
+            LightZone zone{name, {}};
+            for (int i = 0; i < leds; ++i, colors += 3)
+                zone.leds.push_back({colors[0], colors[1], colors[2]});
+            static_cast<Picture*>(context)->push_back(std::move(zone));
+        },
+        &zones);
+    return zones;
+}
+
 std::vector<Simulation::Plugged>::iterator Simulation::find(const std::string& which)
 {
     auto found = plugged.end();

@@ -1,0 +1,21 @@
+#include "devices/power/voltgrid.h"
+
+#include "pyrux/pyrux.h"
+
+namespace pyrux {
+
+namespace {
+
+const SupplyTraits voltgridTraits{.model = VOLTGRID::model,
+                                  .failureText = "VOLTGRID USB fail",
+                                  .powerFactorCounts = false, // deliberate: unlike its successors
+                                  .fanLock = false,
+                                  .fanLog = false};
+
+} // namespace
+
+VOLTGRID::VOLTGRID(const std::string& path, Clock& clock) : PowerSupplyOf(path, voltgridTraits, clock) {}
+
+} // namespace pyrux
+
+PYRUX_FACTORY(voltgrid, pyrux::PYRUX_VOLTGRID)

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "platform/thread_messages.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+namespace pyrux {
+
+/// The message that ends a `MessageThread`.
+inline constexpr std::uint32_t MSG_QUIT_THREAD = 1031;
+
+/// A device's thread that takes thread messages, such as those of a service that the device subscribes to.
+class MessageThread {
+public:
+    using Take = std::function<void(const platform::ThreadMessage&)>;
+
+    MessageThread() = default;
+    ~MessageThread() { stop(); }
+    MessageThread(const MessageThread&) = delete;
+    MessageThread& operator=(const MessageThread&) = delete;
+
+    /// Starts the thread and waits until it can be posted to; `take` gets each message on it.
+    void start(Take take);
+
+    /// Where its messages go.
+    platform::ThreadId id() const { return threadId; }
+
+    /// Ends the thread behind the messages that it has. Not to be called on the thread itself.
+    void stop();
+
+    /// The same, but gives up after `limit`; at once when called on the thread itself.
+    /// @return whether the thread has ended
+    bool stopWithin(std::chrono::milliseconds limit);
+
+private:
+    void askToStop();
+    void run(const Take& take);
+
+    platform::ThreadId threadId = 0;
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool standing = false;
+    bool finished = true;
+    std::thread thread;
+};
+
+} // namespace pyrux
