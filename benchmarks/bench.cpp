@@ -4,6 +4,8 @@
 #include "core/log.h"
 #include "devices/mice/rd210.h"
 #include "pyrux/pyrux.h"
+#include "services/service.h"
+#include "services/spectrum.h"
 #include "simulator/bus.h"
 #include "transport/cmd_queue.h"
 #include "transport/usb_hid.h"
@@ -14,7 +16,10 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdio>
+#include <functional>
+#include <future>
 #include <map>
 #include <memory>
 #include <semaphore>
@@ -209,6 +214,84 @@ void forwardedWork(benchmark::State& state)
         notify.set(nullptr);
 }
 
+/// A device's thread that handles messages and answers each with one to the thread that has made it.
+class Subscriber {
+public:
+    explicit Subscriber(const std::function<void(const platform::ThreadMessage&)>& handle)
+    {
+        std::promise<platform::ThreadId> up;
+        auto started = up.get_future();
+        thread = std::thread([handle, &up, back = platform::currentThreadId()] {
+            const auto messages = platform::ThreadMessages::open();
+            up.set_value(platform::currentThreadId());
+            for (;;) {
+                const auto message = messages->wait(std::chrono::hours(1));
+                if (!message || message->number == MSG_QUIT_THREAD)
+                    return;
+                handle(*message);
+                platform::postThreadMessage(back, *message);
+            }
+        });
+        id = started.get();
+    }
+    ~Subscriber()
+    {
+        platform::postThreadMessage(id, {MSG_QUIT_THREAD});
+        thread.join();
+    }
+    Subscriber(const Subscriber&) = delete;
+    Subscriber& operator=(const Subscriber&) = delete;
+
+    /// Waits for the answer.
+    void await() { answers->wait(std::chrono::hours(1)); }
+
+    platform::ThreadId id = 0;
+
+private:
+    std::unique_ptr<platform::ThreadMessages> answers = platform::ThreadMessages::open();
+    std::thread thread;
+};
+
+/// A message to a thread and one back.
+void messageThereAndBack(benchmark::State& state)
+{
+    Subscriber subscriber([](const platform::ThreadMessage&) {});
+    for (auto _ : state) {
+        platform::postThreadMessage(subscriber.id, {MSG_AMPLITUDE});
+        subscriber.await();
+    }
+}
+
+/// A spectrum from a service to the bars on the subscriber's thread, and a message back.
+void sampleThereAndBack(benchmark::State& state)
+{
+    Subscriber subscriber([](const platform::ThreadMessage& message) {
+        benchmark::DoNotOptimize(spectrumToLevels(payloadOf<MSG_AMPLITUDE>(message), 19, 6));
+    });
+    const auto outlet = std::make_shared<Outlet<MSG_AMPLITUDE>>();
+    Subscription subscription(outlet, subscriber.id);
+    const std::vector<float> spectrum(4096, 1.0F);
+    for (auto _ : state) {
+        outlet->post(spectrum);
+        subscriber.await();
+    }
+    subscription.end();
+}
+
+void spectrumToBars(benchmark::State& state)
+{
+    const std::vector<float> spectrum(4096, 1.0F);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(spectrumToLevels(spectrum, 19, 6));
+}
+
+void largestOfSpectrum(benchmark::State& state)
+{
+    const std::vector<float> spectrum(4096, 1.0F);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(*std::ranges::max_element(spectrum));
+}
+
 /// Keeps the times of a run for the table of ratios.
 class Times : public benchmark::ConsoleReporter {
 public:
@@ -270,6 +353,8 @@ void printRatios(std::map<std::string, double>& us)
         verdict(us["refusedCall"] <= 0.1, "at most 0.1 us"));
     row("host call forwarded, log off", us["forwardedCall"], us["forwardedWork"],
         verdict(us["forwardedCall"] - us["forwardedWork"] <= 0.1, "at most 0.1 us above the work"));
+    row("4096 bins to bars; raw: their largest", us["spectrumToBars"], us["largestOfSpectrum"], "-");
+    row("sample to its bars; raw: a message", us["sampleThereAndBack"], us["messageThereAndBack"], "-");
     row("loading the library", library, standin,
         verdict(library <= 5000, "at most 5000 us; raw: the stand-in"));
 }
@@ -294,6 +379,10 @@ int main(int count, char** arguments)
              {"refusedCall", refusedCall},
              {"forwardedCall", forwardedCall},
              {"forwardedWork", forwardedWork},
+             {"messageThereAndBack", messageThereAndBack},
+             {"sampleThereAndBack", sampleThereAndBack},
+             {"spectrumToBars", spectrumToBars},
+             {"largestOfSpectrum", largestOfSpectrum},
          })
         benchmark::RegisterBenchmark(name.c_str(), body)->UseRealTime();
     Times times;

@@ -1,4 +1,5 @@
 #include "services/resident_service.h"
+#include "services/system_record.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -16,5 +17,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (pair.found == NumberPair::Found::both && readNumber<std::int32_t>(reply) != pair.first)
         std::abort();
     readNumber<float>(reply);
+    // All of a record, or nothing.
+    SysDetailRecord record{};
+    record.unused[0] = 1;
+    const bool failed = !pyrux::readSystemRecord(reply, record).empty();
+    const bool read = record.unused[0] == 0;
+    if (read && (failed || std::ranges::count(reply, ';') < 14))
+        std::abort();
     return 0;
 }

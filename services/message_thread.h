@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/thread_messages.h"
+#include "services/service_messages.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -11,10 +12,8 @@
 
 namespace pyrux {
 
-/// The message that ends a `MessageThread`.
-inline constexpr std::uint32_t MSG_QUIT_THREAD = 1031;
-
 /// A device's thread that takes thread messages, such as those of a service that the device subscribes to.
+/// MSG_QUIT_THREAD ends it.
 class MessageThread {
 public:
     using Take = std::function<void(const platform::ThreadMessage&)>;

@@ -4,14 +4,11 @@
 #include "services/resident_service.h"
 
 #include <algorithm>
-#include <chrono>
 #include <system_error>
 #include <utility>
 
 namespace pyrux {
 namespace {
-
-using namespace std::chrono_literals;
 
 /// Second word of MSG_HOOK_EVENT: the window's keyboard language has changed.
 constexpr std::uintptr_t languageChange = 81;
@@ -64,14 +61,12 @@ std::int32_t withinRange(std::atomic<std::int32_t>& temperature)
 
 SYS_INFO::SYS_INFO(SystemSources from) : sources(std::move(from))
 {
-    std::promise<platform::ThreadId> up;
-    std::future<platform::ThreadId> id = up.get_future();
     try {
-        thread = std::thread(&SYS_INFO::run, this, std::move(up));
+        messages.start([this](const platform::ThreadMessage& message) { handle(message); });
     } catch (const std::system_error&) {
         return; // the operations that need no thread still work
     }
-    threadId = id.get();
+    threadId = messages.id();
     tempService = sources.services.subscribe("temp", threadId);
     std::int32_t first = 0;
     std::int32_t second = 0;
@@ -87,18 +82,7 @@ SYS_INFO::~SYS_INFO()
         return;
     tempService.end();
     infoService.end();
-    ending = true; // should there be no room for the message in the thread's queue
-    platform::postThreadMessage(threadId, {MSG_QUIT_THREAD});
-    thread.join();
-}
-
-void SYS_INFO::run(std::promise<platform::ThreadId> up)
-{
-    const auto messages = platform::ThreadMessages::open();
-    up.set_value(platform::currentThreadId());
-    while (!ending)
-        if (const auto message = messages->wait(1h))
-            handle(*message);
+    messages.stop();
 }
 
 void SYS_INFO::handle(const platform::ThreadMessage& message)
@@ -107,9 +91,6 @@ void SYS_INFO::handle(const platform::ThreadMessage& message)
     case MSG_HOOK_EVENT:
         if (message.second == languageChange)
             tellLanguage();
-        break;
-    case MSG_QUIT_THREAD:
-        ending = true;
         break;
     case MSG_TEMPERATURE:
         tellStatus(payloadOf<MSG_TEMPERATURE>(message));

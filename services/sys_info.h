@@ -6,14 +6,14 @@
 #include "pyrux/sys_info.h"
 #include "services/cpu_load.h"
 #include "services/hardware_names.h"
+#include "services/message_thread.h"
 #include "services/service_manager.h"
 #include "transport/notify.h"
 
 #include <atomic>
 #include <functional>
-#include <future>
+#include <optional>
 #include <string>
-#include <thread>
 
 namespace pyrux {
 
@@ -59,14 +59,12 @@ public:
 private:
     static constexpr platform::ThreadId noThread = 0xFFFFFFFF;
 
-    void run(std::promise<platform::ThreadId> up);
     void handle(const platform::ThreadMessage& message);
     void tellLanguage();
     void tellStatus(const Temperatures& temperatures);
 
     const SystemSources sources;
     platform::ThreadId threadId = noThread; ///< Stays so when the thread cannot be had.
-    std::atomic<bool> ending = false;
     Subscription tempService;
     Subscription infoService;
     std::atomic<std::int32_t> cpuTemp = 0; ///< Of the last MSG_TEMPERATURE.
@@ -78,7 +76,7 @@ private:
     Notify<SysStatusCallback> statusCallback;
     Notify<SysDetailCallback> infoCallback;
     Notify<SysLanguageCallback> languageCallback;
-    std::thread thread; ///< Uses all of the above.
+    MessageThread messages; ///< Uses all of the above.
 };
 
 /// What the export `sysInfo` gives.

@@ -1,6 +1,7 @@
 #include "devices/lighting/glow_hub2.h"
 
 #include "pyrux/pyrux.h"
+#include "services/service_manager.h"
 
 #include <algorithm>
 #include <array>
@@ -111,16 +112,18 @@ GLOW_HUB2::GLOW_HUB2(const std::string& path) : NotifyingController(path, traits
     setLightingUninit();
 }
 
-/// The link to the computer's sound: the message thread takes what the audio service posts to it. Its id
-/// joins the service's subscribers here, once it stands, and leaves them in `endAudio`, before it ends.
+/// The link to the computer's sound: the message thread takes what the audio service posts to it, among whose
+/// subscribers it is from when it stands until before it ends.
 void GLOW_HUB2::startAudio()
 {
     messages.start([this](const platform::ThreadMessage& message) { takeMessage(message); });
+    audio = PYRUX_SERVICE::instance().subscribe("audio", messages.id());
 }
 
 /// @return whether the thread has ended within `limit`
 bool GLOW_HUB2::endAudio(std::chrono::milliseconds limit)
 {
+    audio.end();
     return messages.stopWithin(limit);
 }
 

@@ -4,6 +4,7 @@
 #include "devices/lighting/lighting_controller.h"
 #include "pyrux/glow_hub2.h"
 #include "services/message_thread.h"
+#include "services/service.h"
 
 #include <chrono>
 #include <cstdint>
@@ -41,6 +42,7 @@ public:
     _error getRGBFollowParameter(std::uint8_t* source, std::uint8_t* flag, std::uint8_t* speed);
 
 protected:
+    Subscription audio;     // the blocks of its messages stay until the thread has ended
     MessageThread messages; // goes before the callback that it calls
 
 private:

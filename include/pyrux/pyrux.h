@@ -81,7 +81,8 @@ PYRUX_API void getDGVersion(const char* path, std::uint16_t* version);
 PYRUX_API void getDriverVersion(const char* path, std::uint8_t* version);
 
 /// Makes an object that reports on the host computer. Each call makes another; the caller owns it and ends it
-/// by its `destroy`. Where the resident service is there, it is asked for its core counts first.
+/// by its `destroy`. Where the resident service is there, it is asked for its core counts first: that takes
+/// up to 3 s while its pipe is busy, and up to 3 s more when it does not answer.
 PYRUX_API SYS_INFO_Base* sysInfo();
 
 /// Temperatures of the processor and the graphics card in degrees Celsius, from the resident service.

@@ -65,11 +65,19 @@ private:
 
 PipeClient::Connection PipeClient::connect(std::string_view name, milliseconds limit)
 {
+    using Clock = std::chrono::steady_clock;
     const std::string path = pipeName(name);
-    // Zero would mean the server's own time limit.
-    const bool available = WaitNamedPipeA(path.c_str(), std::max<DWORD>(toMs(limit), 1)) != FALSE;
-    Handle pipe{CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                            FILE_FLAG_OVERLAPPED, nullptr)};
+    const auto deadline = Clock::now() + limit;
+    bool available = false;
+    Handle pipe;
+    do {
+        const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now());
+        // Zero would mean the server's own time limit.
+        available = WaitNamedPipeA(path.c_str(), std::max<DWORD>(toMs(left), 1)) != FALSE;
+        pipe = Handle(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                  FILE_FLAG_OVERLAPPED, nullptr));
+        // Another client may be faster once the pipe is free: it is waited for again.
+    } while (!pipe && available && GetLastError() == ERROR_PIPE_BUSY && Clock::now() < deadline);
     if (!pipe)
         return {available, nullptr};
     // Only in this mode a read tells that a message goes on. A server of a byte pipe refuses it, and then

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "tools/resident/pipe_server.h"
+
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -12,21 +13,12 @@
 
 namespace pyrux::test {
 
-/// The server of a message pipe, such as a resident service. Serves one client after the other on a thread of
-/// its own, by a script.
+/// The server of a message pipe, such as a resident service, that keeps what it was asked.
 class PipePeer {
 public:
-    /// What the script can do with its client.
-    class Client {
-    public:
-        virtual ~Client() = default;
-        /// The next message; empty when the client has gone. It is also put down for `requests`.
-        virtual std::string receive() = 0;
-        virtual void send(std::string_view message) = 0;
-    };
-    using Script = std::function<void(Client&)>;
-
-    enum class Start { serving, busy };
+    using Client = peer::PipeServer::Client;
+    using Script = peer::PipeServer::Script;
+    using Start = peer::PipeServer::Start;
 
     PipePeer(std::string name, Script script, Start start = Start::serving);
     ~PipePeer();

@@ -3,6 +3,7 @@
 #include "services/message_thread.h"
 
 #include "devices/lighting/glow_hub2.h"
+#include "services/service_manager.h"
 #include "simulator/bus.h"
 #include "tests/support/scripted_mouse.h"
 
@@ -86,6 +87,8 @@ TEST(GlowHub2Audio, tellsTheHostThatTheSoundHasChanged)
     {
         AudioHub hub(path);
         ASSERT_FALSE(hub.openFailed());
+        SERVICE_PROBE* service = nullptr;
+        EXPECT_EQ(PYRUX_SERVICE::instance().findService(service, "audio"), 0); // made for it
         hub.registerNotify([](GlowHub2Notify record) { told.set_value(record); });
         EXPECT_TRUE(postThreadMessage(hub.messages.id(), {1}));
         EXPECT_TRUE(postThreadMessage(hub.messages.id(), {3}));

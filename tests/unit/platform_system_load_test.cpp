@@ -60,6 +60,20 @@ TEST(PlatformSystemLoad, isZeroWhenAnyStepToTheCardFails)
     EXPECT_EQ(gpuLoad(), 37u);
 }
 
+#ifdef _WIN32
+TEST(PlatformSystemLoad, isZeroWhenTheDriverLacksAFunction)
+{
+    SystemFakes& fakes = freshSystemFakes();
+    fakes.gpuLoad = 37;
+    for (const std::uint32_t number : {0x0150E828u, 0xE5AC921Fu, 0x189A1FDFu}) {
+        fakes.missing = number;
+        EXPECT_EQ(gpuLoad(), 0u) << number;
+    }
+    fakes.missing = 0;
+    EXPECT_EQ(gpuLoad(), 37u);
+}
+#endif
+
 TEST(PlatformDynamicLibrary, findsFunctionsByName)
 {
     const DynamicLibrary there(libraryFile("tw-hook"));

@@ -164,7 +164,7 @@ void receive(ThreadMessages& messages, int count)
 {
     std::int32_t last = 0;
     for (int i = 0; i < count; ++i) {
-        const auto message = messages.wait(20ms);
+        const auto message = messages.wait(2ms);
         if (!message || message->number == MSG_QUIT_THREAD)
             return;
         const auto number = wholeRecord(payloadOf<MSG_SYSTEM_INFO>(*message));

@@ -321,6 +321,24 @@ TEST_F(TwService, queryDeskServiceClosesItsConnection)
     EXPECT_TRUE(peer.hasServed(1, 10s));
 }
 
+TEST_F(TwService, clientsThatComeAtOnceAreAllServed)
+{
+    const PipePeer peer("twldservicepipe", answering("reply"));
+    std::vector<std::future<int>> clients;
+    for (int i = 0; i < 4; ++i)
+        clients.push_back(std::async(std::launch::async, [] {
+            int served = 0;
+            for (int request = 0; request < 25; ++request) {
+                std::string text = "temp";
+                served += TW_SERVICE(patient).queryDeskService(text) == E_OK && text == "reply";
+            }
+            return served;
+        }));
+    for (auto& client : clients)
+        EXPECT_EQ(client.get(), 25);
+    EXPECT_TRUE(peer.hasServed(100, 10s));
+}
+
 TEST_F(TwService, waits3000MsForABusyPipeAndAgainForAReply)
 {
     EXPECT_EQ(PipeLimits{}.free, 3000ms);

@@ -72,7 +72,6 @@ TEST(Exports, logTheirNames)
     EXPECT_EQ(debugLinesOf([&] { getVersion(&version); }).front(), "[PYRUX][SYS]PYRUX::getVersion, #");
     EXPECT_EQ(debugLinesOf([] { fakeTempEnable(); }).front(), "[PYRUX][SYS]PYRUX::fakeTempEnable, #");
     EXPECT_EQ(debugLinesOf([] { fakeTempStep(); }).front(), "[PYRUX][SYS]PYRUX::fakeTempStep, #");
-    EXPECT_EQ(debugLinesOf([] { sysInfo(); }).front(), "[PYRUX][SYS]PYRUX::sysInfo, #");
 }
 
 TEST(Exports, missTheResidentService)

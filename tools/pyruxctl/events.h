@@ -82,6 +82,7 @@ struct HostCalls {
     void* (*create)(void* factory, const char* path); ///< The host object, or null.
     void (*listen)(void* host, std::size_t slot);
     std::int32_t (*stopListening)(void* host); ///< -11 once the device has gone.
+    void (*destroy)(void* host) = nullptr;     ///< Of an object that its user owns.
 };
 
 namespace detail {

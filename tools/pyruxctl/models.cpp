@@ -21,7 +21,7 @@ const std::vector<Model>& models()
         models_of::glow2(),       models_of::glow_hub(), models_of::playdock(), models_of::psuCtrl(),
         models_of::qw210(),       models_of::qw220(),    models_of::rd110(),    models_of::rd210(),
         models_of::rd215(),       models_of::rd230(),    models_of::rd240(),    models_of::strandhub(),
-        models_of::strandhubv2(), models_of::tint_hub(), models_of::voltgrid(),
+        models_of::strandhubv2(), models_of::tint_hub(), models_of::voltgrid(), models_of::sysInfo(),
     };
     return all;
 }

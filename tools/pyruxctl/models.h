@@ -25,7 +25,7 @@ struct EventName {
 struct Model {
     std::string_view command; ///< On the command line; also the name of the factory export.
     std::string_view summary;
-    std::vector<Identity> identities;
+    std::vector<Identity> identities; ///< Empty: the computer itself, which is always there.
     std::vector<EventName> events;
     std::vector<Operation> operations;
     HostCalls calls;
@@ -61,6 +61,7 @@ Model strandhub();
 Model strandhubv2();
 Model tint_hub();
 Model voltgrid();
+Model sysInfo();
 } // namespace models_of
 
 } // namespace pyrux::ctl

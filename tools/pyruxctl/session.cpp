@@ -84,6 +84,9 @@ Session::~Session()
     for (const HostObject& object : opened)
         if (object.slot)
             object.model->calls.stopListening(object.host);
+    for (const HostObject& object : opened)
+        if (object.model->calls.destroy)
+            object.model->calls.destroy(object.host);
     if (started)
         loaded->pyrux_exit();
 }
@@ -134,8 +137,21 @@ HostObject* Session::findOpened(const Model& model, const std::string& path)
     return found == opened.rend() ? nullptr : &*found;
 }
 
+HostObject& Session::openComputer(const Model& model)
+{
+    if (HostObject* const object = findOpened(model, ""))
+        return *object;
+    start();
+    void* const host = model.calls.create(library().factory(model.command), "");
+    if (!host)
+        throw Failure(Exit::noDevice, "the library has no " + std::string(model.command));
+    return opened.emplace_back(HostObject{&model, "", host, std::nullopt});
+}
+
 HostObject& Session::open(const Model& model, const std::string& path)
 {
+    if (model.identities.empty())
+        return openComputer(model);
     std::vector<Device> candidates;
     for (Device& device : devices()) {
         const bool named = !path.empty() && equalIgnoringCase(device.path, path);

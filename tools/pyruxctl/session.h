@@ -80,6 +80,7 @@ public:
 
 private:
     void start();
+    HostObject& openComputer(const Model& model);
     HostObject* findOpened(const Model& model, const std::string& path);
     void listenTo(HostObject& object);
 
