@@ -4,6 +4,7 @@
 #include "core/log.h"
 #include "devices/mice/rd210.h"
 #include "pyrux/pyrux.h"
+#include "services/message_thread.h"
 #include "services/service.h"
 #include "services/spectrum.h"
 #include "simulator/bus.h"
@@ -114,6 +115,95 @@ void queuePush(benchmark::State& state)
     queue.setChannel(&channel);
     for (auto _ : state)
         queue.push(0, command);
+}
+
+/// A keyboard, and how many commands a call takes.
+struct Keyboard {
+    const std::string path = sim::plug(sim::makeFirmware("qw210"));
+    PYRUX_QW210_Base& host = *qw210(path.c_str());
+    std::array<EffectRecord, 18> effects{};
+
+    /// Another profile has effects of its own, which the next call reads.
+    void read()
+    {
+        host.changeProfileId(profile ^= 1);
+        host.getGeneralEffectAll(effects.data());
+    }
+    void store() { host.saveConfig(); }
+
+    template <class Call>
+    std::size_t commandsOf(Call call)
+    {
+        sim::takeTraffic(path);
+        call();
+        return std::size_t(std::ranges::count(sim::takeTraffic(path), sim::WireRecord::Direction::toDevice,
+                                              &sim::WireRecord::direction));
+    }
+
+private:
+    std::uint8_t profile = 0;
+};
+
+Keyboard& keyboard()
+{
+    static auto& one = *new Keyboard;
+    return one;
+}
+
+void effectRead(benchmark::State& state)
+{
+    for (auto _ : state)
+        keyboard().read();
+}
+
+void effectStore(benchmark::State& state)
+{
+    for (auto _ : state)
+        keyboard().store();
+}
+
+/// As many bins as a sample of sound has, to the bars of a keyboard's chart.
+void spectrumBars(benchmark::State& state)
+{
+    std::vector<float> bins(1024);
+    for (std::size_t i = 0; i < bins.size(); ++i)
+        bins[i] = float(i % 97) / 97;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(spectrumToLevels(bins, 21, 7));
+}
+
+/// From a service's post to the handler on a subscriber's thread.
+void samplesWay(benchmark::State& state)
+{
+    std::binary_semaphore arrived{0};
+    const auto outlet = std::make_shared<Outlet<MSG_CPU_USAGE>>();
+    MessageThread thread;
+    thread.start([&](const platform::ThreadMessage&) { arrived.release(); });
+    outlet->add(thread.id());
+    for (auto _ : state) {
+        outlet->post(50);
+        arrived.acquire();
+    }
+    outlet->remove(thread.id());
+}
+
+/// The same between two threads without a service.
+void threadsWay(benchmark::State& state)
+{
+    std::binary_semaphore posted{0};
+    std::binary_semaphore arrived{0};
+    std::atomic<bool> running{true};
+    std::thread thread([&] {
+        for (posted.acquire(); running; posted.acquire())
+            arrived.release();
+    });
+    for (auto _ : state) {
+        posted.release();
+        arrived.acquire();
+    }
+    running = false;
+    posted.release();
+    thread.join();
 }
 
 /// A strand controller that takes reports, counts them and answers nothing.
@@ -349,6 +439,14 @@ void printRatios(std::map<std::string, double>& us)
     row("60 LEDs, call to last byte", us["litFrame"], rawFrame, rate(us["litFrame"]));
     row("the same, one of 8 devices", us["litFrame8"] / 8, rawFrame, rate(us["litFrame8"] / 8));
     row("the same, one of 32 devices", us["litFrame32"] / 32, rawFrame, rate(us["litFrame32"] / 32));
+    const auto commands = [](std::size_t count) { return std::to_string(count) + " commands"; };
+    const std::size_t reads = keyboard().commandsOf([] { keyboard().read(); });
+    row("a keyboard's effects, read", us["effectRead"], us["rawExchange"] * double(reads), commands(reads));
+    const std::size_t writes = keyboard().commandsOf([] { keyboard().store(); });
+    row("a keyboard's effects, stored", us["effectStore"], us["rawExchange"] * double(writes),
+        commands(writes));
+    row("a spectrum to bars", us["spectrumBars"], us["rawWrite"], "1024 bins, 21 bars");
+    row("a sample, post to handler", us["samplesWay"], us["threadsWay"], "raw: two semaphores");
     row("host call refused, log off", us["refusedCall"], us["rawWrite"],
         verdict(us["refusedCall"] <= 0.1, "at most 0.1 us"));
     row("host call forwarded, log off", us["forwardedCall"], us["forwardedWork"],
@@ -373,6 +471,11 @@ int main(int count, char** arguments)
              {"threadPerWrite", threadPerWrite},
              {"queuePush", queuePush},
              {"queuedReports", queuedReports},
+             {"effectRead", effectRead},
+             {"effectStore", effectStore},
+             {"spectrumBars", spectrumBars},
+             {"samplesWay", samplesWay},
+             {"threadsWay", threadsWay},
              {"litFrame", litFrames<1>},
              {"litFrame8", litFrames<8>},
              {"litFrame32", litFrames<32>},

@@ -148,6 +148,15 @@ int pyrux_sim_unplug(const char* path)
     return device && sim::Registry::unplug(*device) ? 0 : -1;
 }
 
+int pyrux_sim_replug(const char* path)
+{
+    const auto device = path ? sim::Registry::instance().find(path) : nullptr;
+    if (!device || device->isPlugged())
+        return -1;
+    sim::plug(device->model, device->instance);
+    return 0;
+}
+
 int pyrux_sim_event(const char* path, const char* event, const int* values, int count)
 {
     const auto device = path ? sim::Registry::instance().find(path) : nullptr;

@@ -134,8 +134,8 @@ void setTrace(Trace callback)
 
 Handle::Handle(std::shared_ptr<Device> of, const Entry& opened) : device(std::move(of)), entry(opened) {}
 
-Device::Device(std::shared_ptr<Firmware> behind, const std::string& instance)
-    : entries(entriesOf(behind->identity(), instance)), model(std::move(behind))
+Device::Device(std::shared_ptr<Firmware> behind, std::string plug)
+    : instance(std::move(plug)), entries(entriesOf(behind->identity(), instance)), model(std::move(behind))
 {
 }
 

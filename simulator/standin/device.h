@@ -58,8 +58,9 @@ private:
 /// A plugged-in device: a firmware model, its conduct, the handles to it and the traffic on its wire.
 class Device : public std::enable_shared_from_this<Device> {
 public:
-    Device(std::shared_ptr<Firmware> behind, const std::string& instance);
+    Device(std::shared_ptr<Firmware> behind, std::string plug);
 
+    const std::string instance; ///< The piece of its paths that tells this plug from others.
     const std::vector<Entry> entries;
     const std::shared_ptr<Firmware> model;
 

@@ -195,6 +195,27 @@ TEST_F(Simulated, lightsExampleRunsAsWritten)
     EXPECT_EQ(linesWith(run.out, "mouse"), Lines{"mouse  ff6000 x2"});
 }
 
+TEST_F(Simulated, comesBackWithWhatItHadSaved)
+{
+    const Finished run = script("rd210 changeProfileId 3\n"
+                                "rd210 saveConfig\n"
+                                "rd210 changeProfileId 1\n"
+                                "unplug\n"
+                                "replug\n"
+                                "match 3 rd210 getCurrProfileId\n"
+                                "! replug\n"
+                                "! replug rd210\n");
+    EXPECT_EQ(run.exit, 0) << run.err;
+    EXPECT_EQ(run.out, "profile: 3\n");
+    EXPECT_EQ(run.err, "pyruxctl: no device was pulled out\npyruxctl: usage: replug\n");
+}
+
+TEST_F(Simulated, keyboardExampleRunsAsWritten)
+{
+    const Finished run = program.run({"--simulate", "qw210", "run", PYRUX_EXAMPLES "/keyboard.pyrux"});
+    EXPECT_EQ(run.exit, 0) << run.err;
+}
+
 TEST_F(Simulated, showsItsLights)
 {
     EXPECT_EQ(program.run({"--simulate", "rd215", "lights"}).out, "mouse  ffffff x2\n");

@@ -177,9 +177,9 @@ TEST(Manual, namesEveryCommandAndOptionOfTheHelp)
     }
     const Names directives = firstWords(program.run({"run", "--help"}).out, "A line is");
     ASSERT_EQ(directives, (Names{"!", "event", "expect", "expect-event", "expect-lights", "match", "open",
-                                 "plug", "trace", "unplug"}));
+                                 "plug", "replug", "trace", "unplug"}));
     for (const std::string& directive : directives)
-        EXPECT_TRUE(names("Cm " + (directive == "!" ? "\\&!" : directive) + " ")) << directive;
+        EXPECT_TRUE(names("Cm " + (directive == "!" ? "\\&!" : directive))) << directive;
 
     const Names variables = wordsWith(top, "PYRUX_");
     ASSERT_EQ(variables, (Names{"PYRUX_LIBRARY", "PYRUX_SIMULATOR", "PYRUX_DEBUG_OUTPUT"}));

@@ -27,6 +27,7 @@ constexpr auto scriptHelp =
   open MODEL [PATH]           open a device; an operation does it too
   plug MODEL                  plug a simulated device in
   unplug [MODEL|PATH]         pull it out, and wait until the library has closed it
+  replug                      plug it in again, with what it had saved
   trace on|off                show the bytes on the wire, or stop to
   event [MODEL|PATH] NAME [VALUE...]
                               let it do something by itself: "event rd210 dpi 2"

@@ -123,6 +123,7 @@ private:
             {"event", &Script::event},     {"expect-event", &Script::expectEvent},
             {"expect", &Script::expect},   {"match", &Script::match},
             {"!", &Script::expectFailure}, {"expect-lights", &Script::expectLights},
+            {"replug", &Script::replug},
         };
         for (const Directive& directive : directives)
             if (words.front() == directive.name)
@@ -174,6 +175,13 @@ private:
         const std::string path = session.simulator().unplug(wordOr(words, 0, ""));
         session.awaitClosed(path);
         say("pulled out " + path);
+        return Exit::fine;
+    }
+
+    Exit replug(Words words)
+    {
+        expectWords(words, 0, 0, "replug");
+        say("plugged in " + session.simulator().replug());
         return Exit::fine;
     }
 

@@ -74,10 +74,20 @@ std::string Simulation::plug(const std::string& model)
 std::string Simulation::unplug(const std::string& which)
 {
     const auto found = find(which);
-    const std::string path = found->path;
+    pulled.push_back(*found);
     plugged.erase(found);
-    SIMULATOR(pyrux_sim_unplug)(path.c_str());
-    return path;
+    SIMULATOR(pyrux_sim_unplug)(pulled.back().path.c_str());
+    return pulled.back().path;
+}
+
+std::string Simulation::replug()
+{
+    if (pulled.empty())
+        throw UsageError("no device was pulled out");
+    plugged.push_back(pulled.back());
+    pulled.pop_back();
+    SIMULATOR(pyrux_sim_replug)(plugged.back().path.c_str());
+    return plugged.back().path;
 }
 
 void Simulation::event(const std::string& which, const std::string& name, const std::vector<int>& values)

@@ -38,6 +38,10 @@ public:
     /// @return the device path
     std::string unplug(const std::string& which);
 
+    /// Plugs the device in again that was pulled out last.
+    /// @return the device path
+    std::string replug();
+
     struct Plugged {
         std::string model;
         std::string path;
@@ -56,6 +60,7 @@ private:
 
     SharedLibrary library;
     std::vector<Plugged> plugged;
+    std::vector<Plugged> pulled; ///< In the order in which they were pulled out.
 };
 
 } // namespace pyrux::ctl
