@@ -72,7 +72,8 @@ void DeviceCloser::run()
                 const auto first = std::ranges::min_element(leaving, {}, &Leaving::due)->due;
                 if (first <= Clock::now())
                     break;
-                changed.wait_until(lock, first);
+                // One may have come while the mutex was free for the removals before it.
+                changed.wait_until(lock, first, [&] { return !removals.empty(); });
             }
             lock.unlock();
             finishExits(Clock::now());
