@@ -162,50 +162,6 @@ void effectStore(benchmark::State& state)
         keyboard().store();
 }
 
-/// As many bins as a sample of sound has, to the bars of a keyboard's chart.
-void spectrumBars(benchmark::State& state)
-{
-    std::vector<float> bins(1024);
-    for (std::size_t i = 0; i < bins.size(); ++i)
-        bins[i] = float(i % 97) / 97;
-    for (auto _ : state)
-        benchmark::DoNotOptimize(spectrumToLevels(bins, 21, 7));
-}
-
-/// From a service's post to the handler on a subscriber's thread.
-void samplesWay(benchmark::State& state)
-{
-    std::binary_semaphore arrived{0};
-    const auto outlet = std::make_shared<Outlet<MSG_CPU_USAGE>>();
-    MessageThread thread;
-    thread.start([&](const platform::ThreadMessage&) { arrived.release(); });
-    outlet->add(thread.id());
-    for (auto _ : state) {
-        outlet->post(50);
-        arrived.acquire();
-    }
-    outlet->remove(thread.id());
-}
-
-/// The same between two threads without a service.
-void threadsWay(benchmark::State& state)
-{
-    std::binary_semaphore posted{0};
-    std::binary_semaphore arrived{0};
-    std::atomic<bool> running{true};
-    std::thread thread([&] {
-        for (posted.acquire(); running; posted.acquire())
-            arrived.release();
-    });
-    for (auto _ : state) {
-        posted.release();
-        arrived.acquire();
-    }
-    running = false;
-    posted.release();
-    thread.join();
-}
-
 /// A strand controller that takes reports, counts them and answers nothing.
 class Sink final : public sim::Firmware {
 public:
@@ -445,8 +401,6 @@ void printRatios(std::map<std::string, double>& us)
     const std::size_t writes = keyboard().commandsOf([] { keyboard().store(); });
     row("a keyboard's effects, stored", us["effectStore"], us["rawExchange"] * double(writes),
         commands(writes));
-    row("a spectrum to bars", us["spectrumBars"], us["rawWrite"], "1024 bins, 21 bars");
-    row("a sample, post to handler", us["samplesWay"], us["threadsWay"], "raw: two semaphores");
     row("host call refused, log off", us["refusedCall"], us["rawWrite"],
         verdict(us["refusedCall"] <= 0.1, "at most 0.1 us"));
     row("host call forwarded, log off", us["forwardedCall"], us["forwardedWork"],
@@ -473,9 +427,6 @@ int main(int count, char** arguments)
              {"queuedReports", queuedReports},
              {"effectRead", effectRead},
              {"effectStore", effectStore},
-             {"spectrumBars", spectrumBars},
-             {"samplesWay", samplesWay},
-             {"threadsWay", threadsWay},
              {"litFrame", litFrames<1>},
              {"litFrame8", litFrames<8>},
              {"litFrame32", litFrames<32>},

@@ -129,7 +129,9 @@ std::uint8_t high(std::uint16_t value)
 
 void append(Bytes& to, std::span<const std::uint8_t> bytes)
 {
-    to.insert(to.end(), bytes.begin(), bytes.end());
+    to.reserve(to.size() + bytes.size());
+    for (const std::uint8_t byte : bytes)
+        to.push_back(byte);
 }
 
 /// Puts down the records from a place on.
