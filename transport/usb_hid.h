@@ -39,8 +39,7 @@ public:
 
     /// The normal way to send: one write at a time, also across threads.
     /// @return E_OK, also for a write that the system refused; E_NOT_OPEN; E_WRITE_TIMEOUT after 1000 ms, the
-    /// channel
-    ///         having been locked for that long
+    ///         channel having been locked for that long
     _error writeWatched(std::span<const std::uint8_t> report);
 
     /// Sends on the caller's thread, past the lock of the watched writes.

@@ -87,30 +87,26 @@ struct PYRUX_GLOW_Base : DEV_LIGHTING {
     /// are taken back first.
     /// @param port  1 to 4; deliberately unchecked, a number up to 20 goes out. Above: E_INVALID_SET.
     /// @note Wire: 80 01 01 behind mode 12; three reports: 00 10 02 port-1 30 with bytes 4 to 62 of the
-    /// buffer
-    ///       from P5 | 01 with bytes 63 to 125 from P1 | 82 with bytes 126 to 147 from P1
+    ///       buffer from P5 | 01 with bytes 63 to 125 from P1 | 82 with bytes 126 to 147 from P1
     virtual _error setEffectCustomize(std::uint8_t port, const ArgbCustomBuffer* buffer) = 0;
 
     /// Slot 8. Reads them; the buffer changes only when all have come.
     /// @return E_INVALID_GET also for a second or third reply with another beginning
     /// @note Wire: 80 10 01 port-1 30, sent three times, for the replies 00 10 03 port-1, 01 and 82, which
-    /// are
-    ///       cut as in slot 7
+    ///       are cut as in slot 7
     virtual _error getEffectCustomize(std::uint8_t port, ArgbCustomBuffer* buffer) = 0;
 
     /// Slot 9. Sets the strip's effect. `port` does not matter and stays.
     /// @return E_INVALID_PARAM: mode 4 or above 7; modes 0, 1, 2, 3, 5 with a speed outside 1 to 5
     /// @note Wire: modes 0, 1, 2, 3, 5: 80 01 03 | 80 04 mode colorSource speed-1 brightness, with
-    /// colorSource
-    ///       16 also red green blue; mode 6: 80 01 03 | 80 04 06; mode 7 (the strip follows the mainboard):
-    ///       80 01 04 01
+    ///       colorSource 16 also red green blue; mode 6: 80 01 03 | 80 04 06; mode 7 (the strip follows the
+    ///       mainboard): 80 01 04 01
     virtual _error setRgbLightingEffectParameter(const ArgbEffectParam* record) = 0;
 
     /// Slot 10. Reads the strip's effect. While the host drives the strip: mode 7, colorSource 0, speed 1,
     /// the rest as it was.
     /// @note Wire: status | 80 0A 01, reply 80 0A 03: P3 mode, P4 colorSource, P5 speed-1, with colorSource
-    /// 16
-    ///       also P6 brightness and P7 to P9 the colour
+    ///       16 also P6 brightness and P7 to P9 the colour
     virtual _error getRgbLightingEffectParameter(ArgbEffectParam* record) = 0;
 
     /// Slot 11. Sets how many LEDs a port has; `a` and `b` are the firmware's.

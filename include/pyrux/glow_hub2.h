@@ -146,8 +146,7 @@ struct PYRUX_GLOW2_Base : DEV_LIGHTING {
     /// Slot 18. Closes the object: ends its threads and the channel; frames that wait are dropped. Always
     /// E_OK; further calls do nothing.
     /// @param unplugged  not 0: the device has gone, nothing is sent to it, and calls that wait for a reply
-    /// end
-    ///                   at once; 0: they are given 2 s, and the lights are given back (80 16 02 04)
+    ///                   end at once; 0: they are given 2 s, and the lights are given back (80 16 02 04)
     virtual _error exit_device(std::uint8_t unplugged) = 0;
 
 protected:

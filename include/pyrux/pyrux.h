@@ -28,8 +28,7 @@
 
 /// Starts the library's threads. Repeated calls, also behind `pyrux_exit`, do nothing. Always 0.
 /// @note Tells the control application "app_control_on" unless in background mode, and waits for it up to 3 s
-/// when
-///       its pipe is there but busy, and up to 3 s more when it takes the text and does not answer.
+///       when its pipe is there but busy, and up to 3 s more when it takes the text and does not answer.
 PYRUX_API std::int32_t pyrux_init();
 
 /// Shuts all devices down, each with its goodbye, then the library's threads and services. Always 0. A second
@@ -71,8 +70,7 @@ PYRUX_API void getBTVersion(const char* path, char* version);
 /// Tells the release numbers of a wireless receiver and of a device.
 /// @param path     device path, VID_ and PID_ in upper case
 /// @param version  two values: for a receiver the first is its release and the second 0, for any other device
-/// the
-///                 first is 0 and the second its release
+///                 the first is 0 and the second its release
 PYRUX_API void getDGVersion(const char* path, std::uint16_t* version);
 
 /// Tells the version of the driver package that VK950's entry in localdevice.ini names; 0 for every other

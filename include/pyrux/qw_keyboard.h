@@ -124,8 +124,7 @@ struct QW_KEYBOARD_Base {
     /// @return E_OK, also when replies are missing; E_INVALID_SET: `index` above 19, `eventCount` above 198
     ///         or `triggerMode` above 3, nothing sent
     /// @note Wire: 41 80 | 51 18 index 00 A B | 51 19 index 00 name[16], whose reply repeats three bytes |
-    /// the
-    ///       events and the end mark in blocks of up to 15, the first by 53 00 count 00, the others by
+    ///       the events and the end mark in blocks of up to 15, the first by 53 00 count 00, the others by
     ///       53 01 count 00, and four bytes for each event. A count of events that divides by 15 is followed
     ///       by a block of 0. A is the low byte of `boundKey`, B its bits 8 and 9 and 3C, 5C or 7C by mode;
     ///       mode 3 writes FF 3F and nothing more. An event is: low byte of the code; high byte of the code
@@ -240,10 +239,9 @@ struct QW_KEYBOARD_Base {
 
     /// Slot 34. Writes the library's copy of the effects to the device and lets it keep everything for good.
     /// @note Wire: 56 15 effect 00 frames extra header[2] word[4], for the effects 0 to 20 | 56 21 page 00
-    /// and
-    ///       60 bytes of the image, for the pages 0 to 32; the replies repeat three bytes, and the first that
-    ///       is missing ends these | slot 18 with the current effect | 41 01 | 50 55 | 41 00. The result is
-    ///       that of 50 55.
+    ///       and 60 bytes of the image, for the pages 0 to 32; the replies repeat three bytes, and the first
+    ///       that is missing ends these | slot 18 with the current effect | 41 01 | 50 55 | 41 00. The
+    ///       result is that of 50 55.
     virtual _error saveConfig() = 0;
 
 protected:

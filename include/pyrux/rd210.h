@@ -46,14 +46,12 @@ struct PYRUX_RD210_Base {
     /// Slot 2. Restores factory settings.
     /// @param all  not 0: all profiles; 0: the current one, which is then saved
     /// @note Wire: 41 01 | 50 10 00 00 FF | 41 00, or 41 01 | 50 10 00 00 00 | 50 55 | 41 00. The result is
-    /// that of
-    ///       50 10.
+    ///       that of 50 10.
     virtual _error resetProfile(std::uint8_t all) = 0;
 
     /// Slot 3. Restores a part of the current profile's settings.
     /// @param part  0, 1 (also the wheel's tilt buttons), or 2 (performance; also the system's pointer speed
-    /// and
-    ///              double-click time)
+    ///              and double-click time)
     virtual _error resetPartial(std::uint8_t part) = 0;
 
     /// Slot 4. Gives a button a function. The button that `setMouseCombo` has made the shift stays as it is,

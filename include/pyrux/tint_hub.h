@@ -91,28 +91,24 @@ struct PYRUX_TINT_Base : DEV_LIGHTING {
     /// Slot 8. Gives each port a colour. The device stores it when the object is closed, once.
     /// @param colors  a brightness level outside 1 to 5 goes out as 255
     /// @note Wire: 41 80 | 51 28 00 00 04 | 51 30 | 51 A8 with the twelve bytes from P4 | 51 2C 00 00 04 00
-    /// 00
-    ///       FF FF brightness FF FF FF 00 00 00 and FF to the end
+    ///       00 FF FF brightness FF FF FF 00 00 00 and FF to the end
     virtual _error setPortMultiColor(const TintMultiColor* colors) = 0;
 
     /// Slot 9. Reads the colours of the ports. Always E_OK: what the device does not tell stays as it was.
     /// @note Wire: 41 80 | 52 A8, reply 52 A8 with the twelve bytes from P3 | 52 2C FF FF 04 and FF to the
-    /// end,
-    ///       reply 52 2C: P8 brightness
+    ///       end, reply 52 2C: P8 brightness
     virtual _error getPortMultiColor(TintMultiColor* colors) = 0;
 
     /// Slot 10. Sets a layered effect and stores it. Always E_OK. Deliberate: a layer whose mode is not above
     /// 3, or whose speed is out of range, is not sent but for its 41 01.
     /// @note Wire: for each layer what slot 5 sends, with brightness FF and 51 2B 01; then 41 01 | 51 A0 01
-    /// 00
-    ///       00 01 00 00 red green blue last | 51 28 00 00 E0 | 50 55 | 41 00
+    ///       00 00 01 00 00 red green blue last | 51 28 00 00 E0 | 50 55 | 41 00
     virtual _error setEffectMultilayer(const TintMultilayer* effect) = 0;
 
     /// Slot 11. Closes the object: ends its threads and the channel. Always E_OK; further calls do nothing.
     /// @param unplugged  not 0: the device has gone, nothing is sent to it, and calls that wait for a reply
-    /// end
-    ///                   at once; 0: they are given 2 s, colours of slot 8 are stored (50 55), and the device
-    ///                   is told goodbye (41 00)
+    ///                   end at once; 0: they are given 2 s, colours of slot 8 are stored (50 55), and the
+    ///                   device is told goodbye (41 00)
     virtual _error exit_device(std::uint8_t unplugged) = 0;
 
 protected:

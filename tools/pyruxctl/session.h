@@ -64,8 +64,7 @@ public:
 
     /// The host object of a device. Throws Failure: not there, cannot be opened, or several to choose from.
     /// @param path  as `devInfo` gives it, in any case; empty: the only attached device of the model, or the
-    /// last
-    ///              opened one when none is attached any more
+    ///              last opened one when none is attached any more
     HostObject& open(const Model& model, const std::string& path);
 
     /// The object whose events arrive at a slot, or null.
