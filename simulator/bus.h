@@ -107,7 +107,8 @@ extern "C" {
 /// Plugs a model in by name; its path goes to `path` (1024 bytes).
 PYRUX_SIM_API int pyrux_sim_plug(const char* model, char* path);
 PYRUX_SIM_API int pyrux_sim_unplug(const char* path);
-/// Plugs a device that was pulled out in again, where it was before: it has its old path, and what it had saved.
+/// Plugs a device that was pulled out in again, where it was before: it has its old path, and what it had
+/// saved.
 PYRUX_SIM_API int pyrux_sim_replug(const char* path);
 /// Lets a device do something by itself: `event` as in Firmware::happen, its values in `values`.
 PYRUX_SIM_API int pyrux_sim_event(const char* path, const char* event, const int* values, int count);
