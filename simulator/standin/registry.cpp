@@ -8,6 +8,17 @@
 
 namespace pyrux::sim {
 
+namespace {
+
+std::string lowerCased(std::string path)
+{
+    for (char& c : path)
+        c = c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c;
+    return path;
+}
+
+} // namespace
+
 Registry& Registry::instance()
 {
     static auto& one = *new Registry;
@@ -29,12 +40,9 @@ std::string Registry::plug(std::shared_ptr<Firmware> model, std::string instance
         }
         device = std::make_shared<Device>(std::move(model), instance);
         // A port holds one device, and its paths lead to the newest one.
-        const auto rest = std::stable_partition(devices.begin(), devices.end(), [&](const auto& old) {
-            return std::ranges::none_of(device->entries,
-                                        [&](const Entry& one) { return old->entryOf(one.path); });
-        });
-        replaced.assign(rest, devices.end());
-        devices.erase(rest, devices.end());
+        for (const Entry& entry : device->entries)
+            if (const auto old = byPath.find(lowerCased(entry.path)); old != byPath.end())
+                replaced.push_back(old->second);
     }
     // Whoever hears of a device may look at the bus.
     for (const auto& old : replaced)
@@ -42,7 +50,12 @@ std::string Registry::plug(std::shared_ptr<Firmware> model, std::string instance
     device->plug();
     {
         const std::lock_guard lock(devicesMutex);
-        devices.push_back(device);
+        for (const auto& old : replaced)
+            for (const Entry& entry : old->entries)
+                byPath.erase(lowerCased(entry.path));
+        for (const Entry& entry : device->entries)
+            byPath[lowerCased(entry.path)] = device;
+        present.push_back(device);
     }
     announce(*device, true);
     return device->controlPath();
@@ -50,10 +63,15 @@ std::string Registry::plug(std::shared_ptr<Firmware> model, std::string instance
 
 bool Registry::unplug(Device& device)
 {
-    const bool was = device.unplug();
-    if (was)
-        announce(device, false);
-    return was;
+    if (!device.unplug())
+        return false;
+    Registry& all = instance();
+    {
+        const std::lock_guard lock(all.devicesMutex);
+        std::erase_if(all.present, [&](const auto& one) { return one.get() == &device; });
+    }
+    announce(device, false);
+    return true;
 }
 
 void Registry::reset()
@@ -61,7 +79,8 @@ void Registry::reset()
     std::vector<std::shared_ptr<Device>> all;
     {
         const std::lock_guard lock(devicesMutex);
-        all.swap(devices);
+        all = present;
+        byPath.clear();
     }
     for (const auto& device : all)
         unplug(*device);
@@ -72,19 +91,14 @@ void Registry::reset()
 std::vector<std::shared_ptr<Device>> Registry::plugged() const
 {
     const std::lock_guard lock(devicesMutex);
-    std::vector<std::shared_ptr<Device>> present;
-    std::ranges::copy_if(devices, std::back_inserter(present),
-                         [](const auto& one) { return one->isPlugged(); });
     return present;
 }
 
 std::shared_ptr<Device> Registry::find(const std::string& path) const
 {
     const std::lock_guard lock(devicesMutex);
-    for (const auto& device : devices)
-        if (device->entryOf(path))
-            return device;
-    return nullptr;
+    const auto found = byPath.find(lowerCased(path));
+    return found == byPath.end() ? nullptr : found->second;
 }
 
 std::uintptr_t Registry::open(const std::string& path)

@@ -41,7 +41,9 @@ public:
 
 private:
     mutable std::mutex devicesMutex;
-    std::vector<std::shared_ptr<Device>> devices;
+    std::unordered_map<std::string, std::shared_ptr<Device>>
+        byPath;                                   ///< In lower case; also those that have gone.
+    std::vector<std::shared_ptr<Device>> present; ///< In the order in which they came.
     int instances = 0;
 
     mutable std::shared_mutex handlesMutex;

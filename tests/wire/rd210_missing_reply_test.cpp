@@ -443,7 +443,7 @@ TEST(RD210MissingReply, isLoggedBehindTwoSeconds)
     EXPECT_LT(time, 3900);
 }
 
-WAITING_TEST(RD210MissingReply, doesNotKeepAnObjectFromBeingMade)
+TEST(RD210MissingReply, doesNotKeepAnObjectFromBeingMade)
 {
     auto device = std::make_shared<ScriptedMouse>();
     device->silence("43");
