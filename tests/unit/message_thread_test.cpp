@@ -56,7 +56,7 @@ TEST(MessageThreads, areLeftAloneWhileTheyAreHeld)
         inside.set_value();
         release.get_future().get();
     });
-    EXPECT_TRUE(postThreadMessage(thread.id(), {1}));
+    EXPECT_TRUE(postThreadMessage(thread.id(), {1026}));
     inside.get_future().get();
     EXPECT_FALSE(thread.stopWithin(0s));
     release.set_value();
@@ -90,7 +90,7 @@ TEST(GlowHub2Audio, tellsTheHostThatTheSoundHasChanged)
         SERVICE_PROBE* service = nullptr;
         EXPECT_EQ(PYRUX_SERVICE::instance().findService(service, "audio"), 0); // made for it
         hub.registerNotify([](GlowHub2Notify record) { told.set_value(record); });
-        EXPECT_TRUE(postThreadMessage(hub.messages.id(), {1}));
+        EXPECT_TRUE(postThreadMessage(hub.messages.id(), {4}));
         EXPECT_TRUE(postThreadMessage(hub.messages.id(), {3}));
         EXPECT_TRUE(postThreadMessage(hub.messages.id(), {2}));
         const GlowHub2Notify record = told.get_future().get();
