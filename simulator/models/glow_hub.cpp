@@ -212,7 +212,7 @@ void GlowHubFirmware::takePart(const Payload& command)
         transfer.reset();
         if ((!custom && command[1] != 0x07) || command[head] >= portCount || command[head + 1] != ledsOfAPart)
             return;
-        transfer.emplace(custom, command[head]);
+        transfer = Transfer{.custom = custom, .port = command[head]};
         from = head + 2;
     }
     if (!transfer)
