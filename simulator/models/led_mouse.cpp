@@ -1,5 +1,7 @@
 #include "simulator/models/led_mouse.h"
 
+#include "simulator/models/identities.h"
+
 #include <algorithm>
 
 namespace pyrux::sim {
@@ -24,23 +26,10 @@ const Models& models()
 
 const Identity& identityOf(const Model& model)
 {
-    static std::mutex mutex;
-    static auto& known = *new std::map<std::uint16_t, Identity>;
-    const std::lock_guard lock(mutex);
-    const auto [place, made] = known.try_emplace(model.pid);
-    if (made)
-        place->second = {
-            .vid = 0x3A7E,
-            .pid = model.pid,
-            .release = 0x0102,
-            .serial = std::string(model.name) + "-000001",
-            .product = model.name,
-            .manufacturer = "Tessel Works",
-            .collections = {{.interface = 0, .usagePage = 0x0001, .usage = 0x0002},
-                            {.interface = 1, .usagePage = 0xFF00, .usage = 0x0001}},
-            .controlInterface = 1,
-        };
-    return place->second;
+    return standingIdentity(model.name, model.pid, 0x0102,
+                            {{.interface = 0, .usagePage = 0x0001, .usage = 0x0002},
+                             {.interface = 1, .usagePage = 0xFF00, .usage = 0x0001}},
+                            1);
 }
 
 constexpr std::uint8_t resetEverything = 0xFF;

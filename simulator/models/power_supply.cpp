@@ -1,10 +1,11 @@
 #include "simulator/models/power_supply.h"
 
+#include "simulator/models/identities.h"
+
 #include <algorithm>
 #include <cctype>
 #include <condition_variable>
 #include <cstdio>
-#include <map>
 
 namespace pyrux::sim {
 
@@ -31,25 +32,10 @@ constexpr std::array<Model, PsuCtrlFirmware::variants> lines{{
     {"PT_LINE_850_MULTI", 0x01A1, 850, true, "C1.2"},
 }};
 
-/// Never destroyed: a write may hang in a model to the end of the process.
 const Identity& identityOf(const Model& model)
 {
-    static std::mutex mutex;
-    static auto& known = *new std::map<std::uint16_t, Identity>;
-    const std::lock_guard lock(mutex);
-    const auto [place, made] = known.try_emplace(model.pid);
-    if (made)
-        place->second = {
-            .vid = 0x3A7E,
-            .pid = model.pid,
-            .release = 0x0100,
-            .serial = std::string(model.name) + "-000001",
-            .product = model.name,
-            .manufacturer = "Tessel Works",
-            .collections = {{.interface = -1, .usagePage = 0xFF00, .usage = 0x0001}},
-            .controlInterface = -1,
-        };
-    return place->second;
+    return standingIdentity(model.name, model.pid, 0x0100,
+                            {{.interface = -1, .usagePage = 0xFF00, .usage = 0x0001}}, -1);
 }
 
 constexpr Curve factoryCurve{{{30, 10}, {40, 30}, {60, 50}, {70, 70}}};

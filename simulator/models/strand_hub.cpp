@@ -1,8 +1,9 @@
 #include "simulator/models/strand_hub.h"
 
+#include "simulator/models/identities.h"
+
 #include <algorithm>
 #include <bit>
-#include <map>
 
 namespace pyrux::sim {
 
@@ -20,26 +21,12 @@ constexpr std::uint8_t customEffect = 9;
 constexpr std::size_t firstEntries = 7;
 constexpr std::size_t entrySize = 8;
 
-/// Never destroyed: a write may hang in a model to the end of the process.
 const Identity& identityOf(const char* name, std::uint16_t pid)
 {
-    static std::mutex mutex;
-    static auto& known = *new std::map<std::uint16_t, Identity>;
-    const std::lock_guard lock(mutex);
-    const auto [place, made] = known.try_emplace(pid);
-    if (made)
-        place->second = {
-            .vid = 0x3A7E,
-            .pid = pid,
-            .release = 0x0105,
-            .serial = std::string(name) + "-000001",
-            .product = name,
-            .manufacturer = "Tessel Works",
-            .collections = {{.interface = 0, .usagePage = 0x0001, .usage = 0x0000},
-                            {.interface = 1, .usagePage = 0xFF00, .usage = 0x0001}},
-            .controlInterface = 1,
-        };
-    return place->second;
+    return standingIdentity(name, pid, 0x0105,
+                            {{.interface = 0, .usagePage = 0x0001, .usage = 0x0000},
+                             {.interface = 1, .usagePage = 0xFF00, .usage = 0x0001}},
+                            1);
 }
 
 Settings factorySettings()
