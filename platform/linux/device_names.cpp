@@ -43,6 +43,7 @@ std::vector<ListedInterface> deviceInterfaces(std::vector<ListedInterface> liste
     for (ListedInterface& entry : listed) {
         if (named.contains(entry.interface.name))
             continue;
+        const NameMemory::Mark before = nameMemory().mark();
         const std::string node = nodeInPath(entry.interface.name);
         const UdevDevice device = node.empty() ? nullptr : deviceOf(context.get(), node);
         const auto found = device ? readHidNode(device.get()) : std::nullopt;
@@ -53,7 +54,7 @@ std::vector<ListedInterface> deviceInterfaces(std::vector<ListedInterface> liste
         std::vector<DeviceInterface> interfaces = interfacesOf(*found);
         if (interfaces.size() == 1 && interfaces[0].usagePage == 0)
             interfaces[0].usagePage = entry.interface.usagePage;
-        nameMemory().remember(orEmpty(udev_device_get_syspath(device.get())), namesOf(interfaces));
+        nameMemory().remember(orEmpty(udev_device_get_syspath(device.get())), namesOf(interfaces), before);
         named.insert(entry.interface.name);
         for (DeviceInterface& one : interfaces)
             result.push_back({std::move(one), entry.source});

@@ -6,7 +6,7 @@
 namespace pyrux::platform {
 namespace {
 
-/// More than can go while one enumeration runs.
+/// More than go while one enumeration runs. Where more have gone what it has read is dropped.
 constexpr std::size_t mostForgotten = 64;
 
 } // namespace
@@ -33,8 +33,28 @@ void NameMemory::end()
 void NameMemory::remember(const std::string& place, Names names)
 {
     const std::lock_guard lock(mutex);
-    if (readers > 0 && !names.empty() && std::ranges::find(forgotten, place) == forgotten.end())
+    put(place, std::move(names));
+}
+
+void NameMemory::remember(const std::string& place, Names names, Mark before)
+{
+    const std::lock_guard lock(mutex);
+    const Mark since = forgets - before;
+    if (since <= forgotten.size() && std::find(forgotten.end() - static_cast<std::ptrdiff_t>(since),
+                                               forgotten.end(), place) == forgotten.end())
+        put(place, std::move(names));
+}
+
+void NameMemory::put(const std::string& place, Names names)
+{
+    if (readers > 0 && !names.empty())
         byPlace.try_emplace(place, std::move(names));
+}
+
+NameMemory::Mark NameMemory::mark() const
+{
+    const std::lock_guard lock(mutex);
+    return forgets;
 }
 
 NameMemory::Names NameMemory::recall(const std::string& place) const
@@ -47,6 +67,7 @@ NameMemory::Names NameMemory::recall(const std::string& place) const
 NameMemory::Names NameMemory::forget(const std::string& place)
 {
     const std::lock_guard lock(mutex);
+    ++forgets;
     forgotten.push_back(place);
     if (forgotten.size() > mostForgotten)
         forgotten.pop_front();

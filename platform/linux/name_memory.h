@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <map>
 #include <mutex>
@@ -19,18 +20,30 @@ public:
     void begin();
     void end();
 
-    /// The first names stay: a device that is about to go may be read wrongly. A place that has been
-    /// forgotten is not remembered again; there are no two devices of one place.
+    /// A point in the order of what is forgotten.
+    using Mark = std::uint64_t;
+    Mark mark() const;
+
+    /// For who reads arrivals and removals in their order. The first names stay: a device that is about to go
+    /// may be read wrongly.
     void remember(const std::string& place, Names names);
+
+    /// For who looks at devices beside that. What has been read since `before` is dropped when the place has
+    /// been forgotten since: the names may be those of the device that has gone. Another device of the same
+    /// place is remembered.
+    void remember(const std::string& place, Names names, Mark before);
     Names recall(const std::string& place) const;
     Names forget(const std::string& place);
     std::vector<std::string> places() const;
 
 private:
+    void put(const std::string& place, Names names);
+
     mutable std::mutex mutex;
     int readers = 0;
     std::map<std::string, Names> byPlace;
-    std::deque<std::string> forgotten; ///< The newest ones.
+    Mark forgets = 0;                  ///< How often something has been forgotten.
+    std::deque<std::string> forgotten; ///< Places, the newest ones.
 };
 
 /// The one memory. Never destroyed.

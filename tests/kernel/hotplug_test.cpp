@@ -199,6 +199,38 @@ TEST_F(Hotplug, takesTheThirdCollectionOfAHeadset)
     EXPECT_EQ(namesOf(takeTold(1)), Names{"HS310-"});
 }
 
+/// Writes a device's name into a file of its driver.
+void tellDriver(const std::filesystem::path& driver, const char* file, const std::string& device)
+{
+    std::ofstream out(driver / file);
+    out << device << std::flush;
+    EXPECT_TRUE(out) << driver << " " << file;
+}
+
+TEST_F(Hotplug, tellsOfADeviceThatComesBackToItsPlace)
+{
+    RawGadget keyboard("raw-keyboard", 1, 0x1006, {vendorCollections({0xFF00})});
+    ASSERT_TRUE(keyboard.plug());
+    const std::vector<Told> came = takeTold(1);
+    ASSERT_EQ(namesOf(came), Names{"VK530+"});
+    const std::string node = udev.waitForNodes(makerVid, "1006", 1).begin()->second.path;
+    const std::filesystem::path place = "/sys/class/hidraw" / std::filesystem::path(node).filename();
+    const std::filesystem::path before = std::filesystem::canonical(place);
+    const std::string device = std::filesystem::canonical(place / "device").filename();
+    const std::filesystem::path driver = std::filesystem::canonical(place / "device/driver");
+    for (int cycle = 0; cycle < 3; ++cycle) {
+        tellDriver(driver, "unbind", device);
+        ASSERT_EQ(namesOf(takeTold(1)), Names{"VK530-"}) << cycle;
+        tellDriver(driver, "bind", device);
+        const std::vector<Told> again = takeTold(1);
+        ASSERT_EQ(namesOf(again), Names{"VK530+"}) << cycle;
+        EXPECT_EQ(again[0].path, came[0].path);
+        EXPECT_EQ(std::filesystem::canonical(place), before);
+    }
+    ASSERT_TRUE(keyboard.unplug());
+    EXPECT_EQ(namesOf(takeTold(1)), Names{"VK530-"});
+}
+
 TEST_F(Hotplug, opensADeviceByTheEventsPathAndByTheRecords)
 {
     Gadget gadget({"rd210"});

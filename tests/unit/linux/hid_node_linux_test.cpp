@@ -141,13 +141,45 @@ TEST(NameMemory, isKeptOnlyWhileSomebodyReadsIt)
     EXPECT_EQ(memory.recall("/sys/a"), (NameMemory::Names{"A", "B"}));
     EXPECT_EQ(memory.forget("/sys/a"), (NameMemory::Names{"A", "B"}));
     EXPECT_TRUE(memory.forget("/sys/a").empty());
-    memory.remember("/sys/a", {"A"}); // by an enumeration that began in front of the removal
-    EXPECT_TRUE(memory.places().empty());
     memory.remember("/sys/b", {"B"});
     memory.remember("/sys/b", {"half of B"});
     EXPECT_EQ(memory.recall("/sys/b"), NameMemory::Names{"B"});
     memory.end();
     EXPECT_TRUE(memory.places().empty());
+}
+
+TEST(NameMemory, remembersADeviceThatComesBackToItsPlace)
+{
+    NameMemory memory;
+    memory.begin();
+    memory.remember("/sys/a", {"A"});
+    EXPECT_EQ(memory.forget("/sys/a"), NameMemory::Names{"A"});
+    memory.remember("/sys/a", {"another A"});
+    EXPECT_EQ(memory.recall("/sys/a"), NameMemory::Names{"another A"});
+    EXPECT_EQ(memory.forget("/sys/a"), NameMemory::Names{"another A"});
+    memory.remember("/sys/a", {"A"}, memory.mark()); // by an enumeration that begins now
+    EXPECT_EQ(memory.recall("/sys/a"), NameMemory::Names{"A"});
+}
+
+TEST(NameMemory, dropsWhatWasReadBeforeTheDeviceWent)
+{
+    NameMemory memory;
+    memory.begin();
+    const NameMemory::Mark before = memory.mark();
+    memory.remember("/sys/a", {"A"});
+    memory.forget("/sys/a");
+    memory.remember("/sys/a", {"A"}, before);
+    EXPECT_TRUE(memory.places().empty());
+    memory.remember("/sys/b", {"B"}, before);
+    EXPECT_EQ(memory.places(), std::vector<std::string>{"/sys/b"});
+    memory.forget("/sys/b");
+    for (int i = 0; i < 100; ++i)
+        memory.forget("/sys/other");
+    memory.remember("/sys/a", {"A"}, before);
+    memory.remember("/sys/b", {"B"}, before);
+    EXPECT_TRUE(memory.places().empty());
+    memory.remember("/sys/b", {"B"}, memory.mark());
+    EXPECT_EQ(memory.recall("/sys/b"), NameMemory::Names{"B"});
 }
 
 TEST(ParseNotice, takesTwoVerbsAndAName)
