@@ -1,76 +1,61 @@
 #include "platform/debug_output.h"
 
-#include "platform/linux/broken_pipe_signal.h"
+#include "platform/linux/bounded_write.h"
+#include "platform/linux/system_log.h"
 
-#include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <string_view>
-#include <syslog.h>
 #include <unistd.h>
 
 namespace pyrux::platform {
 namespace {
 
-/// Where the texts go. Holds nothing that is ever destroyed: threads may write while the process ends.
-struct Sink {
-    enum class Kind { systemLog, descriptor, none } kind = Kind::systemLog;
-    int descriptor = -1;
-};
-
-Sink chooseSink()
-{
-    const char* variable = std::getenv("PYRUX_DEBUG_OUTPUT");
-    const std::string_view choice = variable ? variable : "";
-    if (choice.empty() || choice == "syslog")
-        return {};
-    if (choice == "none")
-        return {Sink::Kind::none, -1};
-    if (choice == "stderr")
-        return {Sink::Kind::descriptor, STDERR_FILENO};
-    // Not blocking: a named pipe without a reader, or with a slow one, loses texts and holds no device up.
-    const int file = open(variable, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0644);
-    return {file < 0 ? Sink::Kind::none : Sink::Kind::descriptor, file};
-}
-
-void writeLine(int descriptor, std::string line)
-{
-    if (!line.ends_with('\n'))
-        line += '\n';
-    const BrokenPipeSignalBlocked blocked;
-    std::string_view rest = line;
-    while (!rest.empty()) {
-        const ssize_t written = write(descriptor, rest.data(), rest.size());
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            return;
-        rest.remove_prefix(static_cast<std::size_t>(written));
+/// Where the texts go. What does not read loses texts and holds no device up.
+class Sink {
+public:
+    Sink()
+    {
+        const char* variable = std::getenv("PYRUX_DEBUG_OUTPUT");
+        const std::string_view choice = variable ? variable : "";
+        if (choice.empty() || choice == "syslog")
+            kind = Kind::systemLog;
+        else if (choice == "stderr")
+            descriptor = STDERR_FILENO;
+        else if (choice != "none")
+            descriptor = open(variable, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0644);
     }
-}
 
-void writeSystemLog(std::string_view text)
-{
-    if (text.ends_with('\n'))
-        text.remove_suffix(1);
-    syslog(LOG_USER | LOG_DEBUG, "%.*s", static_cast<int>(text.size()), text.data());
-}
+    void put(const std::string& text)
+    {
+        if (kind == Kind::systemLog)
+            losses.put(text, [&](std::string_view one) {
+                if (one.ends_with('\n'))
+                    one.remove_suffix(1);
+                return log.write(one);
+            });
+        else if (descriptor >= 0)
+            losses.put(text, [&](std::string_view one) {
+                const Written written = lines.put(descriptor, one, std::chrono::milliseconds(0));
+                return written == Written::all || written == Written::lost;
+            });
+    }
+
+private:
+    enum class Kind { descriptor, systemLog } kind = Kind::descriptor;
+    int descriptor = -1; ///< -1: nowhere.
+    SystemLog log;
+    LineWriter lines;
+    Losses losses;
+};
 
 } // namespace
 
 void debugOutput(const std::string& text)
 {
-    static const Sink sink = chooseSink();
-    switch (sink.kind) {
-    case Sink::Kind::systemLog:
-        writeSystemLog(text);
-        break;
-    case Sink::Kind::descriptor:
-        writeLine(sink.descriptor, text);
-        break;
-    case Sink::Kind::none:
-        break;
-    }
+    // Never destroyed: threads may write while the process ends.
+    static auto& sink = *new Sink;
+    sink.put(text);
 }
 
 } // namespace pyrux::platform
