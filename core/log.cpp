@@ -1,6 +1,7 @@
 #include "core/log.h"
 
 #include "platform/debug_output.h"
+#include "platform/standard_output.h"
 
 #include <algorithm>
 #include <array>
@@ -87,10 +88,7 @@ void debugText(std::string_view text)
 
 void consoleLine(std::string_view text)
 {
-    std::string line(text);
-    line += '\n';
-    std::fwrite(line.data(), 1, line.size(), stdout);
-    std::fflush(stdout);
+    platform::standardOutput(text);
 }
 
 } // namespace pyrux

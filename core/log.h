@@ -46,7 +46,7 @@ void logCall(int category, std::string_view name, int line);
 /// Writes a text to the debug output behind "[PYRUX]", whatever the log's settings.
 void debugText(std::string_view text);
 
-/// Writes one line to the standard output, at once.
+/// Writes one line to the standard output, at once. A reader that does not read is waited for at most 100 ms.
 void consoleLine(std::string_view text);
 
 } // namespace pyrux
