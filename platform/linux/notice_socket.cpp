@@ -60,10 +60,14 @@ NoticeSocket::NoticeSocket()
 std::optional<Notice> NoticeSocket::take()
 {
     std::array<char, longestMessage> message;
-    const ssize_t length = recv(connection.get(), message.data(), message.size(), MSG_TRUNC);
+    sockaddr_un sender{};
+    socklen_t senderLength = sizeof sender;
+    const ssize_t length = recvfrom(connection.get(), message.data(), message.size(), MSG_TRUNC,
+                                    reinterpret_cast<sockaddr*>(&sender), &senderLength);
     if (length < 0 && (errno == EAGAIN || errno == EINTR))
         return {};
-    if (length <= 0) {
+    // An empty message has a sender, the end of the connection has none.
+    if (length < 0 || (length == 0 && senderLength == 0)) {
         connection.reset();
         return {};
     }

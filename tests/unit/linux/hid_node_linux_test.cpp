@@ -8,7 +8,9 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace {
@@ -195,6 +197,40 @@ TEST(ParseNotice, takesTwoVerbsAndAName)
     using namespace std::string_view_literals;
     for (const std::string_view other : {""sv, "add"sv, "add "sv, "Add x"sv, "removed x"sv, "add a\0b"sv})
         EXPECT_FALSE(parseNotice(other)) << other;
+}
+
+TEST(NoticeSocket, passesOverAnEmptyMessageAndEndsWithTheServer)
+{
+    const pyrux::test::TemporaryFolder folder;
+    const std::string path = folder.path() / "notices";
+    const pyrux::test::Variable variable("PYRUX_DEVICE_NOTICES", path);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    const int listening = socket(AF_UNIX, SOCK_SEQPACKET, 0);
+    ASSERT_EQ(bind(listening, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(listen(listening, 1), 0);
+    NoticeSocket notices;
+    const int server = accept(listening, nullptr, nullptr);
+    close(listening);
+    ASSERT_EQ(send(server, "", 0, 0), 0);
+    ASSERT_EQ(send(server, "add HID#X", 9, 0), 9);
+    ASSERT_EQ(send(server, std::string(5000, 'x').data(), 5000, 0), 5000);
+    ASSERT_EQ(send(server, "remove HID#X", 12, 0), 12);
+    ASSERT_EQ(send(server, "", 0, 0), 0);
+    close(server);
+    EXPECT_FALSE(notices.take());
+    const auto added = notices.take();
+    ASSERT_TRUE(added);
+    EXPECT_EQ(added->name, "HID#X");
+    EXPECT_FALSE(notices.take());
+    const auto removed = notices.take();
+    ASSERT_TRUE(removed);
+    EXPECT_EQ(removed->change, DeviceChange::removal);
+    EXPECT_FALSE(notices.take());
+    EXPECT_GE(notices.descriptor(), 0);
+    EXPECT_FALSE(notices.take());
+    EXPECT_EQ(notices.descriptor(), -1) << "the server has gone";
 }
 
 TEST(AccessWatch, tellsWhenAFileBecomesAccessible)
