@@ -1,9 +1,9 @@
 #include "platform/debug_output.h"
 
 #include "platform/linux/bounded_write.h"
+#include "platform/linux/environment.h"
 #include "platform/linux/system_log.h"
 
-#include <cstdlib>
 #include <fcntl.h>
 #include <string_view>
 #include <unistd.h>
@@ -16,8 +16,8 @@ class Sink {
 public:
     Sink()
     {
-        const char* variable = std::getenv("PYRUX_DEBUG_OUTPUT");
-        const std::string_view choice = variable ? variable : "";
+        const char* const variable = environment("PYRUX_DEBUG_OUTPUT");
+        const std::string_view choice = variable;
         if (choice.empty() || choice == "syslog")
             kind = Kind::systemLog;
         else if (choice == "stderr")

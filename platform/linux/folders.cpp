@@ -1,13 +1,13 @@
 #include "platform/folders.h"
 
-#include <cstdlib>
+#include "platform/linux/environment.h"
 
 namespace pyrux::platform {
 
 std::filesystem::path commonDataFolder()
 {
-    const char* chosen = std::getenv("PYRUX_DATA_DIR");
-    return chosen && *chosen ? chosen : "/var/lib";
+    const char* const chosen = environment("PYRUX_DATA_DIR");
+    return *chosen ? chosen : "/var/lib";
 }
 
 } // namespace pyrux::platform

@@ -1,7 +1,8 @@
 #include "platform/linux/gnome_settings.h"
 
+#include "platform/linux/environment.h"
+
 #include <algorithm>
-#include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>
 #include <memory>
@@ -59,24 +60,18 @@ const Gio& gio()
     return functions;
 }
 
-std::string_view variable(const char* name)
-{
-    const char* value = std::getenv(name);
-    return value ? value : "";
-}
-
 /// XDG_CURRENT_DESKTOP is a list, such as "ubuntu:GNOME".
 bool isGnomeSession()
 {
-    const std::string desktops = ":" + std::string(variable("XDG_CURRENT_DESKTOP")) + ":";
+    const std::string desktops = ":" + std::string(environment("XDG_CURRENT_DESKTOP")) + ":";
     return desktops.find(":GNOME:") != std::string::npos;
 }
 
 bool hasSessionBus()
 {
-    if (!variable("DBUS_SESSION_BUS_ADDRESS").empty())
+    if (*environment("DBUS_SESSION_BUS_ADDRESS"))
         return true;
-    const std::filesystem::path folder = variable("XDG_RUNTIME_DIR");
+    const std::filesystem::path folder = environment("XDG_RUNTIME_DIR");
     std::error_code ignored;
     return !folder.empty() && std::filesystem::is_socket(folder / "bus", ignored);
 }

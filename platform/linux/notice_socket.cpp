@@ -1,11 +1,11 @@
 #include "platform/linux/notice_socket.h"
 
+#include "platform/linux/environment.h"
 #include "platform/linux/socket_address.h"
 
 #include <array>
 #include <cerrno>
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
 
 namespace pyrux::platform {
@@ -53,7 +53,7 @@ std::optional<Notice> parseNotice(std::string_view message)
 
 NoticeSocket::NoticeSocket()
 {
-    if (const char* path = secure_getenv("PYRUX_DEVICE_NOTICES"))
+    if (const char* const path = environment("PYRUX_DEVICE_NOTICES"); *path)
         connection = connected(path);
 }
 

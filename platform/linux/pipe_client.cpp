@@ -1,4 +1,5 @@
 #include "platform/linux/file_descriptor.h"
+#include "platform/linux/runtime_folder.h"
 #include "platform/linux/socket_address.h"
 #include "platform/linux/socket_peer.h"
 #include "platform/pipe.h"
@@ -109,16 +110,26 @@ private:
 
 enum class Attempt { connected, missing, busy, refused };
 
+/// Whether the one who listens is trusted, whatever has stood at the path a moment ago.
+bool hasTrustedPeer(int socketNumber)
+{
+    ucred peer{};
+    socklen_t length = sizeof peer;
+    return getsockopt(socketNumber, SOL_SOCKET, SO_PEERCRED, &peer, &length) == 0 && isTrusted(peer.uid);
+}
+
 Attempt attempt(int socketNumber, const sockaddr_un& address)
 {
+    if (!isRuntimeFolderTrusted() || !isTrustedSocket(address.sun_path))
+        return Attempt::missing;
     if (connect(socketNumber, generic(address), sizeof address) == 0)
-        return Attempt::connected;
+        return hasTrustedPeer(socketNumber) ? Attempt::connected : Attempt::missing;
     switch (errno) {
     case EAGAIN:
     case EINTR:
         return Attempt::busy;
     case ECONNREFUSED: // nobody listens there (yet)
-        return isSocket(address.sun_path) ? Attempt::busy : Attempt::missing;
+        return Attempt::busy;
     case ENOENT:
     case ENOTDIR:
         return Attempt::missing;

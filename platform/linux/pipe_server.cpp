@@ -61,7 +61,7 @@ FileDescriptor lockRuntimeFolder()
 bool isStale(const sockaddr_un& address)
 {
     const FileDescriptor probe{socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)};
-    return isSocket(address.sun_path) && connect(probe.get(), generic(address), sizeof address) != 0 &&
+    return isTrustedSocket(address.sun_path) && connect(probe.get(), generic(address), sizeof address) != 0 &&
            errno == ECONNREFUSED;
 }
 

@@ -19,10 +19,10 @@ std::optional<sockaddr_un> socketAddress(std::string_view name)
     return address;
 }
 
-bool isSocket(const char* path)
+bool isTrustedSocket(const char* path)
 {
     struct stat found {};
-    return stat(path, &found) == 0 && S_ISSOCK(found.st_mode);
+    return lstat(path, &found) == 0 && S_ISSOCK(found.st_mode) && isTrusted(found.st_uid);
 }
 
 } // namespace pyrux::platform

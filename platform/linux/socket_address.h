@@ -15,7 +15,8 @@ inline const sockaddr* generic(const sockaddr_un& address)
     return reinterpret_cast<const sockaddr*>(&address);
 }
 
-/// A file that is no socket is neither connected to nor replaced.
-bool isSocket(const char* path);
+/// Whether a file is a socket of a trusted user. Anything else is neither connected to nor replaced; so is a
+/// link to one.
+bool isTrustedSocket(const char* path);
 
 } // namespace pyrux::platform

@@ -5,8 +5,10 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using pyrux::platform::commonDataFolder;
+using pyrux::platform::isRuntimeFolderTrusted;
 using pyrux::platform::makeRuntimeFolder;
 using pyrux::platform::runtimeFolder;
 using pyrux::test::TemporaryFolder;
@@ -57,4 +59,32 @@ TEST(PlatformFoldersLinux, runtimeFolderCannotBeMadeInAFile)
 {
     const Variable chosen("PYRUX_RUNTIME_DIR", pyrux::test::debugOutputFile() / "pyrux");
     EXPECT_FALSE(makeRuntimeFolder());
+}
+
+TEST(PlatformFoldersLinux, runtimeFolderOfOthersIsNotUsed)
+{
+    const TemporaryFolder parent;
+    const auto folder = parent.path() / "run";
+    const Variable chosen("PYRUX_RUNTIME_DIR", folder);
+    EXPECT_FALSE(isRuntimeFolderTrusted()) << "is not there";
+    ASSERT_TRUE(makeRuntimeFolder());
+    EXPECT_TRUE(isRuntimeFolderTrusted());
+    for (const mode_t open : {0777U, 0770U, 0707U, 0720U}) {
+        ASSERT_EQ(chmod(folder.c_str(), open), 0);
+        EXPECT_FALSE(makeRuntimeFolder()) << std::oct << open;
+    }
+    ASSERT_EQ(chmod(folder.c_str(), 01777), 0);
+    EXPECT_TRUE(makeRuntimeFolder()) << "nobody replaces what is another's";
+    ASSERT_EQ(chmod(folder.c_str(), 0755), 0);
+    const Variable linked("PYRUX_RUNTIME_DIR", parent.path() / "link");
+    std::filesystem::create_directory_symlink(folder, parent.path() / "link");
+    EXPECT_TRUE(makeRuntimeFolder()) << "one's own link";
+    if (geteuid() != 0)
+        GTEST_SKIP() << "takes root to give something away";
+    ASSERT_EQ(lchown((parent.path() / "link").c_str(), 65534, 65534), 0);
+    EXPECT_FALSE(makeRuntimeFolder()) << "another's link";
+    const Variable own("PYRUX_RUNTIME_DIR", folder);
+    EXPECT_TRUE(makeRuntimeFolder());
+    ASSERT_EQ(chown(folder.c_str(), 65534, 65534), 0);
+    EXPECT_FALSE(makeRuntimeFolder()) << "another's folder";
 }

@@ -222,3 +222,61 @@ TEST_F(PlatformPipeLinux, aReplyOfAPeerThatHasNotReadIsStillRead)
     EXPECT_EQ(buffer.substr(0, read->length), "TW_OK");
     EXPECT_FALSE(connection.pipe->read(buffer, 10s));
 }
+
+TEST_F(PlatformPipeLinux, aLinkIsNeitherConnectedToNorReplaced)
+{
+    const int listener = bound(SOCK_SEQPACKET);
+    ASSERT_EQ(listen(listener, 5), 0);
+    std::filesystem::create_symlink(path(), pipes.folder() / "link");
+    const auto start = Clock::now();
+    EXPECT_FALSE(PipeClient::connect("link", 10s).available);
+    EXPECT_LT(Clock::now() - start, 5s);
+    ASSERT_TRUE(std::filesystem::remove(path()));
+    bound(SOCK_STREAM); // nobody listens
+    EXPECT_EQ(PipeServer::create("link", 128), nullptr);
+    EXPECT_TRUE(std::filesystem::is_symlink(pipes.folder() / "link"));
+    std::filesystem::remove(path());
+    EXPECT_EQ(PipeServer::create("link", 128), nullptr) << "a link to nothing";
+    EXPECT_FALSE(std::filesystem::exists(path()));
+}
+
+TEST_F(PlatformPipeLinux, aFolderThatAllMayWriteToIsNotUsed)
+{
+    ASSERT_EQ(listen(bound(SOCK_SEQPACKET), 5), 0);
+    ASSERT_EQ(chmod(pipes.folder().c_str(), 0777), 0);
+    EXPECT_FALSE(PipeClient::connect("test", 10s).available);
+    EXPECT_EQ(PipeServer::create("other", 128), nullptr);
+    EXPECT_FALSE(std::filesystem::exists(pipes.folder() / "other"));
+    ASSERT_EQ(chmod(pipes.folder().c_str(), 0700), 0);
+    EXPECT_NE(PipeServer::create("other", 128), nullptr);
+}
+
+TEST_F(PlatformPipeLinux, aSocketOfAnotherUserIsNotUsed)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "takes root to give something away";
+    const int listener = bound(SOCK_SEQPACKET);
+    ASSERT_EQ(listen(listener, 5), 0);
+    ASSERT_EQ(chown(path().c_str(), 65534, 65534), 0);
+    EXPECT_FALSE(PipeClient::connect("test", 10s).available);
+    ASSERT_TRUE(std::filesystem::remove(path()));
+    close(dup(bound(SOCK_STREAM))); // nobody listens
+    ASSERT_EQ(chown(path().c_str(), 65534, 65534), 0);
+    EXPECT_EQ(PipeServer::create("test", 128), nullptr);
+    EXPECT_TRUE(std::filesystem::is_socket(path()));
+}
+
+TEST_F(PlatformPipeLinux, aServerOfAnotherUserIsToldNothing)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "takes root to be another user";
+    const int listener = bound(SOCK_SEQPACKET);
+    ASSERT_EQ(seteuid(65534), 0);
+    EXPECT_EQ(listen(listener, 5), 0); // and the socket's file stays root's
+    ASSERT_EQ(seteuid(0), 0);
+    EXPECT_FALSE(PipeClient::connect("test", 10s).available);
+    const int accepted = accept(listener, nullptr, nullptr);
+    char byte = 0;
+    EXPECT_EQ(recv(accepted, &byte, 1, 0), 0);
+    close(accepted);
+}
