@@ -4,6 +4,8 @@
 
 #include <hidapi/hidapi.h>
 
+#include <cerrno>
+
 namespace pyrux {
 
 std::mutex& hidLibraryMutex()
@@ -55,6 +57,20 @@ std::optional<int> HidHandle::Line::call(std::optional<std::chrono::milliseconds
     return result;
 }
 
+namespace {
+
+/// A call that a signal has cut short has not failed: it has found nothing. hidapi gives -1 and leaves the
+/// system's word on it.
+template <class Call>
+int unlessInterrupted(Call call)
+{
+    errno = 0;
+    const int result = call();
+    return result < 0 && errno == EINTR ? 0 : result;
+}
+
+} // namespace
+
 std::shared_ptr<HidHandle> HidHandle::open(const std::string& path, bool nonblocking)
 {
     std::shared_ptr<HidHandle> handle(new HidHandle(platform::openablePath(path)));
@@ -89,13 +105,16 @@ int HidHandle::writeAside(std::span<const std::uint8_t> report)
 
 int HidHandle::read(std::span<std::uint8_t> buffer)
 {
-    return *reading.call({}, [&] { return hid_read(reading.raw, buffer.data(), buffer.size()); });
+    return *reading.call({}, [&] {
+        return unlessInterrupted([&] { return hid_read(reading.raw, buffer.data(), buffer.size()); });
+    });
 }
 
 int HidHandle::readTimeout(std::span<std::uint8_t> buffer, int limitMs)
 {
     const std::optional<int> result = reading.call(std::chrono::milliseconds(limitMs), [&] {
-        return hid_read_timeout(reading.raw, buffer.data(), buffer.size(), limitMs);
+        return unlessInterrupted(
+            [&] { return hid_read_timeout(reading.raw, buffer.data(), buffer.size(), limitMs); });
     });
     return result.value_or(0);
 }

@@ -34,10 +34,11 @@ public:
     /// The same past those writes; -1 also when another call of this sort hangs.
     int writeAside(std::span<const std::uint8_t> report);
 
-    /// hid_read's result.
+    /// hid_read's result; 0 also when a signal has come.
     int read(std::span<std::uint8_t> buffer);
 
-    /// hid_read_timeout's result; 0 also when somebody else reads for all that time.
+    /// hid_read_timeout's result; 0 also when a signal has come, and when somebody else reads for all that
+    /// time.
     int readTimeout(std::span<std::uint8_t> buffer, int limitMs);
 
     /// hid_get_input_report's result; -1 also when another call of this sort, or `writeAside`, hangs.

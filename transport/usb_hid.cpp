@@ -85,7 +85,7 @@ int usbHid::readLimited(std::span<std::uint8_t> buffer, int limitMs)
         const int count = from->readTimeout(buffer, int(std::clamp<long long>(left, 0, sliceMs)));
         if (count > 0)
             return 0;
-        if (count < 0 || left <= sliceMs)
+        if (count < 0 || Clock::now() >= deadline)
             return nothingRead;
     }
 }

@@ -261,7 +261,7 @@ __attribute__((visibility("default"))) int poll(pollfd* files, nfds_t count, int
     return result;
 }
 
-#ifdef PYRUX_SLOW_RELEASE
+#ifdef PYRUX_UNSANITIZED
 void __libc_free(void* block);
 
 __attribute__((visibility("default"))) void free(void* block) noexcept

@@ -54,7 +54,7 @@ TEST(RealHidapi, leavesNothingOpen)
     EXPECT_FALSE(HidHandle::open("/dev/hidraw899999", false));
 }
 
-#ifdef PYRUX_SLOW_RELEASE
+#ifdef PYRUX_UNSANITIZED
 /// hidapi frees a device's error text at the start of a read and at the end of a write. In each round all
 /// three calls begin at once, and find the text of the round before.
 TEST(RealHidapi, freesAnErrorTextOnce)
