@@ -2,10 +2,10 @@
 
 #include "core/log.h"
 #include "platform/pipe.h"
+#include "platform/threads.h"
 
 #include <array>
 #include <chrono>
-#include <system_error>
 #include <thread>
 
 namespace pyrux {
@@ -86,12 +86,11 @@ void serveConsoleClient(platform::PipeServer& server)
 
 bool startDebugConsole()
 {
-    try {
-        std::thread(consoleThread).detach();
-        return true;
-    } catch (const std::system_error&) {
+    std::thread thread = platform::startThread(consoleThread);
+    if (!thread.joinable())
         return false;
-    }
+    thread.detach();
+    return true;
 }
 
 } // namespace pyrux

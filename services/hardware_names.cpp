@@ -1,13 +1,15 @@
 #include "services/hardware_names.h"
 
 #include "core/log.h"
+#include "platform/threads.h"
 
 #include <array>
+#include <atomic>
 #include <charconv>
 #include <exception>
-#include <future>
 #include <sstream>
 #include <string_view>
+#include <thread>
 
 namespace pyrux {
 namespace {
@@ -81,18 +83,36 @@ std::int32_t gibibytes(const std::string& bytes)
     return static_cast<std::int32_t>(number >> 30);
 }
 
+using Answers = std::array<HardwareFacts, tasks.size()>;
+
+/// Asks for all parts at once. False: a question could not be asked, or not be answered.
+bool askAll(const AskHardware& ask, Answers& answers)
+{
+    std::atomic<bool> answered{true};
+    std::array<std::thread, tasks.size()> threads;
+    for (std::size_t i = 0; i < tasks.size(); ++i) {
+        threads[i] = platform::startThread([&, i] {
+            try {
+                answers[i] = ask(tasks[i].part);
+            } catch (const std::exception&) {
+                answered = false;
+            }
+        });
+        if (!threads[i].joinable())
+            answered = false;
+    }
+    for (std::thread& thread : threads)
+        if (thread.joinable())
+            thread.join();
+    return answered;
+}
+
 } // namespace
 
 _error collectHardwareNames(const AskHardware& ask, SysHardwareNames& names)
 {
-    std::array<HardwareFacts, tasks.size()> answers;
-    try {
-        std::array<std::future<HardwareFacts>, tasks.size()> pending;
-        for (std::size_t i = 0; i < tasks.size(); ++i)
-            pending[i] = std::async(std::launch::async, ask, tasks[i].part);
-        for (std::size_t i = 0; i < tasks.size(); ++i)
-            answers[i] = pending[i].get();
-    } catch (const std::exception&) {
+    Answers answers;
+    if (!askAll(ask, answers)) {
         log(systemCategory, "cannot get the system info");
         return E_INVALID_GET;
     }

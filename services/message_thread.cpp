@@ -1,17 +1,24 @@
 #include "services/message_thread.h"
 
+#include "platform/threads.h"
+
 #include <memory>
 #include <optional>
 #include <utility>
 
 namespace pyrux {
 
-void MessageThread::start(Take take)
+bool MessageThread::start(Take take)
 {
     standing = finished = false;
-    thread = std::thread([this, take = std::move(take)] { run(take); });
+    thread = platform::startThread([this, take = std::move(take)] { run(take); });
     std::unique_lock lock(mutex);
+    if (!thread.joinable()) {
+        finished = true;
+        return false;
+    }
     changed.wait(lock, [&] { return standing; });
+    return true;
 }
 
 /// While the lock is held the thread cannot have ended, so that the message meets no later thread with its

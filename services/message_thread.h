@@ -24,7 +24,8 @@ public:
     MessageThread& operator=(const MessageThread&) = delete;
 
     /// Starts the thread and waits until it can be posted to; `take` gets each message on it.
-    void start(Take take);
+    /// @return false: the system has no room for a thread
+    bool start(Take take);
 
     /// Where its messages go.
     platform::ThreadId id() const { return threadId; }

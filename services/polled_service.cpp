@@ -1,8 +1,9 @@
 #include "services/polled_service.h"
 
+#include "platform/threads.h"
+
 #include <condition_variable>
 #include <mutex>
-#include <system_error>
 
 namespace pyrux {
 namespace {
@@ -47,11 +48,8 @@ struct PollingThread::State {
 PollingThread::PollingThread(std::chrono::milliseconds period, Clock& clock, std::function<void()> cycle)
     : state(std::make_shared<State>(period, clock, std::move(cycle)))
 {
-    try {
-        thread = std::thread([own = state] { own->run(); });
-    } catch (const std::system_error&) {
-        // A system without room for a thread: the service stands and has nothing to tell.
-    }
+    // Without room for a thread the service stands and has nothing to tell.
+    thread = platform::startThread([own = state] { own->run(); });
 }
 
 PollingThread::~PollingThread()

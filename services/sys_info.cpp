@@ -4,7 +4,6 @@
 #include "services/resident_service.h"
 
 #include <algorithm>
-#include <system_error>
 #include <utility>
 
 namespace pyrux {
@@ -61,11 +60,8 @@ std::int32_t withinRange(std::atomic<std::int32_t>& temperature)
 
 SYS_INFO::SYS_INFO(SystemSources from) : sources(std::move(from))
 {
-    try {
-        messages.start([this](const platform::ThreadMessage& message) { handle(message); });
-    } catch (const std::system_error&) {
+    if (!messages.start([this](const platform::ThreadMessage& message) { handle(message); }))
         return; // the operations that need no thread still work
-    }
     threadId = messages.id();
     tempService = sources.services.subscribe("temp", threadId);
     std::int32_t first = 0;

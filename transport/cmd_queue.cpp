@@ -1,11 +1,11 @@
 #include "transport/cmd_queue.h"
 
 #include "core/log.h"
+#include "platform/threads.h"
 #include "transport/usb_hid.h"
 
 #include <algorithm>
 #include <string>
-#include <system_error>
 #include <utility>
 
 namespace pyrux {
@@ -170,11 +170,9 @@ void CmdQueue::start()
     if (thread.joinable())
         thread.join();
     running = true;
-    try {
-        thread = std::thread([this] { run(); });
-    } catch (const std::system_error&) {
+    thread = platform::startThread([this] { run(); });
+    if (!thread.joinable())
         running = false; // the next push tries again
-    }
 }
 
 void CmdQueue::run()

@@ -1,10 +1,10 @@
 #include "transport/device_closer.h"
 
 #include "core/catalogue.h"
+#include "platform/threads.h"
 #include "transport/device_path.h"
 
 #include <algorithm>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -42,11 +42,11 @@ void DeviceCloser::close(std::string_view path)
         if (std::exchange(running, true))
             return;
     }
-    try {
-        std::thread([this] { run(); }).detach();
-    } catch (const std::system_error&) {
+    std::thread thread = platform::startThread([this] { run(); });
+    if (thread.joinable())
+        thread.detach();
+    else
         run(); // late is better than never
-    }
 }
 
 void DeviceCloser::beginPending()

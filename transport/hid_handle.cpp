@@ -4,8 +4,7 @@
 
 #include <hidapi/hidapi.h>
 
-#include <chrono>
-#include <utility>
+#include <cerrno>
 
 namespace pyrux {
 
@@ -16,66 +15,113 @@ std::mutex& hidLibraryMutex()
     return mutex;
 }
 
-std::shared_ptr<HidHandle> HidHandle::open(const std::string& path, bool nonblocking)
+bool HidHandle::Line::open(const std::string& place)
 {
-    const std::string place = platform::openablePath(path);
     const std::lock_guard lock(hidLibraryMutex());
-    hid_device_* raw = hid_open_path(place.c_str());
-    if (!raw)
-        return nullptr;
-    hid_set_nonblocking(raw, nonblocking ? 1 : 0);
-    return std::shared_ptr<HidHandle>(new HidHandle(raw));
+    raw = hid_open_path(place.c_str());
+    return raw != nullptr;
 }
 
-HidHandle::~HidHandle()
+HidHandle::Line::~Line()
 {
+    if (!raw)
+        return;
     const std::lock_guard lock(hidLibraryMutex());
     hid_close(raw);
 }
 
 template <class Call>
-int HidHandle::guarded(int limitMs, Call call)
+std::optional<int> HidHandle::Line::call(std::optional<std::chrono::milliseconds> limit, Call call)
 {
-    int result = -1;
-    if (!failed) {
-        const std::shared_lock lock(gate);
-        result = call();
-    } else {
-        const std::unique_lock lock(gate, std::chrono::milliseconds(limitMs));
-        if (!lock)
-            return 0;
-        result = call();
+    {
+        std::unique_lock lock(mutex);
+        const std::uint64_t mine = ++lastTicket;
+        waiting.push_back(mine);
+        const auto isMine = [&] { return !taken && waiting.front() == mine; };
+        if (!limit)
+            freed.wait(lock, isMine);
+        else
+            freed.wait_for(lock, *limit, isMine);
+        const bool got = isMine();
+        std::erase(waiting, mine);
+        if (!got)
+            return {};
+        taken = true;
     }
-    // A call that succeeds has taken the text away.
-    failed = result < 0;
+    const int result = call();
+    {
+        const std::lock_guard lock(mutex);
+        taken = false;
+    }
+    freed.notify_all();
     return result;
 }
 
 namespace {
 
-/// How long a call without a limit of its own waits for another one that may have failed.
-constexpr int gateLimitMs = 1000;
+/// A call that a signal has cut short has not failed: it has found nothing. hidapi gives -1 and leaves the
+/// system's word on it.
+template <class Call>
+int unlessInterrupted(Call call)
+{
+    errno = 0;
+    const int result = call();
+    return result < 0 && errno == EINTR ? 0 : result;
+}
 
 } // namespace
 
+std::shared_ptr<HidHandle> HidHandle::open(const std::string& path, bool nonblocking)
+{
+    std::shared_ptr<HidHandle> handle(new HidHandle(platform::openablePath(path)));
+    if (!handle->reading.open(handle->place) || !handle->writing.open(handle->place))
+        return nullptr;
+    hid_set_nonblocking(handle->reading.raw, nonblocking ? 1 : 0);
+    return handle;
+}
+
 int HidHandle::write(std::span<const std::uint8_t> report)
 {
-    return guarded(gateLimitMs, [&] { return hid_write(raw, report.data(), report.size()); });
+    return *writing.call({}, [&] { return hid_write(writing.raw, report.data(), report.size()); });
+}
+
+template <class Call>
+int HidHandle::callAside(Call call)
+{
+    constexpr std::chrono::milliseconds limit{1000};
+    const std::optional<int> result = aside.call(limit, [&] {
+        // While another line is open its place cannot become another device's.
+        if (!aside.isOpen() && !aside.open(place))
+            return -1;
+        return call();
+    });
+    return result.value_or(-1);
+}
+
+int HidHandle::writeAside(std::span<const std::uint8_t> report)
+{
+    return callAside([&] { return hid_write(aside.raw, report.data(), report.size()); });
 }
 
 int HidHandle::read(std::span<std::uint8_t> buffer)
 {
-    return guarded(gateLimitMs, [&] { return hid_read(raw, buffer.data(), buffer.size()); });
+    return *reading.call({}, [&] {
+        return unlessInterrupted([&] { return hid_read(reading.raw, buffer.data(), buffer.size()); });
+    });
 }
 
 int HidHandle::readTimeout(std::span<std::uint8_t> buffer, int limitMs)
 {
-    return guarded(limitMs, [&] { return hid_read_timeout(raw, buffer.data(), buffer.size(), limitMs); });
+    const std::optional<int> result = reading.call(std::chrono::milliseconds(limitMs), [&] {
+        return unlessInterrupted(
+            [&] { return hid_read_timeout(reading.raw, buffer.data(), buffer.size(), limitMs); });
+    });
+    return result.value_or(0);
 }
 
 int HidHandle::inputReport(std::span<std::uint8_t> buffer)
 {
-    return guarded(gateLimitMs, [&] { return hid_get_input_report(raw, buffer.data(), buffer.size()); });
+    return callAside([&] { return hid_get_input_report(aside.raw, buffer.data(), buffer.size()); });
 }
 
 } // namespace pyrux

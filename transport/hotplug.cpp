@@ -2,6 +2,7 @@
 
 #include "core/catalogue.h"
 #include "core/log.h"
+#include "platform/threads.h"
 #include "transport/audio_devices.h"
 #include "transport/device_closer.h"
 #include "transport/device_path.h"
@@ -15,7 +16,6 @@
 #include <mutex>
 #include <span>
 #include <string_view>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -196,11 +196,9 @@ bool startHotplug()
 {
     Hotplug& own = hotplug();
     std::unique_lock lock(own.mutex);
-    try {
-        own.thread = std::thread(run);
-    } catch (const std::system_error&) {
+    own.thread = platform::startThread(run);
+    if (!own.thread.joinable())
         return false;
-    }
     own.started = true;
     own.changed.wait_for(lock, startLimit, [&] { return own.id != 0; });
     return true;

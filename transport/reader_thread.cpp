@@ -1,5 +1,7 @@
 #include "transport/reader_thread.h"
 
+#include "platform/threads.h"
+
 #include <algorithm>
 #include <array>
 #include <span>
@@ -7,17 +9,23 @@
 
 namespace pyrux {
 
-void ReaderThread::start(std::function<void(const Reply&)> take)
+bool ReaderThread::start(std::function<void(const Reply&)> take)
 {
     running = true;
     finished = false;
-    thread = std::thread([this, take = std::move(take)] {
+    thread = platform::startThread([this, take = std::move(take)] {
         run(take);
         running = false;
         const std::lock_guard lock(mutex);
         finished = true;
         changed.notify_all();
     });
+    if (thread.joinable())
+        return true;
+    running = false;
+    finished = true;
+    channel.closeChannel();
+    return false;
 }
 
 void ReaderThread::askToStop()

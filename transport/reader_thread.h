@@ -35,7 +35,9 @@ public:
     ReaderThread& operator=(const ReaderThread&) = delete;
 
     /// Starts the thread; `take` gets each input report on it.
-    void start(std::function<void(const Reply&)> take);
+    /// @return false: the system has no room for a thread. The channel is closed then, so that calls end with
+    ///         E_NOT_OPEN in place of waiting for replies that nobody reads
+    bool start(std::function<void(const Reply&)> take);
 
     /// Ends the thread, which takes at most one slice of a blocking read, or as long as what it hands its
     /// reports to. Not to be called on the thread itself.

@@ -57,7 +57,7 @@ _error usbHid::writeDirect(std::span<const std::uint8_t> report)
     const std::shared_ptr<HidHandle> to = current();
     if (!to)
         return E_NOT_OPEN;
-    return to->write(report) < 0 ? E_WRITE_TIMEOUT : E_OK;
+    return to->writeAside(report) < 0 ? E_WRITE_TIMEOUT : E_OK;
 }
 
 int usbHid::readBlocking(std::span<std::uint8_t> buffer)
@@ -85,7 +85,7 @@ int usbHid::readLimited(std::span<std::uint8_t> buffer, int limitMs)
         const int count = from->readTimeout(buffer, int(std::clamp<long long>(left, 0, sliceMs)));
         if (count > 0)
             return 0;
-        if (count < 0 || left <= sliceMs)
+        if (count < 0 || Clock::now() >= deadline)
             return nothingRead;
     }
 }

@@ -1,10 +1,10 @@
 #include "transport/watched_writer.h"
 
+#include "platform/threads.h"
 #include "transport/brief_look.h"
 
 #include <atomic>
 #include <condition_variable>
-#include <system_error>
 #include <thread>
 
 namespace pyrux {
@@ -20,12 +20,12 @@ constexpr std::size_t mostStuck = 4;
 /// outlive the channel while a write hangs.
 class WatchedWriter::Worker {
 public:
-    /// Starts the thread; std::system_error when there is none to be had.
+    /// Starts the thread. Null: the system has no room for one.
     static std::shared_ptr<Worker> start()
     {
         auto worker = std::make_shared<Worker>();
-        worker->thread = std::thread([worker] { worker->run(); });
-        return worker;
+        worker->thread = platform::startThread([worker] { worker->run(); });
+        return worker->thread.joinable() ? worker : nullptr;
     }
 
     /// Hands a report over and waits for its write to return. False when it takes too long: the thread is
@@ -119,11 +119,9 @@ _error WatchedWriter::write(const std::shared_ptr<HidHandle>& handle, std::span<
             if (oldest && !oldest->waitForEnd(deadline))
                 return E_WRITE_TIMEOUT;
         }
-        try {
-            worker = Worker::start();
-        } catch (const std::system_error&) {
+        worker = Worker::start();
+        if (!worker)
             return E_WRITE_TIMEOUT;
-        }
     }
     const auto left =
         std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());

@@ -70,6 +70,8 @@ public:
         nameMemory().end();
     }
 
+    bool canBeEnded() const { return queue.descriptor() >= 0; }
+
     void run() override
     {
         for (;;) {
@@ -210,7 +212,7 @@ private:
     }
 
     const Handlers handlers;
-    ThreadQueue queue;
+    ThreadQueue queue{ThreadQueue::Descriptor::yes};
     Udev context;
     UdevMonitor monitor;
     AccessWatch watch;
@@ -222,7 +224,9 @@ private:
 
 std::unique_ptr<DeviceNotices> DeviceNotices::open(Handlers handlers)
 {
-    return std::make_unique<UdevNotices>(std::move(handlers));
+    auto notices = std::make_unique<UdevNotices>(std::move(handlers));
+    // Without it nothing could end the loop.
+    return notices->canBeEnded() ? std::move(notices) : nullptr;
 }
 
 bool postLinkChange(std::uintptr_t status, std::uintptr_t record)

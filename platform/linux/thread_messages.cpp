@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <map>
-#include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -46,7 +45,8 @@ std::unique_ptr<ThreadMessages> ThreadMessages::open()
     return std::make_unique<ThreadQueue>();
 }
 
-ThreadQueue::ThreadQueue() : waiting(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK | EFD_SEMAPHORE))
+ThreadQueue::ThreadQueue(Descriptor wanted)
+    : waiting(wanted == Descriptor::yes ? eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK | EFD_SEMAPHORE) : -1)
 {
     Queues& all = queues();
     const std::lock_guard lock(all.mutex);
@@ -65,34 +65,27 @@ void ThreadQueue::put(const ThreadMessage& message)
     {
         const std::lock_guard lock(mutex);
         messages.push_back(message);
+        if (waiting)
+            eventfd_write(waiting.get(), 1);
     }
-    eventfd_write(waiting.get(), 1);
+    arrived.notify_one();
 }
 
 std::optional<ThreadMessage> ThreadQueue::take()
 {
-    eventfd_t one = 0;
-    if (eventfd_read(waiting.get(), &one) != 0)
-        return {};
-    const std::lock_guard lock(mutex);
-    const ThreadMessage message = messages.front();
-    messages.pop_front();
-    return message;
+    return wait(std::chrono::milliseconds(0));
 }
 
 std::optional<ThreadMessage> ThreadQueue::wait(std::chrono::milliseconds limit)
 {
-    using Clock = std::chrono::steady_clock;
-    const auto deadline = Clock::now() + limit;
-    for (;;) {
-        if (const auto message = take())
-            return message;
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-        if (left <= 0)
-            return {};
-        pollfd ready{waiting.get(), POLLIN, 0};
-        poll(&ready, 1, static_cast<int>(std::min<long long>(left, 3600'000)));
-    }
+    std::unique_lock lock(mutex);
+    if (!arrived.wait_for(lock, limit, [&] { return !messages.empty(); }))
+        return {};
+    const ThreadMessage message = messages.front();
+    messages.pop_front();
+    if (eventfd_t one = 0; waiting)
+        eventfd_read(waiting.get(), &one);
+    return message;
 }
 
 } // namespace pyrux::platform

@@ -3,6 +3,7 @@
 #include "platform/linux/file_descriptor.h"
 #include "platform/thread_messages.h"
 
+#include <condition_variable>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -12,7 +13,9 @@ namespace pyrux::platform {
 /// The queue of a thread, found by the thread's id while the object lives. The system has none of its own.
 class ThreadQueue final : public ThreadMessages {
 public:
-    ThreadQueue();
+    enum class Descriptor { no, yes };
+
+    explicit ThreadQueue(Descriptor wanted = Descriptor::no);
     ~ThreadQueue() override;
     ThreadQueue(const ThreadQueue&) = delete;
     ThreadQueue& operator=(const ThreadQueue&) = delete;
@@ -22,12 +25,14 @@ public:
     std::optional<ThreadMessage> take();
     void put(const ThreadMessage& message);
 
-    /// Readable while a message is waiting, for loops that wait for other things too.
+    /// Readable while a message is waiting, for loops that wait for other things too. -1: none was wanted, or
+    /// the system has no room for one; `wait` works all the same.
     int descriptor() const { return waiting.get(); }
 
 private:
     std::mutex mutex;
     std::deque<ThreadMessage> messages;
+    std::condition_variable arrived;
     FileDescriptor waiting; ///< An event counter: the number of messages.
 };
 

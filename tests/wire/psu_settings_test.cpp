@@ -86,7 +86,7 @@ TYPED_TEST(PsuSettings, sendNothingAtTheBeginningAndTheEnd)
     auto* const host = TypeParam::factory(path.c_str());
     ASSERT_NE(host, nullptr);
     EXPECT_EQ(TypeParam::factory(path.c_str()), host);
-    EXPECT_EQ(sim::openHandles(), handles + 1);
+    EXPECT_EQ(sim::openHandles(), handles + 2);
     EXPECT_LT(milliseconds([&] { EXPECT_EQ(host->exit_device(0), E_OK); }), 1000);
     EXPECT_EQ(sim::openHandles(), handles);
     EXPECT_EQ(takeTexts(path), "");

@@ -59,7 +59,7 @@ TEST(RD210End, closesTheHandle)
 {
     const int before = sim::openHandles();
     Mouse mouse;
-    EXPECT_EQ(sim::openHandles(), before + 1);
+    EXPECT_EQ(sim::openHandles(), before + 2);
     mouse->exit_device(0);
     EXPECT_EQ(sim::openHandles(), before);
 }
