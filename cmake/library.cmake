@@ -1,5 +1,5 @@
 # The library. Its objects are compiled once, for the shared library and for the unit tests.
-file(GLOB sources CONFIGURE_DEPENDS core/*.cpp transport/*.cpp services/*.cpp devices/*/*.cpp)
+file(GLOB sources CONFIGURE_DEPENDS library/*.cpp core/*.cpp transport/*.cpp services/*.cpp devices/*.cpp devices/*/*.cpp)
 if(WIN32)
     file(GLOB platform_sources CONFIGURE_DEPENDS platform/windows/*.cpp)
 else()

@@ -29,4 +29,10 @@ public:
     static Clock& steady();
 };
 
+/// What is left until a moment, rounded up; negative after it.
+inline std::chrono::milliseconds timeUntil(std::chrono::steady_clock::time_point moment)
+{
+    return std::chrono::ceil<std::chrono::milliseconds>(moment - std::chrono::steady_clock::now());
+}
+
 } // namespace pyrux

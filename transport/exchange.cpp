@@ -16,12 +16,8 @@ struct Exchange::Pending {
     std::condition_variable changed{};
 };
 
-_error Exchange::transact(const Report& command, std::size_t matchLength, Reply& reply)
-{
-    return transact(command, command.payload().first(std::min(matchLength, command.payload().size())), reply);
-}
-
-_error Exchange::transact(const Report& command, std::span<const std::uint8_t> pattern, Reply& reply)
+_error Exchange::exchange(std::span<const std::uint8_t> command, std::span<const std::uint8_t> pattern,
+                          Reply& reply)
 {
     std::unique_lock turn = takeTurn();
     if (ended || !channel.isOpen())
@@ -32,7 +28,7 @@ _error Exchange::transact(const Report& command, std::span<const std::uint8_t> p
         pending.push_back(&entry);
     }
     // A lost command shows in the missing reply.
-    channel.writeWatched(command.bytes().first(rules.reportSize));
+    channel.writeWatched(command.first(std::min(command.size(), rules.reportSize)));
     if (turn) {
         lastWriteTick = clock.now();
         turn.unlock();

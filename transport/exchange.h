@@ -5,6 +5,7 @@
 #include "transport/report.h"
 #include "transport/usb_hid.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -46,10 +47,19 @@ public:
     /// bytes.
     /// @return E_OK, with the reply; E_INVALID_GET: none in time; E_NOT_OPEN: the channel is, or was
     /// meanwhile, closed
-    _error transact(const Report& command, std::size_t matchLength, Reply& reply);
+    template <std::size_t size>
+    _error transact(const ReportOf<size>& command, std::size_t matchLength, Reply& reply)
+    {
+        const auto payload = command.payload();
+        return exchange(command.bytes(), payload.first(std::min(matchLength, payload.size())), reply);
+    }
 
     /// The same for a reply with a beginning of its own.
-    _error transact(const Report& command, std::span<const std::uint8_t> pattern, Reply& reply);
+    template <std::size_t size>
+    _error transact(const ReportOf<size>& command, std::span<const std::uint8_t> pattern, Reply& reply)
+    {
+        return exchange(command.bytes(), pattern, reply);
+    }
 
     /// Gives an input report to the commands that wait for it. Several may take one reply.
     /// @return whether one did
@@ -63,6 +73,7 @@ public:
 private:
     struct Pending;
 
+    _error exchange(std::span<const std::uint8_t> command, std::span<const std::uint8_t> pattern, Reply& reply);
     std::unique_lock<std::mutex> takeTurn();
 
     usbHid& channel;

@@ -10,7 +10,7 @@
 #include <functional>
 #include <mutex>
 #include <optional>
-#include <string_view>
+#include <string>
 #include <thread>
 
 namespace pyrux {
@@ -21,7 +21,7 @@ struct ReaderRules {
     int survivedFailures = 30;   ///< The next failed read ends the thread; counted over its whole life.
     std::chrono::milliseconds failurePause{100}; ///< Pause behind a failed read that is survived.
     std::chrono::milliseconds polledPause{0}; ///< Pause behind a look at a polled channel that found nothing.
-    std::string_view failureText{};           ///< Logged when the thread gives up.
+    std::string failureText{};                ///< Logged when the thread gives up.
     /// Category of that line; none: it goes to the debug output alone, whatever the log's settings.
     std::optional<int> logCategory = systemCategory;
 };

@@ -9,49 +9,50 @@
 
 namespace pyrux {
 
-/// An output report: 65 bytes, byte 0 the report id, bytes 1 to 64 the payload. Commands are constants whose
+/// An output report: byte 0 the report id, then the payload. Commands are constants whose
 /// braces hold the payload as it stands on the wire; arguments are set by report byte on a copy.
-class Report {
+template <std::size_t reportBytes>
+class ReportOf {
 public:
-    static constexpr std::size_t size = 65;
+    static constexpr std::size_t size = reportBytes;
 
-    constexpr Report() = default;
-    constexpr Report(std::initializer_list<std::uint8_t> payload)
+    constexpr ReportOf() = default;
+    constexpr ReportOf(std::initializer_list<std::uint8_t> payload)
     {
         std::ranges::copy(payload, bytes_.begin() + 1);
     }
 
     /// A report with one value in every byte, the report id included.
-    static constexpr Report filled(std::uint8_t value)
+    static constexpr ReportOf filled(std::uint8_t value)
     {
-        Report report;
+        ReportOf report;
         report.bytes_.fill(value);
         return report;
     }
 
     /// A copy with `value` in a report byte.
-    constexpr Report at(std::size_t byte, std::uint8_t value) const
+    constexpr ReportOf at(std::size_t byte, std::uint8_t value) const
     {
-        Report copy = *this;
+        ReportOf copy = *this;
         copy.bytes_.at(byte) = value;
         return copy;
     }
 
     /// A copy with `values` from a report byte on; what would stand behind the report's end is left out.
-    constexpr Report at(std::size_t byte, std::span<const std::uint8_t> values) const
+    constexpr ReportOf at(std::size_t byte, std::span<const std::uint8_t> values) const
     {
-        Report copy = *this;
+        ReportOf copy = *this;
         for (std::size_t i = 0; i < values.size() && byte + i < size; ++i)
             copy.bytes_[byte + i] = values[i];
         return copy;
     }
 
     /// Copies with a little-endian value from a report byte on.
-    constexpr Report at16(std::size_t byte, std::uint16_t value) const
+    constexpr ReportOf at16(std::size_t byte, std::uint16_t value) const
     {
         return at(byte, std::uint8_t(value)).at(byte + 1, std::uint8_t(value >> 8));
     }
-    constexpr Report at32(std::size_t byte, std::uint32_t value) const
+    constexpr ReportOf at32(std::size_t byte, std::uint32_t value) const
     {
         return at16(byte, std::uint16_t(value)).at16(byte + 2, std::uint16_t(value >> 16));
     }
@@ -60,17 +61,23 @@ public:
     constexpr std::span<const std::uint8_t, size> bytes() const { return bytes_; }
     constexpr std::span<const std::uint8_t> payload() const { return std::span(bytes_).subspan(1); }
 
-    constexpr bool operator==(const Report&) const = default;
+    constexpr bool operator==(const ReportOf&) const = default;
 
 private:
     std::array<std::uint8_t, size> bytes_{};
 };
 
-/// An input report: up to 65 bytes, counted from 0, zeros behind what the device has sent. A read outside
-/// gives 0.
+/// The report of all devices but those with wide ones.
+using Report = ReportOf<65>;
+
+/// The report of the devices that take and send 512 bytes.
+using WideReport = ReportOf<513>;
+
+/// An input report: up to the bytes of the widest one, counted from 0, zeros after what the device has sent. A
+/// read outside gives 0.
 class Reply {
 public:
-    static constexpr std::size_t size = 65;
+    static constexpr std::size_t size = WideReport::size;
 
     constexpr Reply() = default;
     constexpr explicit Reply(std::span<const std::uint8_t> input)
@@ -102,5 +109,17 @@ public:
 private:
     std::array<std::uint8_t, size> bytes_{};
 };
+
+/// A record as the bytes that it is made of.
+template <class Record>
+std::span<const std::uint8_t> bytesOf(const Record& record)
+{
+    return {reinterpret_cast<const std::uint8_t*>(&record), sizeof record};
+}
+template <class Record>
+std::span<std::uint8_t> bytesOf(Record& record)
+{
+    return {reinterpret_cast<std::uint8_t*>(&record), sizeof record};
+}
 
 } // namespace pyrux

@@ -2,7 +2,7 @@
 
 #include "devices/keyboards/effect_image.h"
 #include "pyrux/error.h"
-#include "transport/exchange.h"
+#include "transport/device_link.h"
 
 #include <cstdint>
 
@@ -11,7 +11,7 @@ namespace pyrux {
 /// The exchanges with a keyboard's effect memory.
 class EffectMemory {
 public:
-    EffectMemory(Exchange& exchange, const EffectLayout& layout) : exchange(exchange), layout(layout) {}
+    EffectMemory(DeviceLink& link, const EffectLayout& layout) : link(link), layout(layout) {}
 
     struct Loaded {
         bool complete; ///< Everything could be asked for; otherwise the cache is as it was.
@@ -31,7 +31,7 @@ public:
     _error preview(std::uint8_t effect, const EffectData& data);
 
 private:
-    Exchange& exchange;
+    DeviceLink& link;
     const EffectLayout& layout;
 };
 

@@ -30,18 +30,20 @@ constexpr Report someKeys{0xC0, 0x01};   // 3: count, 5: LED and color of each k
 constexpr Report drive{0xC0, 0xF0, 0x00, 0x00, 0x01};
 } // namespace cmd
 
-/// What a keyboard reports by itself when its state has changed.
-struct ChangeEvent {
-    std::size_t flagByte;  ///< The byte that must be 1.
-    std::uint32_t event;   ///< `NotifyRecord::event`
-    std::string_view text; ///< Written to the debug output behind the model's name.
-    bool effectsChange;    ///< The effects in the device's memory are others now.
-};
-constexpr std::array<ChangeEvent, 2> changeEvents{{
-    {4, KEYBOARD_PROFILE_CHANGED, " profile change", true},
-    {7, KEYBOARD_EFFECT_CHANGED, " effect change", false},
+template <std::uint32_t event>
+NotifyRecord changed(const Reply&)
+{
+    return {.event = event, .value = 0};
+}
+
+/// What a keyboard reports by itself. Deliberate: of two changes in one report only the first is told.
+constexpr std::array<DeviceEvent<NotifyRecord>, 2> changes{{
+    // head of the report, byte that must be 1, text after the model's name, answer, event for the host
+    {{0x42, 0x20, 0x00}, 4, " profile change", cmd::changeAck, changed<KEYBOARD_PROFILE_CHANGED>},
+    {{0x42, 0x20, 0x00}, 7, " effect change", cmd::changeAck, changed<KEYBOARD_EFFECT_CHANGED>},
 }};
 
+constexpr std::int32_t firstPaceMs = 10; // until a host drives the lights
 constexpr std::uint8_t keyMapPages = 16;
 constexpr std::size_t keysPerPage = 16;
 constexpr std::size_t colorBytes = 3;
@@ -109,18 +111,15 @@ private:
 } // namespace
 
 Keyboard::Keyboard(const std::string& path, const KeyboardLayout& layout)
-    : layout(layout), channel(path), exchange(channel, {.wait = std::chrono::milliseconds(3000),
-                                                        .timeoutText = "USB RX timeout",
-                                                        .logCategory = layout.model.logCategory,
-                                                        .runningMatchCount = true}),
-      reader(channel, {.failureText = layout.failureText, .logCategory = layout.model.logCategory}),
-      effectMemory(exchange, layout.effects), effects(layout.effects)
+    : NotifyingDevice(path, {.model = layout.model,
+                             .wait = std::chrono::milliseconds(3000),
+                             .runningMatchCount = true,
+                             .paceMs = firstPaceMs}),
+      layout(layout), effectMemory(link, layout.effects), effects(layout.effects)
 {
-    opened = channel.open(usbHid::Mode::blocking);
-    if (!opened)
+    if (!link.opened())
         return;
-    queue.setChannel(&channel);
-    reader.start([this](const Reply& reply) { take(reply); });
+    link.start([this](const Reply& reply) { take(reply); });
     set(keys::serviceOn);
     set(keys::editEnds);
     loadEffects();
@@ -137,51 +136,37 @@ Keyboard::Keyboard(const std::string& path, const KeyboardLayout& layout)
 Keyboard::~Keyboard()
 {
     statusEffect.reset();
-    reader.stop();
+    link.stop();
 }
 
 void Keyboard::noteClosed()
 {
-    closed = true;
+    LinkedDevice::noteClosed();
     if (statusEffect)
         statusEffect->askToStop();
 }
 
-void Keyboard::setUnplugged(bool gone)
-{
-    unplugged = gone;
-    if (gone)
-        queue.stopWithin(std::chrono::milliseconds(0)); // frames that wait are not sent any more
-}
-
 void Keyboard::sayGoodbye()
 {
-    if (unplugged)
+    if (link.unplugged())
         return;
     if (statusEffect)
         statusEffect->stopWithin(frameTime);
-    exchange.resume();
+    link.resume();
     set(keys::serviceOn);
     endEdit();
     endEdit(); // deliberate: twice
 }
 
-bool Keyboard::endThreads(std::chrono::milliseconds limit)
+bool Keyboard::endThreads(std::chrono::steady_clock::time_point deadline)
 {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    const auto left = [&] {
-        return std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    };
-    queue.stopWithin(std::chrono::milliseconds(0)); // all threads end at the same time
-    const bool readerEnded = reader.stopWithin(limit);
-    channel.closeChannel();
-    const bool statusEnded = !statusEffect || statusEffect->stopWithin(left());
-    return queue.stopWithin(left()) && readerEnded && statusEnded;
+    const bool linkEnded = link.endThreads(deadline);
+    return (!statusEffect || statusEffect->stopWithin(timeUntil(deadline))) && linkEnded;
 }
 
 _error Keyboard::get(const Report& command, Reply& reply, std::size_t matchLength)
 {
-    return exchange.transact(command, matchLength, reply);
+    return link.get(command, reply, matchLength);
 }
 
 _error Keyboard::set(const Report& command, std::size_t matchLength)
@@ -192,26 +177,26 @@ _error Keyboard::set(const Report& command, std::size_t matchLength)
 
 void Keyboard::endEdit()
 {
-    if (channel.isOpen())
+    if (link.isOpen())
         set(keys::editEnds);
 }
 
 _error Keyboard::setLightingInit()
 {
-    queue.clearLanes();
+    link.queue().clearLanes();
     const std::array results{send(keys::hostDriven), send(cmd::drive), send(cmd::allKeys)};
     {
         const std::lock_guard lock(frameLock);
         lightingReport = cmd::allKeys;
     }
-    queue.paceDelayMs = layout.frameGapMs;
+    link.queue().paceDelayMs = layout.frameGapMs;
     const auto failure = std::ranges::find_if(results, [](_error result) { return result != E_OK; });
     return failure == results.end() ? E_OK : *failure;
 }
 
 _error Keyboard::setLightingUninit()
 {
-    queue.clearLanes();
+    link.queue().clearLanes();
     return set(keys::editEnds);
 }
 
@@ -222,20 +207,20 @@ _error Keyboard::setLightingPortColor(const std::uint8_t* rgb)
     // Deliberate: without a `setLightingInit` before, the report has no command.
     const std::lock_guard lock(frameLock);
     lightingReport = lightingReport.at(5, std::span(rgb, colorBytes));
-    queue.push(frameLane, lightingReport);
+    link.queue().push(frameLane, lightingReport);
     return E_OK;
 }
 
 _error Keyboard::setSyncLightingData(const std::vector<DirectKeyColor>& list)
 {
     if (!list.empty())
-        queue.push(frameLane, FrameReports(layout).cut(list));
+        link.queue().push(frameLane, FrameReports(layout).cut(list));
     return E_OK;
 }
 
 _error Keyboard::setLightingTurnOff()
 {
-    queue.clearLanes();
+    link.queue().clearLanes();
     return send(cmd::allKeys);
 }
 
@@ -330,18 +315,6 @@ _error Keyboard::getKeyMappingAll(KeyMapTable* table)
     return E_OK;
 }
 
-_error Keyboard::registerNotify(NotifyCallback callback)
-{
-    notify.set(callback);
-    return E_OK;
-}
-
-_error Keyboard::unRegisterNotify()
-{
-    notify.set(nullptr);
-    return E_OK;
-}
-
 void Keyboard::take(const Reply& reply)
 {
     if (takeChange(reply))
@@ -349,22 +322,17 @@ void Keyboard::take(const Reply& reply)
     if (reply.begins({0x43, 0x01}))
         takeKey(reply[4], reply[5]);
     else
-        exchange.deliver(reply);
+        link.deliver(reply);
 }
 
 bool Keyboard::takeChange(const Reply& reply)
 {
-    if (!reply.begins({0x42, 0x20, 0x00}))
-        return false;
-    for (const ChangeEvent& change : changeEvents) {
-        if (reply[change.flagByte] != 1)
+    for (const DeviceEvent<NotifyRecord>& change : changes) {
+        if (!change.fits(reply))
             continue;
-        debugText(std::string(layout.model.model).append(change.text));
-        send(cmd::changeAck);
-        if (change.effectsChange)
+        if (&change == &changes.front())
             reloadNeeded = true; // before a host that is told can ask
-        NotifyRecord record{.event = change.event, .value = 0};
-        notify.call(&record);
+        tell(change, reply);
         return true;
     }
     return false;
@@ -383,8 +351,7 @@ void Keyboard::takeKey(std::uint8_t number, std::uint8_t state)
         value = layout.keyUsages[number];
     if (layout.fnHeld && (value != USAGE_FN || layout.fnRaisesItself))
         value = std::uint16_t(value + USAGE_FN);
-    NotifyRecord record{.event = state == down ? KEYBOARD_KEY_DOWN : KEYBOARD_KEY_UP, .value = value};
-    notify.call(&record);
+    tell(NotifyRecord{.event = state == down ? KEYBOARD_KEY_DOWN : KEYBOARD_KEY_UP, .value = value});
 }
 
 } // namespace pyrux

@@ -4,15 +4,12 @@
 #include "devices/keyboards/effect_memory.h"
 #include "devices/keyboards/keyboard_layout.h"
 #include "devices/keyboards/status_effect.h"
+#include "devices/linked_device.h"
 #include "pyrux/error.h"
 #include "pyrux/keyboard_records.h"
 #include "pyrux/records.h"
-#include "transport/cmd_queue.h"
-#include "transport/exchange.h"
 #include "transport/notify.h"
-#include "transport/reader_thread.h"
 #include "transport/report.h"
-#include "transport/usb_hid.h"
 
 #include <array>
 #include <atomic>
@@ -31,20 +28,14 @@ namespace pyrux {
 /// The protocol of the wired keyboards: commands that wait for their reply, frames of a host that do not, and
 /// the effects, of which there is a copy. Operations are those of the host interfaces, whose headers tell
 /// arguments, results and bytes.
-class Keyboard {
+class Keyboard : public NotifyingDevice<NotifyCallback> {
 public:
     Keyboard(const std::string& path, const KeyboardLayout& layout);
-    ~Keyboard();
-    Keyboard(const Keyboard&) = delete;
-    Keyboard& operator=(const Keyboard&) = delete;
+    ~Keyboard() override;
 
-    // Life cycle, for the host object.
-    bool openFailed() const { return !opened; }
-    void setUnplugged(bool gone);
-    void noteClosed();
-    void abort() { exchange.abort(); }
-    void sayGoodbye();
-    bool endThreads(std::chrono::milliseconds limit);
+    void noteClosed() override;
+    void sayGoodbye() override;
+    bool endThreads(std::chrono::steady_clock::time_point deadline) override;
 
     _error setLightingInit();
     _error setLightingUninit();
@@ -83,18 +74,15 @@ public:
     _error unRegisterSystemStatusNotify();
     _error saveConfig();
 
-    _error registerNotify(NotifyCallback callback);
-    _error unRegisterNotify();
-
 private:
     static constexpr std::size_t profiles = 5;
-    static constexpr std::size_t plainMatch = 2;    ///< A reply repeats the command,
+    static constexpr std::size_t plainMatch = DeviceLink::plainMatch; ///< A reply repeats the command,
     static constexpr std::size_t numberedMatch = 3; ///< its index or page too,
     static constexpr std::size_t mappingMatch = 4;  ///< or the first byte of an action.
 
     _error get(const Report& command, Reply& reply, std::size_t matchLength = plainMatch);
     _error set(const Report& command, std::size_t matchLength = plainMatch);
-    _error send(const Report& report) { return channel.writeWatched(report.bytes()); }
+    _error send(const Report& report) { return link.send(report); }
     void endEdit();
 
     _error readMacro(const Report& mode, MacroRecord& record);
@@ -123,15 +111,8 @@ private:
     void takeKey(std::uint8_t number, std::uint8_t state);
 
     const KeyboardLayout& layout;
-    usbHid channel;
-    Exchange exchange;
-    ReaderThread reader;
     EffectMemory effectMemory;
-    Notify<NotifyCallback> notify;
     Notify<SystemStatusCallback> statusNotify;
-    bool opened = false;
-    std::atomic<bool> unplugged{false};
-    std::atomic<bool> closed{false};
 
     std::atomic<std::uint8_t> currentProfile{0};
     std::array<std::atomic<std::uint8_t>, profiles> activeEffects{};
@@ -143,8 +124,7 @@ private:
 
     std::mutex frameLock; ///< Guards `lightingReport`.
     Report lightingReport;
-    CmdQueue queue;                             // goes before the channel that it writes to
-    std::unique_ptr<StatusEffect> statusEffect; // likewise
+    std::unique_ptr<StatusEffect> statusEffect; // goes before the link that it writes to
 };
 
 } // namespace pyrux

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/host_object.h"
+#include "devices/host_object.h"
 #include "devices/keyboards/keyboard.h"
 
 #include <cstdint>

@@ -88,7 +88,6 @@ enum class OtherStatusTypes {
 /// What tells one keyboard of the family from another.
 struct KeyboardLayout {
     const ModelRow& model;
-    std::string_view failureText;             ///< Logged when the reader gives up.
     std::string_view serviceName;             ///< The model in commands to the resident service.
     std::span<const std::uint16_t> keyUsages; ///< Of key reports, by matrix number; 0 behind its end.
     std::uint8_t fnKey = 60;                  ///< Matrix number of the Fn key.

@@ -11,7 +11,6 @@ std::atomic<bool> fnHeld{false};
 
 constexpr KeyboardLayout ownLayout{
     .model = QW210::model,
-    .failureText = "QW210 USB fail",
     .serviceName = "qw210",
     .keyUsages = fullSizeKeys,
     .fnHeld = fnHeld,

@@ -19,7 +19,6 @@ constexpr auto keyUsages = [] {
 
 constexpr KeyboardLayout ownLayout{
     .model = QW220::model,
-    .failureText = "QW220 USB fail",
     .serviceName = "qw220",
     .keyUsages = keyUsages,
     .fnHeld = fnHeld,

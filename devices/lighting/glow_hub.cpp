@@ -1,6 +1,6 @@
 #include "devices/lighting/glow_hub.h"
 
-#include "devices/lighting/multi_frame.h"
+#include "transport/multi_frame.h"
 #include "pyrux/pyrux.h"
 
 #include <algorithm>
@@ -83,9 +83,9 @@ ArgbEffectNotify stripChanged(const Reply& report)
             .unused = {}};
 }
 
-constexpr std::array<ControllerEvent<ArgbEffectNotify>, 2> events{{
-    {{0x80, 0x0B, 0x03, 0x03}, "notify effect argb change", portsChanged},
-    {{0x80, 0x0A, 0x02}, "notify effect rgb change", stripChanged},
+constexpr std::array<DeviceEvent<ArgbEffectNotify>, 2> events{{
+    {.head = {0x80, 0x0B, 0x03, 0x03}, .text = "notify effect argb change", .record = portsChanged},
+    {.head = {0x80, 0x0A, 0x02}, .text = "notify effect rgb change", .record = stripChanged},
 }};
 
 constexpr ControllerTraits traits{.model = GLOW_HUB::model, .failureText = "Glow hub USB fail"};
@@ -137,17 +137,17 @@ GLOW_HUB::GLOW_HUB(const std::string& path) : NotifyingController(path, traits, 
 
 _error GLOW_HUB::setLightingInit()
 {
-    queue.clearLanes();
+    queue().clearLanes();
     write({cmd::portsDriven, cmd::stripDriven});
     setLightingTurnOff();
-    queue.paceDelayMs = ControllerTraits::fastPaceMs;
+    queue().paceDelayMs = ControllerTraits::fastPaceMs;
     return E_OK;
 }
 
 _error GLOW_HUB::setLightingUninit()
 {
-    queue.clearLanes();
-    queue.paceDelayMs = ControllerTraits::slowPaceMs;
+    queue().clearLanes();
+    queue().paceDelayMs = ControllerTraits::slowPaceMs;
     write({cmd::portsBack, cmd::stripBack});
     return E_OK;
 }
@@ -161,7 +161,7 @@ _error GLOW_HUB::setLightingPortColor(const LightingPortColor* color)
     const std::lock_guard lock(framesMutex);
     for (const std::uint32_t zone : paint.zone) {
         if (zone == stripZone)
-            queue.push(stripLane, cmd::stripFrame.at(3, rgb));
+            queue().push(stripLane, cmd::stripFrame.at(3, rgb));
         const std::uint32_t port = zone - 1;
         if (port >= portCount)
             continue;
@@ -196,13 +196,13 @@ _error GLOW_HUB::setSyncLightingData(const std::vector<LightingLedZone>& zones)
 
 _error GLOW_HUB::setLightingTurnOff()
 {
-    queue.clearLanes();
+    queue().clearLanes();
     const std::lock_guard lock(framesMutex);
     for (std::uint32_t port = portCount; port-- > 0;) {
         portFrames[port].colors.fill(0);
         queuePort(port);
     }
-    queue.push(stripLane, cmd::stripFrame);
+    queue().push(stripLane, cmd::stripFrame);
     return E_OK;
 }
 
@@ -211,13 +211,13 @@ void GLOW_HUB::queuePort(std::uint32_t port)
 {
     PortFrame& frame = portFrames[port];
     cutStream(portShape, frame.colors, frame.frames);
-    queue.push(port, frame.frames);
+    queue().push(port, frame.frames);
 }
 
 GLOW_HUB::Status GLOW_HUB::status()
 {
     Reply reply;
-    if (request(cmd::getStatus, reply) || !reply.begins({0x80, 0x01, 0x05}))
+    if (link.get(cmd::getStatus, reply) || !reply.begins({0x80, 0x01, 0x05}))
         return {};
     return {.hostDrivesStrip = reply[4] == 1, .hostDrivesPorts = reply[5] == 1};
 }
@@ -287,7 +287,7 @@ _error GLOW_HUB::setEffectCustomize(std::uint8_t port, const ArgbCustomBuffer* b
     std::array<Report, colorFrames> frames;
     frames.front() = cmd::colorFrame.at(4, fromZero(port)).at(5, ledsPerPort);
     cutStream(colorShape, bytesOf(buffer->leds), frames);
-    queue.push(port, frames); // deliberate: not the lane of the port's frames, but the next
+    queue().push(port, frames); // deliberate: not the lane of the port's frames, but the next
     return E_OK;
 }
 
@@ -298,12 +298,12 @@ _error GLOW_HUB::getEffectCustomize(std::uint8_t port, ArgbCustomBuffer* buffer)
     const Report command = cmd::getColors.at(4, fromZero(port)).at(5, ledsPerPort);
     const std::array<std::uint8_t, 4> head{0x00, 0x10, 0x03, fromZero(port)};
     std::array<Reply, colorFrames> replies;
-    const _error result = exchange.transact(command, head, replies.front());
+    const _error result = link.get(command, head, replies.front());
     if (result || !std::ranges::equal(head, replies.front().part(0, head.size())))
         return result; // deliberate: a reply with another beginning is no error
     for (std::size_t i = 1; i < colorFrames; ++i) {
         const std::array number{frameNumber(i, colorFrames)};
-        if (exchange.transact(command, number, replies[i]) || replies[i][0] != number[0])
+        if (link.get(command, number, replies[i]) || replies[i][0] != number[0])
             return E_INVALID_GET;
     }
     joinStream(colorShape, replies, bytesOf(buffer->leds));

@@ -79,13 +79,12 @@ GlowHub2Notify stripChanged(const Reply& report)
     return record;
 }
 
-constexpr std::array<ControllerEvent<GlowHub2Notify>, 2> events{{
-    {{0x80, 0x0B, 0x03}, "", portsChanged},
-    {{0x80, 0x0A, 0x03}, "", stripChanged},
+constexpr std::array<DeviceEvent<GlowHub2Notify>, 2> events{{
+    {.head = {0x80, 0x0B, 0x03}, .record = portsChanged},
+    {.head = {0x80, 0x0A, 0x03}, .record = stripChanged},
 }};
 
-constexpr ControllerTraits traits{
-    .model = GLOW_HUB2::model, .failureText = "GLOW HUB II USB fail", .mode = usbHid::Mode::blocking};
+constexpr ControllerTraits traits{.model = GLOW_HUB2::model, .mode = usbHid::Mode::blocking};
 
 constexpr bool isPort(std::uint8_t port)
 {
@@ -133,36 +132,33 @@ void GLOW_HUB2::takeMessage(const platform::ThreadMessage& message)
         return;
     GlowHub2Notify record = resting;
     record.kind = 2;
-    notify.call(record);
+    tell(record);
 }
 
 void GLOW_HUB2::sayGoodbye()
 {
-    if (!unplugged)
+    if (!link.unplugged())
         setLightingUninit();
 }
 
-bool GLOW_HUB2::endThreads(std::chrono::milliseconds limit)
+bool GLOW_HUB2::endThreads(std::chrono::steady_clock::time_point deadline)
 {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    const bool audioEnded = endAudio(limit);
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    return NotifyingController::endThreads(left) && audioEnded;
+    const bool audioEnded = endAudio(timeUntil(deadline));
+    return NotifyingController::endThreads(deadline) && audioEnded;
 }
 
 _error GLOW_HUB2::setLightingInit()
 {
-    queue.clearLanes();
+    queue().clearLanes();
     setLightingTurnOff(); // a frame is what takes the lights over
-    queue.paceDelayMs = ControllerTraits::fastPaceMs;
+    queue().paceDelayMs = ControllerTraits::fastPaceMs;
     return E_OK;
 }
 
 _error GLOW_HUB2::setLightingUninit()
 {
-    queue.clearLanes();
-    queue.paceDelayMs = ControllerTraits::slowPaceMs;
+    queue().clearLanes();
+    queue().paceDelayMs = ControllerTraits::slowPaceMs;
     write(cmd::lightsBack);
     return E_OK;
 }
@@ -189,7 +185,7 @@ _error GLOW_HUB2::setSyncLightingData(const std::vector<LightingLedZone>& zones)
 
 _error GLOW_HUB2::setLightingTurnOff()
 {
-    queue.clearLanes();
+    queue().clearLanes();
     for (std::uint32_t zone = 1; zone <= stripZone; ++zone)
         paintZone(zone, 0, 0, 0);
     return E_OK;
@@ -202,7 +198,7 @@ void GLOW_HUB2::paintZone(std::uint32_t zone, std::uint8_t red, std::uint8_t gre
     if (lane >= stripZone)
         return;
     const Report frame = zone == stripZone ? cmd::stripFrame : cmd::portFrame.at(5, std::uint8_t(lane));
-    queue.push(lane, frame.at(6, std::array{red, green, blue}));
+    queue().push(lane, frame.at(6, std::array{red, green, blue}));
 }
 
 _error GLOW_HUB2::setARGBEffectParameter(std::uint8_t port, GlowHub2Effect effect, std::uint8_t level)
@@ -213,7 +209,7 @@ _error GLOW_HUB2::setARGBEffectParameter(std::uint8_t port, GlowHub2Effect effec
     const std::array<std::uint8_t, 5> bytes{effect.effect, param, std::uint8_t(effect.speed - 1), effect.flag,
                                             std::uint8_t(level - 1)};
     Reply reply;
-    return request(cmd::setEffect.at(5, bytes), reply);
+    return link.get(cmd::setEffect.at(5, bytes), reply);
 }
 
 _error GLOW_HUB2::getARGBEffectParameter(std::uint8_t port, std::uint8_t* bytes)
@@ -227,7 +223,7 @@ _error GLOW_HUB2::setARGBCustomize(std::uint8_t port, const std::uint8_t* rgb)
 {
     if (!isPort(port) || !rgb)
         return E_INVALID_SET;
-    queue.push(port, cmd::setColors.at(6, std::span(rgb, customBytes)));
+    queue().push(port, cmd::setColors.at(6, std::span(rgb, customBytes)));
     return E_OK;
 }
 
@@ -250,7 +246,7 @@ _error GLOW_HUB2::setRGBEffectParameter(std::uint8_t mode, std::uint8_t param, s
     if (mode > 6 || param > (mode == 0 ? 4 : 7) || !isSpeed(speed))
         return E_INVALID_SET;
     Reply reply;
-    return request(cmd::setRgbEffect.at(4, mode).at(5, param).at(6, std::uint8_t(speed - 1)), reply);
+    return link.get(cmd::setRgbEffect.at(4, mode).at(5, param).at(6, std::uint8_t(speed - 1)), reply);
 }
 
 _error GLOW_HUB2::getRGBEffectParameter(std::uint8_t* mode, std::uint8_t* param, std::uint8_t* speed)
@@ -270,7 +266,7 @@ _error GLOW_HUB2::setRGBCustomize(const std::uint8_t* rgb)
         return E_INVALID_SET;
     write(cmd::setRgbColor.at(4, std::span(rgb, colorBytes)));
     Reply reply;
-    return request(cmd::showRgbColor, reply);
+    return link.get(cmd::showRgbColor, reply);
 }
 
 _error GLOW_HUB2::getRGBCustomize(std::uint8_t* rgb)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/host_object.h"
+#include "devices/host_object.h"
 #include "devices/lighting/lighting_controller.h"
 #include "pyrux/glow_hub2.h"
 #include "services/message_thread.h"
@@ -20,8 +20,8 @@ public:
     static constexpr const ModelRow& model = modelRow("glow2");
     explicit GLOW_HUB2(const std::string& path);
 
-    void sayGoodbye();
-    bool endThreads(std::chrono::milliseconds limit);
+    void sayGoodbye() override;
+    bool endThreads(std::chrono::steady_clock::time_point deadline) override;
 
     _error setLightingInit();
     _error setLightingUninit();

@@ -115,9 +115,9 @@ PlayDockNotify bottomChanged(const Reply& report)
     return record;
 }
 
-constexpr std::array<ControllerEvent<PlayDockNotify>, 2> events{{
-    {{0x80, 0x10, 0x03}, "notify top&body effect change", effectChanged},
-    {{0x80, 0x12, 0x03}, "", bottomChanged},
+constexpr std::array<DeviceEvent<PlayDockNotify>, 2> events{{
+    {.head = {0x80, 0x10, 0x03}, .text = "notify top&body effect change", .record = effectChanged},
+    {.head = {0x80, 0x12, 0x03}, .record = bottomChanged},
 }};
 
 constexpr ControllerTraits traits{
@@ -126,15 +126,15 @@ constexpr ControllerTraits traits{
 } // namespace
 
 PLAY_DOCK::PLAY_DOCK(const std::string& path)
-    : NotifyingController(path, traits, events, First::events), judged(exchange, model)
+    : NotifyingController(path, traits, events, First::events), judged(link, model)
 {
 }
 
 _error PLAY_DOCK::setLightingInit()
 {
-    queue.minGapMs =
+    queue().minGapMs =
         minGapMs; // deliberate: the pace stays slow, and the gap stays behind `setLightingUninit`
-    queue.clearLanes();
+    queue().clearLanes();
     const _error result = EnterDeviceControl(__func__, true);
     setLightingTurnOff();
     return result;
@@ -142,7 +142,7 @@ _error PLAY_DOCK::setLightingInit()
 
 _error PLAY_DOCK::setLightingUninit()
 {
-    queue.clearLanes();
+    queue().clearLanes();
     return EnterDeviceControl(__func__, false);
 }
 
@@ -154,7 +154,7 @@ _error PLAY_DOCK::setLightingPortColor(const LightingPortColor* color)
     const std::array<std::uint8_t, 4> solid{1, paint.red, paint.green, paint.blue};
     for (const std::uint32_t zone : paint.zone)
         if (zone >= 1 && zone <= zoneCount)
-            queue.push(zone, cmd::zoneFrame.at(3, std::uint8_t(zone)).at(4, solid));
+            queue().push(zone, cmd::zoneFrame.at(3, std::uint8_t(zone)).at(4, solid));
     return E_OK;
 }
 
@@ -167,16 +167,16 @@ _error PLAY_DOCK::setSyncLightingData(const std::vector<LightingLedZone>& zones)
             continue;
         const LightingLed& led = zone.leds.back();
         const std::array<std::uint8_t, 4> last{0, led.red, led.green, led.blue}; // deliberate: byte 4 stays 0
-        queue.push(zone.zone, cmd::zoneFrame.at(3, std::uint8_t(zone.zone)).at(4, last));
+        queue().push(zone.zone, cmd::zoneFrame.at(3, std::uint8_t(zone.zone)).at(4, last));
     }
     return E_OK;
 }
 
 _error PLAY_DOCK::setLightingTurnOff()
 {
-    queue.clearLanes();
+    queue().clearLanes();
     for (std::uint8_t zone = 1; zone <= zoneCount; ++zone)
-        queue.push(zone, cmd::zoneFrame.at(3, zone));
+        queue().push(zone, cmd::zoneFrame.at(3, zone));
     return E_OK;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/host_object.h"
-#include "devices/lighting/judged_requests.h"
+#include "devices/host_object.h"
+#include "transport/operation_requests.h"
 #include "devices/lighting/lighting_controller.h"
 #include "pyrux/play_dock.h"
 
@@ -41,7 +41,7 @@ private:
     _error EnterDeviceControl(std::string_view operation, bool on);
     _error readEffect(std::string_view operation, const Report& command, PlayDockEffect& effect);
 
-    JudgedRequests judged;
+    OperationRequests judged;
 };
 
 class PYRUX_PLAY_DOCK final : public LitHost<HostObject<PLAY_DOCK, PYRUX_PLAY_DOCK_Base>> {

@@ -1,6 +1,6 @@
 #include "devices/lighting/strand_controller.h"
 
-#include "devices/lighting/multi_frame.h"
+#include "transport/multi_frame.h"
 
 #include <algorithm>
 #include <optional>
@@ -179,34 +179,32 @@ struct StrandController::Colors {
     }
 };
 
-StrandController::StrandController(const std::string& path, const ModelRow& model,
-                                   std::string_view failureText)
-    : LightingController(path, {.model = model, .failureText = failureText, .paceMs = 0, .gap = requestGap}),
-      requests(exchange, model)
+StrandController::StrandController(const std::string& path, const ModelRow& model)
+    : NotifyingDevice(path, {.model = model, .paceMs = 0, .gap = requestGap}), requests(link, model)
 {
     for (auto& count : ledCounts)
         count = leastLeds;
-    if (opened)
-        reader.start([this](const Reply& reply) { exchange.deliver(reply); });
+    if (link.opened())
+        link.start([this](const Reply& reply) { link.deliver(reply); });
 }
 
 StrandController::~StrandController()
 {
-    reader.stop();
+    link.stop();
 }
 
 _error StrandController::setLightingInit()
 {
-    queue.clearLanes();
+    queue().clearLanes();
     write(cmd::hostDriven.at(4, 1));
     setLightingTurnOff();
-    queue.paceDelayMs = 0;
+    queue().paceDelayMs = 0;
     return E_OK;
 }
 
 _error StrandController::setLightingUninit()
 {
-    queue.clearLanes();
+    queue().clearLanes();
     write(cmd::hostDriven);
     return E_OK;
 }
@@ -248,7 +246,7 @@ _error StrandController::setSyncLightingData(const std::vector<LightingLedZone>&
 
 _error StrandController::setLightingTurnOff()
 {
-    queue.clearLanes();
+    queue().clearLanes();
     for (std::uint32_t port = 1; port <= ports; ++port)
         for (std::uint32_t subPort = 0; subPort <= fans; ++subPort)
             paint(*Zone::of(10 * port + subPort), Colors());
@@ -261,7 +259,7 @@ void StrandController::paint(const Zone& zone, const Colors& colors)
     frames.fill(cmd::nextDirect);
     frames[0] = cmd::firstDirect.at(3, zone.portBits).at(4, zone.subPortBits).at(5, mostLeds);
     cutStream(directShape, colors.bytes, frames);
-    queue.push(zone.lane, frames);
+    queue().push(zone.lane, frames);
 }
 
 _error StrandController::setEffectParameter(const StrandEffectParam* effect)
@@ -457,18 +455,6 @@ _error StrandController::refreshPortInfo(std::uint8_t port)
     if (!isPortOrAll(port))
         return E_INVALID_GET;
     return requests.request(__func__, addressed(cmd::refreshPort, port));
-}
-
-_error StrandController::registerNotify(NotifyCallback callback)
-{
-    notify.set(callback);
-    return E_OK;
-}
-
-_error StrandController::unRegisterNotify()
-{
-    notify.set(nullptr);
-    return E_OK;
 }
 
 _error StrandController::setMultilayerMode(std::uint8_t value)

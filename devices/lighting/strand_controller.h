@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/host_object.h"
-#include "devices/lighting/judged_requests.h"
+#include "devices/host_object.h"
+#include "transport/operation_requests.h"
 #include "devices/lighting/lighting_controller.h"
 #include "pyrux/strandhub.h"
 #include "transport/notify.h"
@@ -17,12 +17,13 @@
 
 namespace pyrux {
 
-/// The protocol of the strand controllers. Operations are those of the host interface, whose header tells
+/// The protocol of the strand controllers. Deliberate: a callback is only kept, these devices tell nothing by
+/// themselves. Operations are those of the host interface, whose header tells
 /// arguments, results and bytes.
-class StrandController : public LightingController {
+class StrandController : public NotifyingDevice<NotifyCallback, LightingController> {
 public:
-    StrandController(const std::string& path, const ModelRow& model, std::string_view failureText);
-    ~StrandController();
+    StrandController(const std::string& path, const ModelRow& model);
+    ~StrandController() override;
 
     _error setLightingInit();
     _error setLightingUninit();
@@ -50,8 +51,6 @@ public:
     _error setARGBType(std::uint8_t port, std::uint8_t type);
     _error getARGBType(std::uint8_t port, std::uint8_t* type);
     _error refreshPortInfo(std::uint8_t port);
-    _error registerNotify(NotifyCallback callback);
-    _error unRegisterNotify();
     _error setMultilayerMode(std::uint8_t value);
     _error getMultilayerMode(std::uint8_t* value);
     _error setEffectMode(StrandEffectParam* place, std::uint8_t effect);
@@ -76,8 +75,7 @@ private:
 
     static constexpr std::size_t customZones = 18;
 
-    JudgedRequests requests;
-    Notify<NotifyCallback> notify; ///< Deliberate: only kept, these devices tell nothing by themselves.
+    OperationRequests requests;
     std::array<std::atomic<std::uint16_t>, customZones> ledCounts; ///< By custom zone less one.
 };
 

@@ -9,7 +9,7 @@ namespace pyrux {
 class STRANDHUB : public StrandController {
 public:
     static constexpr const ModelRow& model = modelRow("strandhub");
-    explicit STRANDHUB(const std::string& path) : StrandController(path, model, "STRANDHUB USB fail") {}
+    explicit STRANDHUB(const std::string& path) : StrandController(path, model) {}
 };
 
 class PYRUX_STRANDHUB final : public StrandHost<STRANDHUB, PYRUX_STRANDHUB_Base> {

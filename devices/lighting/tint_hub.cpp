@@ -61,7 +61,6 @@ constexpr Codes dimmerCodes{63, 90, 127, 153, 223};
 constexpr std::uint8_t dimmerMode = 2; // it also has colours of its own
 
 constexpr ControllerTraits traits{.model = TINT_HUB::model,
-                                  .failureText = "TINT HUB USB fail",
                                   .mode = usbHid::Mode::blocking,
                                   .wait = std::chrono::milliseconds(1500)};
 
@@ -119,13 +118,13 @@ std::optional<std::uint8_t> brightnessLevel(std::uint8_t mode, std::uint8_t code
 
 TINT_HUB::TINT_HUB(const std::string& path) : LightingController(path, traits)
 {
-    if (opened)
-        reader.start([this](const Reply& reply) { exchange.deliver(reply); });
+    if (link.opened())
+        link.start([this](const Reply& reply) { link.deliver(reply); });
 }
 
 void TINT_HUB::sayGoodbye()
 {
-    if (unplugged)
+    if (link.unplugged())
         return;
     commitPortMultiColor();
     write(cmd::leave);
@@ -207,7 +206,7 @@ _error TINT_HUB::getEffectParameter(std::uint8_t* mode, std::uint8_t* speed, std
     if (!mode || !speed || !brightness || !rgb)
         return E_INVALID_GET;
     Reply reply;
-    const _error result = request(cmd::getEffect.at(5, *mode), reply);
+    const _error result = link.get(cmd::getEffect.at(5, *mode), reply);
     if (result || !reply.begins({0x52, 0x2C}))
         return result;
     const std::uint8_t readMode = reply[3];
@@ -226,7 +225,7 @@ _error TINT_HUB::getEffectStandardMode(std::uint8_t* mode)
     if (!mode)
         return E_INVALID_GET;
     Reply reply;
-    const _error result = request(cmd::getMode, reply);
+    const _error result = link.get(cmd::getMode, reply);
     if (!result && reply.begins({0x52, 0x28}))
         *mode = reply[3];
     return result;
@@ -255,9 +254,9 @@ _error TINT_HUB::getPortMultiColor(TintMultiColor* colors)
         return E_INVALID_GET;
     write(cmd::colorSession);
     Reply reply;
-    if (!request(cmd::getColors, reply) && reply.begins({0x52, 0xA8}))
+    if (!link.get(cmd::getColors, reply) && reply.begins({0x52, 0xA8}))
         std::ranges::copy(reply.part(3, portBytes), bytesOf(colors->ports).begin());
-    if (!request(cmd::getColorBlock, reply) && reply.begins({0x52, 0x2C}))
+    if (!link.get(cmd::getColorBlock, reply) && reply.begins({0x52, 0x2C}))
         colors->brightness = levelOf(brightnessCodes, reply[8]).value_or(colors->brightness);
     return E_OK; // deliberate: in any case
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/host_object.h"
+#include "devices/host_object.h"
 #include "devices/lighting/lighting_controller.h"
 #include "pyrux/tint_hub.h"
 
@@ -19,9 +19,9 @@ class TINT_HUB : public LightingController {
 public:
     static constexpr const ModelRow& model = modelRow("tint_hub");
     explicit TINT_HUB(const std::string& path);
-    ~TINT_HUB() { reader.stop(); }
+    ~TINT_HUB() override { link.stop(); }
 
-    void sayGoodbye();
+    void sayGoodbye() override;
 
     _error setLightingInit();
     _error setLightingUninit();

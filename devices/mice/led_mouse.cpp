@@ -13,8 +13,7 @@ constexpr Report profileAck{0x42, 0x10, 0x00, 0x00, 0x01, 0x00, 0x00, 0x01, 0x01
 constexpr Report dpiOn{0x42, 0x00, 0x40, 0x00, 0x01};
 constexpr Report dpiAck{0x42, 0x10, 0x40, 0x00, 0x01};
 constexpr Report setEffectMode{0x51, 0x28}; // 5: mode
-constexpr Report setGeneralEffect{0x51,
-                                  0x2B}; // 5: mode, 6: speed, 7: direction, 10: brightness, 11 to 13: color
+constexpr Report setGeneralEffect{0x51, 0x2B}; // 5: mode, 6: speed, 7: direction, 10: brightness, 11 to 13: color
 constexpr Report setCustomEffect{0x51, 0xA8};  // 5 to 10: colors
 constexpr Report getEffectMode{0x52, 0x28};    // reply 4: mode
 constexpr Report getGeneralEffect{0x52, 0x2B}; // 5: mode; reply 4 to 12 as written in 5 to 13
@@ -28,13 +27,15 @@ namespace {
 
 constexpr std::array startUp{cmd::profileOn, cmd::profileAck, cmd::dpiOn, cmd::dpiAck};
 
-constexpr std::array<MouseEvent, 4> events{{
-    // head of the report, byte that must be 1, answer, event for the host, text behind the model's name
-    {{0x42, 0x20, 0x40}, 4, cmd::dpiAck, LED_MOUSE_DPI_CHANGED, "dpi change"},
-    {{0x42, 0x20, 0x00}, 4, cmd::profileAck, LED_MOUSE_PROFILE_CHANGED, "profile change"},
-    {{0x42, 0x20, 0x00}, 7, cmd::profileAck, LED_MOUSE_EFFECT_MODE_CHANGED, "effect mode change"},
-    {{0x42, 0x20, 0x00}, 8, cmd::profileAck, LED_MOUSE_EFFECT_DATA_CHANGED, "effect data change"},
+// clang-format off
+constexpr std::array<DeviceEvent<NotifyRecord>, 4> events{{
+    // head of the report, byte that must be 1, text after the model's name, answer, event for the host
+    {{0x42, 0x20, 0x40}, 4, " dpi change", cmd::dpiAck, changed<LED_MOUSE_DPI_CHANGED>},
+    {{0x42, 0x20, 0x00}, 4, " profile change", cmd::profileAck, changed<LED_MOUSE_PROFILE_CHANGED>},
+    {{0x42, 0x20, 0x00}, 7, " effect mode change", cmd::profileAck, changed<LED_MOUSE_EFFECT_MODE_CHANGED>},
+    {{0x42, 0x20, 0x00}, 8, " effect data change", cmd::profileAck, changed<LED_MOUSE_EFFECT_DATA_CHANGED>},
 }};
+// clang-format on
 
 /// How a mode keeps its speeds 1 to 5.
 struct SpeedTable {
@@ -111,7 +112,7 @@ Report effectReport(const MouseEffectRecord& effect, std::uint8_t speed)
 
 } // namespace
 
-LedMouseTraits ledMouseTraits(const ModelRow& model, std::atomic<bool>& shift, std::string_view failureText,
+LedMouseTraits ledMouseTraits(const ModelRow& model, std::atomic<bool>& shift,
                               std::span<const std::uint8_t> effectModes)
 {
     return {.mouse = {.model = model,
@@ -121,51 +122,30 @@ LedMouseTraits ledMouseTraits(const ModelRow& model, std::atomic<bool>& shift, s
                       .keyUpEvent = LED_MOUSE_KEY_UP,
                       .keyValues = wiredKeyValues,
                       .shift = shift,
-                      .failureText = failureText},
+                      .paceMs = slowPaceMs},
             .effectModes = effectModes};
 }
 
 LedMouse::LedMouse(const std::string& path, const LedMouseTraits& traits)
     : WiredMouse(path, traits.mouse), effectModes(traits.effectModes)
 {
-    if (openFailed())
-        return;
-    queue.paceDelayMs = slowPaceMs;
-    queue.setChannel(&channel);
-}
-
-void LedMouse::setUnplugged(bool gone)
-{
-    WiredMouse::setUnplugged(gone);
-    if (gone)
-        queue.stopWithin(std::chrono::milliseconds(0)); // frames that wait are not sent any more
-}
-
-bool LedMouse::endThreads(std::chrono::milliseconds limit)
-{
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    queue.stopWithin(std::chrono::milliseconds(0)); // both threads end at the same time
-    const bool readerEnded = WiredMouse::endThreads(limit);
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    return queue.stopWithin(left) && readerEnded;
 }
 
 _error LedMouse::setLightingInit()
 {
-    queue.clearLanes();
-    const _error taken = channel.writeWatched(cmd::hostDriven.bytes());
-    const _error driven = channel.writeWatched(cmd::drive.bytes());
+    link.queue().clearLanes();
+    const _error taken = link.send(cmd::hostDriven);
+    const _error driven = link.send(cmd::drive);
     setLightingTurnOff();
-    queue.paceDelayMs = fastPaceMs;
+    link.queue().paceDelayMs = fastPaceMs;
     return taken ? taken : driven;
 }
 
 _error LedMouse::setLightingUninit()
 {
-    queue.clearLanes();
-    const _error result = channel.writeWatched(cmd::configOff.bytes());
-    queue.paceDelayMs = slowPaceMs;
+    link.queue().clearLanes();
+    const _error result = link.send(cmd::configOff);
+    link.queue().paceDelayMs = slowPaceMs;
     return result;
 }
 
@@ -189,14 +169,14 @@ _error LedMouse::setSyncLightingData(const std::vector<LightingLedZone>& zones)
             frame = frame.at(5 + count * bytesPerLed, bytes);
             ++count;
         }
-    queue.push(frameLane, frame.at(3, count));
+    link.queue().push(frameLane, frame.at(3, count));
     return E_OK;
 }
 
 _error LedMouse::setLightingTurnOff()
 {
-    queue.clearLanes();
-    queue.push(frameLane, cmd::allLeds);
+    link.queue().clearLanes();
+    link.queue().push(frameLane, cmd::allLeds);
     return E_OK;
 }
 
@@ -247,8 +227,6 @@ _error LedMouse::getGeneralEffect(MouseEffectRecord* effect)
     Reply reply;
     if (const _error result = get(cmd::getGeneralEffect.at(5, mode), reply))
         return result;
-    if (reply[4] != mode)
-        return E_INVALID_GET; // the answer to another call
     effect->speed = speedIndex(mode, reply[5]);
     effect->direction = reply[6] & directionBit ? 1 : 0;
     effect->brightness = mode == halvedMode ? wholeBrightness(reply[9]) : reply[9];

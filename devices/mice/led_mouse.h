@@ -3,11 +3,9 @@
 #include "devices/mice/mouse_host.h"
 #include "devices/mice/wired_mouse.h"
 #include "pyrux/led_mouse.h"
-#include "transport/cmd_queue.h"
 
 #include <array>
 #include <atomic>
-#include <chrono>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -24,8 +22,7 @@ struct LedMouseTraits {
 
 /// The traits of a model. What is not named here is alike in all of them.
 /// @param shift        whether button 1 is held, one flag per model
-/// @param failureText  logged when the reader gives up
-LedMouseTraits ledMouseTraits(const ModelRow& model, std::atomic<bool>& shift, std::string_view failureText,
+LedMouseTraits ledMouseTraits(const ModelRow& model, std::atomic<bool>& shift,
                               std::span<const std::uint8_t> effectModes);
 
 inline constexpr std::uint8_t customEffect = 176; ///< Effect mode of the colours of `setCustomEffect`.
@@ -39,9 +36,6 @@ inline constexpr std::array<std::uint8_t, 7> laterEffectModes{0, 1, 2, 4, 5, cus
 class LedMouse : public WiredMouse {
 public:
     LedMouse(const std::string& path, const LedMouseTraits& traits);
-
-    void setUnplugged(bool gone);
-    bool endThreads(std::chrono::milliseconds limit);
 
     _error setLightingInit();
     _error setLightingUninit();
@@ -60,7 +54,6 @@ private:
     bool hasMode(std::uint8_t mode) const;
 
     const std::span<const std::uint8_t> effectModes;
-    CmdQueue queue; // goes before the channel that it writes to
 };
 
 /// The host operations of the wired mice with lights.

@@ -12,7 +12,7 @@ namespace {
 constexpr std::uint8_t noMacro = 3; // mode of a button without one
 
 std::atomic<bool> shift{false};
-const LedMouseTraits rd110Traits = ledMouseTraits(RD110::model, shift, "RD110 USB fail", laterEffectModes);
+const LedMouseTraits rd110Traits = ledMouseTraits(RD110::model, shift, laterEffectModes);
 
 } // namespace
 

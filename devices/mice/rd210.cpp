@@ -19,10 +19,10 @@ constexpr std::array startUp{
     dpiAck,
 };
 
-constexpr std::array<MouseEvent, 2> events{{
-    // head of the report, byte that must be 1, answer, event for the host, text behind the model's name
-    {{0x42, 0x20, 0x40}, 4, dpiAck, RD210_DPI_CHANGED, "dpi change"},
-    {{0x42, 0x20, 0x00}, 4, profileAck, RD210_PROFILE_CHANGED, "profile change"},
+constexpr std::array<DeviceEvent<NotifyRecord>, 2> events{{
+    // head of the report, byte that must be 1, text after the model's name, answer, event for the host
+    {{0x42, 0x20, 0x40}, 4, " dpi change", dpiAck, changed<RD210_DPI_CHANGED>},
+    {{0x42, 0x20, 0x00}, 4, " profile change", profileAck, changed<RD210_PROFILE_CHANGED>},
 }};
 
 std::atomic<bool> shift{false};
@@ -33,8 +33,7 @@ const MouseTraits rd210Traits{.model = RD210::model,
                               .keyDownEvent = RD210_KEY_DOWN,
                               .keyUpEvent = RD210_KEY_UP,
                               .keyValues = wiredKeyValues,
-                              .shift = shift,
-                              .failureText = "RD210 USB fail"};
+                              .shift = shift};
 
 } // namespace
 

@@ -9,7 +9,7 @@ namespace pyrux {
 namespace {
 
 std::atomic<bool> shift{false};
-const LedMouseTraits rd215Traits = ledMouseTraits(RD215::model, shift, "RD215 USB fail", firstEffectModes);
+const LedMouseTraits rd215Traits = ledMouseTraits(RD215::model, shift, firstEffectModes);
 
 } // namespace
 

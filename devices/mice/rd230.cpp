@@ -9,7 +9,7 @@ namespace pyrux {
 namespace {
 
 std::atomic<bool> shift{false};
-const LedMouseTraits rd230Traits = ledMouseTraits(RD230::model, shift, "RD230 USB fail", firstEffectModes);
+const LedMouseTraits rd230Traits = ledMouseTraits(RD230::model, shift, firstEffectModes);
 
 } // namespace
 

@@ -9,7 +9,7 @@ namespace pyrux {
 namespace {
 
 std::atomic<bool> shift{false};
-const LedMouseTraits rd240Traits = ledMouseTraits(RD240::model, shift, "RD240 USB fail", laterEffectModes);
+const LedMouseTraits rd240Traits = ledMouseTraits(RD240::model, shift, laterEffectModes);
 
 } // namespace
 

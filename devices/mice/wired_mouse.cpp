@@ -150,51 +150,29 @@ MouseMacroEvent decodeEvent(const Reply& reply, std::size_t from)
 } // namespace
 
 WiredMouse::WiredMouse(const std::string& path, const MouseTraits& traits)
-    : traits(traits), channel(path),
-      exchange(channel, {.timeoutText = "USB RX timeout", .logCategory = traits.model.logCategory}),
-      reader(channel, {.failureText = traits.failureText, .logCategory = traits.model.logCategory})
+    : NotifyingDevice(path, {.model = traits.model, .paceMs = traits.paceMs}), traits(traits)
 {
-    opened = channel.open(usbHid::Mode::blocking);
-    if (!opened)
+    if (!link.opened())
         return;
-    reader.start([this](const Reply& reply) { take(reply); });
+    link.start([this](const Reply& reply) { take(reply); });
     for (const Report& report : traits.startUp)
-        channel.writeWatched(report.bytes());
+        link.write(report);
     set(cmd::hello);
 }
 
 WiredMouse::~WiredMouse()
 {
-    reader.stop();
+    link.stop();
 }
 
 void WiredMouse::sayGoodbye()
 {
-    if (unplugged)
+    if (link.unplugged())
         return;
-    exchange.resume();
+    link.resume();
     set(cmd::serviceOn);
-    if (channel.isOpen())
+    if (link.isOpen())
         set(cmd::configOff);
-}
-
-bool WiredMouse::endThreads(std::chrono::milliseconds limit)
-{
-    const bool ended = reader.stopWithin(limit);
-    channel.closeChannel();
-    return ended;
-}
-
-_error WiredMouse::get(const Report& command, Reply& reply, std::size_t matchLength)
-{
-    return exchange.transact(command, matchLength, reply);
-}
-
-_error WiredMouse::set(const Report& command, std::size_t matchLength)
-{
-    Reply reply;
-    const _error result = exchange.transact(command, matchLength, reply);
-    return result == E_INVALID_GET ? E_INVALID_SET : result;
 }
 
 _error WiredMouse::changeProfileId(std::uint8_t profile)
@@ -225,7 +203,7 @@ _error WiredMouse::resetProfile(std::uint8_t all)
     const _error result = set(cmd::resetProfile.at(5, all ? 0xFF : 0x00));
     if (!all)
         set(cmd::save);
-    if (channel.isOpen())
+    if (link.isOpen())
         set(cmd::configOff);
     return result;
 }
@@ -575,7 +553,7 @@ _error WiredMouse::readMacro(MouseMacroRecord& macro)
 /// Asks for a chunk until it comes: for as long as the device is there.
 std::optional<Reply> WiredMouse::readMacroChunk(const Report& command)
 {
-    while (!closed && channel.isOpen() && !reader.ended() && !exchange.aborted()) {
+    while (!closed && link.isOpen() && !link.readerEnded() && !link.aborted()) {
         Reply reply;
         if (!get(command, reply, 3))
             return reply;
@@ -745,45 +723,23 @@ _error WiredMouse::getSurfaceLearningResult(std::uint8_t* a, std::uint8_t* b)
     return result;
 }
 
-_error WiredMouse::registerNotify(NotifyCallback callback)
-{
-    notify.set(callback);
-    return E_OK;
-}
-
-_error WiredMouse::unRegisterNotify()
-{
-    notify.set(nullptr);
-    return E_OK;
-}
-
 _error WiredMouse::saveConfig()
 {
     set(cmd::serviceOn);
     const _error result = set(cmd::save);
-    if (channel.isOpen())
+    if (link.isOpen())
         set(cmd::configOff);
     return result;
 }
 
 void WiredMouse::take(const Reply& reply)
 {
-    bool own = false;
-    for (const MouseEvent& event : traits.events) {
-        if (!std::ranges::equal(event.head, reply.part(0, event.head.size())) || reply[event.flagByte] != 1)
-            continue;
-        own = true;
-        debugText(std::string(traits.model.model).append(" ").append(event.text));
-        channel.writeWatched(event.acknowledgement.bytes());
-        NotifyRecord record{.event = event.event, .value = 0};
-        notify.call(&record);
-    }
-    if (own)
+    if (takeEvents(traits.events, reply))
         return;
     if (reply.begins({0x43, 0x01}))
         takeKey(reply[4], reply[5]);
     else
-        exchange.deliver(reply);
+        link.deliver(reply);
 }
 
 void WiredMouse::takeKey(std::uint8_t button, std::uint8_t state)
@@ -798,9 +754,8 @@ void WiredMouse::takeKey(std::uint8_t button, std::uint8_t state)
     }
     const int value =
         (button < traits.keyValues.size() ? traits.keyValues[button] : 0) + (traits.shift ? shiftValue : 0);
-    NotifyRecord record{.event = state == down ? traits.keyDownEvent : traits.keyUpEvent,
-                        .value = std::uint16_t(value)};
-    notify.call(&record);
+    tell(NotifyRecord{.event = state == down ? traits.keyDownEvent : traits.keyUpEvent,
+                      .value = std::uint16_t(value)});
 }
 
 } // namespace pyrux

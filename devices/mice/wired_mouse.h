@@ -1,18 +1,14 @@
 #pragma once
 
 #include "core/models.h"
+#include "devices/linked_device.h"
 #include "pyrux/error.h"
 #include "pyrux/mouse_records.h"
 #include "pyrux/records.h"
-#include "transport/exchange.h"
-#include "transport/notify.h"
-#include "transport/reader_thread.h"
 #include "transport/report.h"
-#include "transport/usb_hid.h"
 
 #include <array>
 #include <atomic>
-#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -27,14 +23,12 @@ inline constexpr Report serviceOn{0x41, 0x01}; // reset, save and macro recordin
 inline constexpr Report configOn{0x41, 0x80};  // the device accepts configuration
 } // namespace cmd
 
-/// A report that a mouse sends by itself when its state has changed.
-struct MouseEvent {
-    std::array<std::uint8_t, 3> head; ///< How the report begins.
-    std::size_t flagByte;             ///< The byte that must be 1.
-    Report acknowledgement;
-    std::uint32_t event;   ///< `NotifyRecord::event`
-    std::string_view text; ///< Written to the debug output behind the model's name.
-};
+/// What the host is told of a change without a value.
+template <std::uint32_t event>
+NotifyRecord changed(const Reply&)
+{
+    return {.event = event, .value = 0};
+}
 
 /// `NotifyRecord::value` of the buttons of all wired mice, by button number; 0 behind the end.
 inline constexpr std::array<std::uint8_t, 24> wiredKeyValues{0x1E, 0x20, 0x1F, 0x22, 0x21,
@@ -44,11 +38,11 @@ inline constexpr std::array<std::uint8_t, 24> wiredKeyValues{0x1E, 0x20, 0x1F, 0
 struct MouseTraits {
     const ModelRow& model;
     std::span<const Report> startUp; ///< Written at the start, without waiting for replies.
-    std::span<const MouseEvent> events;
+    std::span<const DeviceEvent<NotifyRecord>> events;
     std::uint32_t keyDownEvent, keyUpEvent;  ///< `NotifyRecord::event` of a button.
     std::span<const std::uint8_t> keyValues; ///< `NotifyRecord::value` by button number; 0 behind its end.
-    std::atomic<bool>& shift;     ///< Whether button 1 is held: one flag per model, not per device.
-    std::string_view failureText; ///< Logged when the reader gives up.
+    std::atomic<bool>& shift; ///< Whether button 1 is held: one flag per model, not per device.
+    std::optional<std::int32_t> paceMs{}; ///< Of the queue for frames; none: there is none.
 };
 
 /// The protocol of the wired mice: every command waits for its reply. Operations are those of the host
@@ -56,20 +50,12 @@ struct MouseTraits {
 ///
 /// A command's reply repeats its first two bytes, or as many as its call names, so that a reply that does not
 /// begin as asked for shows as a missing one.
-class WiredMouse {
+class WiredMouse : public NotifyingDevice<NotifyCallback> {
 public:
     WiredMouse(const std::string& path, const MouseTraits& traits);
-    ~WiredMouse();
-    WiredMouse(const WiredMouse&) = delete;
-    WiredMouse& operator=(const WiredMouse&) = delete;
+    ~WiredMouse() override;
 
-    // Life cycle, for the host object.
-    bool openFailed() const { return !opened; }
-    void setUnplugged(bool gone) { unplugged = gone; }
-    void noteClosed() { closed = true; }
-    void abort() { exchange.abort(); }
-    void sayGoodbye();
-    bool endThreads(std::chrono::milliseconds limit);
+    void sayGoodbye() override;
 
     _error changeProfileId(std::uint8_t profile);
     _error getCurrProfileId(std::uint8_t* profile);
@@ -92,21 +78,22 @@ public:
     _error stopSurfaceLearning();
     _error getSurfaceLearningStatus(std::uint8_t* status);
     _error getSurfaceLearningResult(std::uint8_t* a, std::uint8_t* b);
-    _error registerNotify(NotifyCallback callback);
-    _error unRegisterNotify();
     _error saveConfig();
 
 protected:
-    // One command and its reply. `set` gives the result of a set operation: a missing reply is E_INVALID_SET.
-    static constexpr std::size_t defaultMatch = 2;
-    _error get(const Report& command, Reply& reply, std::size_t matchLength = defaultMatch);
-    _error set(const Report& command, std::size_t matchLength = defaultMatch);
+    _error get(const Report& command, Reply& reply, std::size_t matchLength = DeviceLink::plainMatch)
+    {
+        return link.get(command, reply, matchLength);
+    }
+    _error set(const Report& command, std::size_t matchLength = DeviceLink::plainMatch)
+    {
+        return link.set(command, matchLength);
+    }
 
     /// `getMacro` of a button that exists, on a device that accepts configuration.
     _error readMacro(MouseMacroRecord& macro);
 
     const MouseTraits& traits;
-    usbHid channel;
 
 private:
     /// Which of the wheel's two tilt directions act as steps.
@@ -133,13 +120,6 @@ private:
 
     void take(const Reply& reply);
     void takeKey(std::uint8_t button, std::uint8_t state);
-
-    Exchange exchange;
-    ReaderThread reader;
-    Notify<NotifyCallback> notify;
-    bool opened = false;
-    std::atomic<bool> unplugged{false};
-    std::atomic<bool> closed{false};
 };
 
 } // namespace pyrux

@@ -121,38 +121,31 @@ float SampleWindow::mean() const
 }
 
 PowerSupply::PowerSupply(const std::string& path, const SupplyTraits& traits, Clock& clock)
-    : traits(traits), clock(clock), channel(path), exchange(channel, {.wait = replyWait,
-                                                                      .timeoutText = "cannot receive",
-                                                                      .logCategory = traits.model.logCategory,
-                                                                      .reportSize = reportSize,
-                                                                      .runningMatchCount = true}),
-      reader(channel, {.reportSize = reportSize,
-                       .survivedFailures = survivedFailures,
-                       .failureText = traits.failureText,
-                       .logCategory = std::nullopt})
+    : LinkedDevice(path,
+                   {.model = traits.model,
+                    .failureLogged = false,
+                    .reportSize = reportSize,
+                    .wait = replyWait,
+                    .timeoutText = "cannot receive",
+                    .runningMatchCount = true,
+                    .survivedFailures = survivedFailures},
+                   clock),
+      traits(traits), clock(clock)
 {
-    opened = channel.open(usbHid::Mode::blocking);
-    if (opened)
-        reader.start([this](const Reply& reply) { take(reply); });
+    if (link.opened())
+        link.start([this](const Reply& reply) { take(reply); });
 }
 
 PowerSupply::~PowerSupply()
 {
-    reader.stop();
+    link.stop();
 }
 
 void PowerSupply::abort()
 {
-    exchange.abort();
+    LinkedDevice::abort();
     const std::lock_guard lock(pauseLock);
     pauseCut.notify_all();
-}
-
-bool PowerSupply::endThreads(std::chrono::milliseconds limit)
-{
-    const bool ended = reader.stopWithin(limit);
-    channel.closeChannel();
-    return ended;
 }
 
 _error PowerSupply::getInput(PsuInput& input)
@@ -346,25 +339,25 @@ _error PowerSupply::writeCurve(const VoltgridFan& fan)
 _error PowerSupply::ask(const Report& command, std::string_view pattern, Reply& reply)
 {
     const auto* const bytes = reinterpret_cast<const std::uint8_t*>(pattern.data());
-    return exchange.transact(command, std::span(bytes, pattern.size()), reply);
+    return link.get(command, std::span(bytes, pattern.size()), reply);
 }
 
 _error PowerSupply::write(std::string_view text, std::initializer_list<int> digits)
 {
-    if (exchange.aborted())
+    if (link.aborted())
         return E_NOT_OPEN;
-    return channel.writeWatched(textReport(text, digits).bytes().first(reportSize));
+    return link.send(textReport(text, digits));
 }
 
 void PowerSupply::pause(std::chrono::milliseconds time)
 {
     std::unique_lock lock(pauseLock);
-    clock.sleep(lock, pauseCut, time, [&] { return exchange.aborted(); });
+    clock.sleep(lock, pauseCut, time, [&] { return link.aborted(); });
 }
 
 void PowerSupply::take(const Reply& reply)
 {
-    if (!exchange.deliver(reply))
+    if (!link.deliver(reply))
         takeMeasurement(reply);
 }
 

@@ -1,15 +1,13 @@
 #pragma once
 
-#include "core/host_object.h"
+#include "devices/host_object.h"
 #include "core/models.h"
+#include "devices/linked_device.h"
 #include "devices/power/supply_text.h"
 #include "pyrux/error.h"
 #include "pyrux/psu_records.h"
 #include "transport/clock.h"
-#include "transport/exchange.h"
-#include "transport/reader_thread.h"
 #include "transport/report.h"
-#include "transport/usb_hid.h"
 
 #include <array>
 #include <atomic>
@@ -26,7 +24,6 @@ namespace pyrux {
 /// What tells one digital power supply from another.
 struct SupplyTraits {
     const ModelRow& model;
-    std::string_view failureText; ///< Logged when the reader gives up.
     bool powerFactorCounts;       ///< In the input power.
     bool fanLock;                 ///< Calls that set or read the fan do not cross.
     bool fanLog;                  ///< Fan speeds and the results of fan calls are logged.
@@ -47,20 +44,12 @@ private:
 
 /// The protocol of the digital power supplies: short texts in both directions. Operations are those of the
 /// host interfaces, whose headers tell arguments, results and texts.
-class PowerSupply {
+class PowerSupply : public LinkedDevice {
 public:
     PowerSupply(const std::string& path, const SupplyTraits& traits, Clock& clock);
-    ~PowerSupply();
-    PowerSupply(const PowerSupply&) = delete;
-    PowerSupply& operator=(const PowerSupply&) = delete;
+    ~PowerSupply() override;
 
-    // Life cycle, for the host object. No goodbye is sent.
-    bool openFailed() const { return !opened; }
-    void setUnplugged(bool) {}
-    void noteClosed() {}
-    void abort();
-    void sayGoodbye() {}
-    bool endThreads(std::chrono::milliseconds limit);
+    void abort() override;
 
     _error getInput(PsuInput& input);
     _error getOutput(PsuOutput& output);
@@ -111,10 +100,6 @@ private:
     void pause(std::chrono::milliseconds time);
 
     Clock& clock;
-    usbHid channel;
-    Exchange exchange;
-    ReaderThread reader;
-    bool opened = false;
 
     mutable std::mutex measurementLock; ///< Guards `measurements`.
     Measurements measurements;

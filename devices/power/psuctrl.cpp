@@ -11,7 +11,6 @@ namespace pyrux {
 namespace {
 
 const SupplyTraits psuCtrlTraits{.model = PSUCTRL::model,
-                                 .failureText = "PSUCTRL USB fail",
                                  .powerFactorCounts = true,
                                  .fanLock = true,
                                  .fanLog = true};

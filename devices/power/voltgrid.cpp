@@ -7,7 +7,6 @@ namespace pyrux {
 namespace {
 
 const SupplyTraits voltgridTraits{.model = VOLTGRID::model,
-                                  .failureText = "VOLTGRID USB fail",
                                   .powerFactorCounts = false, // deliberate: unlike its successors
                                   .fanLock = false,
                                   .fanLog = false};

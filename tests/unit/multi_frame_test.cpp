@@ -1,6 +1,6 @@
 // Streams of bytes over several frames.
 
-#include "devices/lighting/multi_frame.h"
+#include "transport/multi_frame.h"
 
 #include "tests/support/bytes.h"
 

@@ -2,7 +2,7 @@
 
 #include "core/models.h"
 #include "pyrux/error.h"
-#include "transport/exchange.h"
+#include "transport/device_link.h"
 #include "transport/report.h"
 
 #include <chrono>
@@ -12,21 +12,35 @@
 
 namespace pyrux {
 
-/// How the lighting controllers pair requests with replies.
-/// @param gap  least time between two requests, behind the write of the first; 0 for none
-ExchangeRules controllerRules(const ModelRow& model,
-                              std::chrono::milliseconds wait = std::chrono::milliseconds(1000),
-                              std::chrono::milliseconds gap = std::chrono::milliseconds(0));
+/// How a link works over which the frames `80 cmd op` go: operation 1 reads, 2 writes.
+LinkRules operationLinkRules(const ModelRow& model);
 
-/// Least time between the requests of the controllers that judge their replies.
+/// Sends a read and hands its reply to `take`, if that begins `80 answer 03`. Deliberate: what `take` sets stays as
+/// it was for another reply, and that is no error.
+template <class Take>
+_error readOperation(DeviceLink& link, const Report& command, std::uint8_t answer, Take take)
+{
+    Reply reply;
+    const _error result = link.get(command, reply);
+    if (!result && reply.begins({0x80, answer, 0x03}))
+        take(reply);
+    return result;
+}
+template <class Take>
+_error readOperation(DeviceLink& link, const Report& command, Take take)
+{
+    return readOperation(link, command, command[2], take);
+}
+
+/// Least time between requests that are judged.
 inline constexpr std::chrono::milliseconds requestGap{32};
 
 /// Requests of the form `80 cmd op` whose replies tell how the device has taken them: P0 and P1 repeat the
 /// request, P2 is 3 for success and 4 for a refusal, with its reason in P3.
-class JudgedRequests {
+class OperationRequests {
 public:
-    /// @param exchange  whose rules have `requestGap`
-    JudgedRequests(Exchange& exchange, const ModelRow& model) : exchange(exchange), model(model) {}
+    /// @param link  whose rules have `requestGap`
+    OperationRequests(DeviceLink& link, const ModelRow& model) : link(link), model(model) {}
 
     /// Sends a request and judges its reply.
     /// @param operation  the host operation that asks, as `__func__` names it; a refusal is logged under it
@@ -43,7 +57,7 @@ public:
 private:
     _error judge(std::string_view operation, const Report& command, const Reply& reply) const;
 
-    Exchange& exchange;
+    DeviceLink& link;
     const ModelRow& model;
 };
 

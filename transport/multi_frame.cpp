@@ -1,4 +1,4 @@
-#include "devices/lighting/multi_frame.h"
+#include "transport/multi_frame.h"
 
 #include <algorithm>
 

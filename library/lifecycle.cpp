@@ -1,4 +1,4 @@
-#include "core/lifecycle.h"
+#include "library/lifecycle.h"
 
 #include "core/debug_console.h"
 #include "core/log.h"

@@ -1,4 +1,4 @@
-#include "devices/lighting/judged_requests.h"
+#include "transport/operation_requests.h"
 
 #include "core/log.h"
 
@@ -8,41 +8,42 @@ namespace pyrux {
 
 namespace {
 
-constexpr std::size_t requestMatch = 2; // bytes of a request that its reply repeats
 constexpr std::uint8_t success = 3;
 constexpr std::uint8_t refusal = 4;
 
 } // namespace
 
-ExchangeRules controllerRules(const ModelRow& model, std::chrono::milliseconds wait,
-                              std::chrono::milliseconds gap)
+LinkRules operationLinkRules(const ModelRow& model)
 {
-    return {.wait = wait,
+    return {.model = model,
+            .failureLogged = false,
+            .mode = usbHid::Mode::polled,
+            .wait = std::chrono::milliseconds(1000),
             .timeoutText = "cannot receive",
-            .logCategory = model.logCategory,
             .runningMatchCount = true, // deliberate: a match may begin in the request before
-            .gap = gap};
+            .survivedFailures = 29,    // the 30th ends the reader
+            .polledPause = std::chrono::milliseconds(5)};
 }
 
-_error JudgedRequests::request(std::string_view operation, const Report& command, Reply& reply)
+_error OperationRequests::request(std::string_view operation, const Report& command, Reply& reply)
 {
-    const _error result = exchange.transact(command, requestMatch, reply);
+    const _error result = link.get(command, reply);
     return result ? result : judge(operation, command, reply);
 }
 
-_error JudgedRequests::request(std::string_view operation, const Report& command)
+_error OperationRequests::request(std::string_view operation, const Report& command)
 {
     Reply reply;
     return request(operation, command, reply);
 }
 
-_error JudgedRequests::request(const Report& command, std::span<const std::uint8_t> pattern, Reply& reply)
+_error OperationRequests::request(const Report& command, std::span<const std::uint8_t> pattern, Reply& reply)
 {
-    return exchange.transact(command, pattern, reply);
+    return link.get(command, pattern, reply);
 }
 
 /// A reply that was matched need not begin as the request: the match may have begun in another.
-_error JudgedRequests::judge(std::string_view operation, const Report& command, const Reply& reply) const
+_error OperationRequests::judge(std::string_view operation, const Report& command, const Reply& reply) const
 {
     const auto sent = command.payload();
     if (reply[0] != sent[0] || reply[1] != sent[1])

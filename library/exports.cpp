@@ -1,7 +1,7 @@
 #include "pyrux/pyrux.h"
 
 #include "core/catalogue.h"
-#include "core/lifecycle.h"
+#include "library/lifecycle.h"
 #include "core/log.h"
 #include "core/state.h"
 #include "platform/folders.h"

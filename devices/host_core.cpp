@@ -1,0 +1,153 @@
+#include "devices/host_core.h"
+
+#include "core/log.h"
+#include "core/registry.h"
+#include "core/state.h"
+#include "transport/device_path.h"
+
+#include <mutex>
+#include <thread>
+#include <utility>
+
+namespace pyrux {
+
+namespace {
+
+constexpr std::chrono::milliseconds callGrace{2000};
+constexpr std::chrono::milliseconds threadGrace{150};
+
+} // namespace
+
+HostCore::Call::Call(HostCore& host, const char* operation, int line) : host(host), operation(operation)
+{
+    host.logOwn(operation, line);
+    host.calls.enter();
+}
+
+HostCore::Call::Call(HostCore& host) : host(host)
+{
+    host.calls.enter();
+}
+
+_error HostCore::Call::finish(_error result) const
+{
+    log(host.model.logCategory, [&] {
+        return fullName(host.model, operation) + ", ret = " + std::to_string(static_cast<std::int32_t>(result));
+    });
+    return result;
+}
+
+void HostCore::logOwn(std::string_view operation, int line) const
+{
+    log(model.logCategory, [&] { return fullName(model, operation) + ", " + std::to_string(line); });
+}
+
+void HostCore::logConstructor() const
+{
+    logOwn(model.hostClass, __LINE__);
+}
+
+void HostCore::logFailedOpening() const
+{
+    debugText("init fail\n");
+    logOwn("~" + std::string(model.hostClass), __LINE__);
+}
+
+void HostCore::adopt(std::unique_ptr<ProtocolObject> made)
+{
+    openFailed = made->openFailed();
+    if (openFailed)
+        closed = 1;
+    else
+        device = made.release();
+}
+
+_error HostCore::exitDevice(std::uint8_t unplugged, int line)
+{
+    logOwn("exit_device", line);
+    shutDown(unplugged != 0);
+    return E_OK;
+}
+
+std::int32_t HostCore::device_pre_exit(const std::uint8_t*)
+{
+    logOwn(__func__, __LINE__);
+    calls.enter();
+    if (!leaving)
+        if (ProtocolObject* target = device)
+            target->noteClosed();
+    closed = 1;
+    calls.leave();
+    return 0;
+}
+
+std::int32_t HostCore::device_exit(const std::uint8_t* unplugged)
+{
+    announceExit();
+    shutDown(*unplugged != 0);
+    return 0;
+}
+
+void HostCore::announceExit()
+{
+    // Deliberate: the text is as hosts and technicians know it.
+    log(model.logCategory, [&] { return "exit devie " + std::string(model.model) + " by probe"; });
+    logOwn("exit_device", __LINE__);
+}
+
+void HostCore::shutDown(bool unplugged)
+{
+    closed = 1;
+    if (leaving.exchange(true))
+        return;
+    std::unique_ptr<ProtocolObject> owned(device.load());
+    if (!owned)
+        return;
+    owned->setUnplugged(unplugged);
+    owned->noteClosed();
+    // A call that is inside may finish what it writes, unless the device has gone or does not answer.
+    if (unplugged || !calls.drain(callGrace))
+        owned->abort();
+    const bool empty = calls.drain(callGrace);
+    owned->sayGoodbye();
+    const bool quiet = owned->endThreads(std::chrono::steady_clock::now() + threadGrace);
+    if (empty && quiet) {
+        device = nullptr;
+        return;
+    }
+    // A callback of the host has the reader thread, and may even be where this call comes from. The rest
+    // waits for it elsewhere, on a thread that owns all that it uses.
+    std::thread([this, rest = std::move(owned)]() mutable {
+        while (!calls.drain(std::chrono::hours(1))) {
+        }
+        device = nullptr;
+        rest.reset();
+    }).detach();
+}
+
+void* findOrMakeHost(const ModelRow& model, const char* path, int line,
+                     MadeHost (*make)(const std::string& path))
+{
+    logCall(model.logCategory, "PYRUX::" + std::string(model.exportName), line);
+    const std::string key = registryKey(path ? path : "");
+    Registry& all = registry();
+    const std::lock_guard lock(all.mutex);
+    if (const DeviceEntry* entry = all.find(key)) {
+        log(model.logCategory, "return object already create");
+        return entry->host;
+    }
+    const auto opened = Registry::Clock::now();
+    const MadeHost made = make(key);
+    if (!made.core)
+        return nullptr;
+    all.add({.model = model.model,
+             .deviceType = model.deviceType,
+             .host = made.interface,
+             .path = key,
+             .probe = made.core,
+             .backgroundAtCreate = backgroundMode != 0,
+             .opened = opened});
+    return made.interface;
+}
+
+} // namespace pyrux
