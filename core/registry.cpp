@@ -1,6 +1,8 @@
 #include "core/registry.h"
 
 #include <algorithm>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 namespace pyrux {
@@ -9,6 +11,25 @@ Registry& registry()
 {
     static auto& instance = *new Registry;
     return instance;
+}
+
+Registry::Reservation::Reservation(Registry& registry, std::string path)
+    : path(std::move(path)), registry(registry), exits(registry.exits)
+{
+    registry.reservations.push_back(this);
+}
+
+Registry::Reservation::~Reservation()
+{
+    std::erase(registry.reservations, this);
+    registry.changed.notify_all();
+}
+
+void Registry::waitUntilMade(std::unique_lock<std::mutex>& lock, std::string_view path)
+{
+    changed.wait(lock, [&] {
+        return std::ranges::none_of(reservations, [&](const Reservation* one) { return one->path == path; });
+    });
 }
 
 DeviceEntry* Registry::find(std::string_view path)
@@ -47,10 +68,23 @@ void Registry::remove(const DeviceEntry* entry)
 
 void Registry::exitAll()
 {
+    ++exits;
+    for (const auto& entry : entries)
+        entry->probe->announceExit();
+    std::vector<std::thread> goodbyes;
     for (const auto& entry : entries) {
-        entry->probe->device_exit(&entry->unplugged);
+        const auto shutDown = [&probe = *entry->probe, unplugged = entry->unplugged != 0] {
+            probe.shutDown(unplugged);
+        };
+        try {
+            goodbyes.emplace_back(shutDown);
+        } catch (const std::system_error&) {
+            shutDown(); // one after the other is better than never
+        }
         retiredHosts.push_back(entry->host);
     }
+    for (std::thread& goodbye : goodbyes)
+        goodbye.join();
     entries.clear();
 }
 

@@ -3,6 +3,7 @@
 #include "core/dev_probe.h"
 
 #include <chrono>
+#include <condition_variable>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -18,20 +19,47 @@ struct DeviceEntry {
     std::int32_t deviceType = 0;         ///< Index of the family's first row in `deviceCatalogue`.
     void* host = nullptr;                ///< What the factory returns: the host object's interface.
     std::string path;                    ///< Key: the factory's argument, see `registryKey`.
-    DEV_PROBE* probe = nullptr;          ///< The host object's hooks.
+    HostProbe* probe = nullptr;          ///< The host object's hooks.
     std::uint8_t backgroundAtCreate = 0; ///< Whether the library was in background mode.
     std::uint8_t unplugged = 0;          ///< 1: the device has gone, and the object is on its way out.
     /// When the factory began to open the device: an older notice of its removal means another plug.
     std::chrono::steady_clock::time_point opened{};
 };
 
-/// The host objects in use, in order of creation. All access goes through `mutex`; factories hold it for
-/// their whole call, so that constructors run one at a time and a path never gets two objects.
+/// The host objects in use, in order of creation. All access goes through `mutex`. A factory leaves it while it
+/// makes an object, having put a reservation in the object's place: a path never gets two objects, and a device
+/// that does not answer holds back nobody but those who want it.
 class Registry {
 public:
     using Clock = std::chrono::steady_clock;
 
     std::mutex mutex;
+
+    /// The place of an object that is being made. Made and destroyed with `mutex` held.
+    class Reservation {
+    public:
+        Reservation(Registry& registry, std::string path);
+        ~Reservation();
+        Reservation(const Reservation&) = delete;
+        Reservation& operator=(const Reservation&) = delete;
+
+        /// Whether the library has ended since: the object has come too late.
+        bool late() const { return exits != registry.exits; }
+
+        const std::string path;
+        const Clock::time_point opened = Clock::now(); ///< As in `DeviceEntry`.
+        bool gone = false;                             ///< The device has gone meanwhile.
+
+    private:
+        Registry& registry;
+        const unsigned exits;
+    };
+
+    /// Waits while an object of this path is being made. `lock` holds `mutex`, and is free meanwhile.
+    void waitUntilMade(std::unique_lock<std::mutex>& lock, std::string_view path);
+
+    /// The objects that are being made. Valid while `mutex` is held.
+    const std::vector<Reservation*>& beingMade() const { return reservations; }
 
     /// The entry of a path, byte by byte; null when there is none. Valid while `mutex` is held.
     DeviceEntry* find(std::string_view path);
@@ -47,14 +75,18 @@ public:
     /// Takes an entry out. Its host object stays in the world: hosts may call it to the end of the process.
     void remove(const DeviceEntry* entry);
 
-    /// Runs `device_exit` of every entry in order, with the device still there unless it is known to have
-    /// gone, and empties the registry.
+    /// Ends every entry as `device_exit` does, with the device still there unless it is known to have gone, and
+    /// empties the registry. The log lines stand in order; the goodbyes run side by side, so that it takes as long
+    /// as the slowest device.
     void exitAll();
 
     std::size_t size() const { return entries.size(); }
 
 private:
     std::vector<std::unique_ptr<DeviceEntry>> entries;
+    std::vector<Reservation*> reservations;
+    std::condition_variable changed; ///< A reservation has ended.
+    unsigned exits = 0;              ///< How often the library has ended.
     std::vector<void*> retiredHosts;
 };
 

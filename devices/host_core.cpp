@@ -3,8 +3,10 @@
 #include "core/log.h"
 #include "core/registry.h"
 #include "core/state.h"
+#include "transport/device_closer.h"
 #include "transport/device_path.h"
 
+#include <exception>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -15,6 +17,18 @@ namespace {
 
 constexpr std::chrono::milliseconds callGrace{2000};
 constexpr std::chrono::milliseconds threadGrace{150};
+
+/// Makes a host object. What the system has no room for, such as a thread, lets the device count as one that
+/// cannot be opened: nothing is thrown at hosts.
+MadeHost makeOrNot(MadeHost (*make)(const std::string& path), const std::string& path)
+{
+    try {
+        return make(path);
+    } catch (const std::exception&) {
+        debugText("init fail\n");
+        return {};
+    }
+}
 
 } // namespace
 
@@ -131,22 +145,34 @@ void* findOrMakeHost(const ModelRow& model, const char* path, int line,
     logCall(model.logCategory, "PYRUX::" + std::string(model.exportName), line);
     const std::string key = registryKey(path ? path : "");
     Registry& all = registry();
-    const std::lock_guard lock(all.mutex);
+    std::unique_lock lock(all.mutex);
+    all.waitUntilMade(lock, key);
     if (const DeviceEntry* entry = all.find(key)) {
         log(model.logCategory, "return object already create");
         return entry->host;
     }
-    const auto opened = Registry::Clock::now();
-    const MadeHost made = make(key);
+    Registry::Reservation place(all, key);
+    lock.unlock();
+    const MadeHost made = makeOrNot(make, key);
+    lock.lock();
     if (!made.core)
         return nullptr;
+    if (place.late()) {
+        lock.unlock();
+        made.core->announceExit();
+        made.core->shutDown(false);
+        lock.lock();
+        return nullptr;
+    }
     all.add({.model = model.model,
              .deviceType = model.deviceType,
              .host = made.interface,
              .path = key,
              .probe = made.core,
              .backgroundAtCreate = backgroundMode != 0,
-             .opened = opened});
+             .opened = place.opened});
+    if (place.gone)
+        closeDeviceByPath(key);
     return made.interface;
 }
 

@@ -118,8 +118,10 @@ void getDGVersion(const char* path, std::uint16_t* version)
     const auto row = std::ranges::find_if(deviceCatalogue, [&](const DeviceRow& one) {
         return one.vid == identity.vid && one.pid == identity.pid;
     });
-    if (row == deviceCatalogue.end())
+    if (row == deviceCatalogue.end()) {
+        consoleLine("is not a dongle dev:");
         return;
+    }
     const std::uint32_t word = DongleDeviceManger::instance().versionWord(row->name);
     version[0] = std::uint16_t(word);
     version[1] = std::uint16_t(word >> 16);

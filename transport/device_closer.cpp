@@ -99,9 +99,14 @@ void DeviceCloser::takeRemovals(std::unique_lock<std::mutex>& lock)
 
 void DeviceCloser::beginExit(const Removal& removal)
 {
+    const auto concerns = [&](const auto& object) {
+        return object.opened <= removal.noticed && upperCased(withoutDongleMark(object.path)) == removal.path;
+    };
+    for (Registry::Reservation* place : registry().beingMade())
+        if (concerns(*place))
+            place->gone = true; // its factory closes it as soon as it is made
     for (DeviceEntry* entry : registry().all()) {
-        if (entry->unplugged || entry->opened > removal.noticed ||
-            upperCased(withoutDongleMark(entry->path)) != removal.path)
+        if (entry->unplugged || !concerns(*entry))
             continue;
         const std::uint8_t unplugged = 1;
         entry->unplugged = unplugged;

@@ -22,7 +22,6 @@ ReaderRules readerRules(const LinkRules& rules)
 {
     return {.reportSize = rules.reportSize,
             .survivedFailures = rules.survivedFailures,
-            .polledPause = rules.polledPause,
             .failureText = rules.failureText.empty() ? std::string(rules.model.model).append(" USB fail")
                                                      : std::string(rules.failureText),
             .logCategory = rules.failureLogged ? std::optional(rules.model.logCategory) : std::nullopt};

@@ -34,7 +34,6 @@ struct LinkRules {
     bool runningMatchCount = false;                  ///< See `ExchangeRules`.
     std::chrono::milliseconds gap{0};                ///< Between commands; 0 for none.
     int survivedFailures = 30;                       ///< Failed reads; the next one ends the reader.
-    std::chrono::milliseconds polledPause{0};        ///< Between looks at a polled channel.
     /// The queue's pause between frames, in ms; none: the device has no queue.
     std::optional<std::int32_t> paceMs{};
 };

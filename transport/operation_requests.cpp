@@ -17,12 +17,11 @@ LinkRules operationLinkRules(const ModelRow& model)
 {
     return {.model = model,
             .failureLogged = false,
-            .mode = usbHid::Mode::polled,
+            .mode = usbHid::Mode::timed,
             .wait = std::chrono::milliseconds(1000),
             .timeoutText = "cannot receive",
             .runningMatchCount = true, // deliberate: a match may begin in the request before
-            .survivedFailures = 29,    // the 30th ends the reader
-            .polledPause = std::chrono::milliseconds(5)};
+            .survivedFailures = 29};   // the 30th ends the reader
 }
 
 _error OperationRequests::request(std::string_view operation, const Report& command, Reply& reply)

@@ -25,7 +25,7 @@ usbHid::~usbHid()
 bool usbHid::open(Mode wanted)
 {
     std::shared_ptr<HidHandle> opened =
-        HidHandle::open(std::string(withoutDongleMark(path_)), wanted == Mode::polled);
+        HidHandle::open(std::string(withoutDongleMark(path_)), wanted != Mode::blocking);
     const std::lock_guard lock(handleMutex);
     mode = wanted;
     handle = std::move(opened);

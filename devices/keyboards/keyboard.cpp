@@ -112,6 +112,7 @@ private:
 
 Keyboard::Keyboard(const std::string& path, const KeyboardLayout& layout)
     : NotifyingDevice(path, {.model = layout.model,
+                             .mode = usbHid::Mode::timed,
                              .wait = std::chrono::milliseconds(3000),
                              .runningMatchCount = true,
                              .paceMs = firstPaceMs}),

@@ -20,7 +20,7 @@ namespace pyrux {
 struct ControllerTraits {
     const ModelRow& model;
     std::string_view failureText{}; ///< As in `LinkRules`.
-    usbHid::Mode mode = usbHid::Mode::polled;
+    usbHid::Mode mode = usbHid::Mode::timed;
     std::int32_t paceMs = slowPaceMs;     ///< Of the queue, from the start.
     std::chrono::milliseconds wait{1000}; ///< For a reply.
     std::chrono::milliseconds gap{0};     ///< Between requests; 0 for none.

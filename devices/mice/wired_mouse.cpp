@@ -626,7 +626,9 @@ _error WiredMouse::setPerformance(const PerformanceRecord* record)
     // Deliberate: all other bytes of the bank are written as zeros.
     if (set(cmd::setBank.at(13, bank ? (*bank)[12] : record->currentLevel).at(17, record->settingBank)))
         return E_INVALID_SET;
-    return setSystemPointer(record->pointerSpeed, record->doubleClickSpeed) ? E_OK : E_INVALID_SET;
+    if (!setSystemPointer(record->pointerSpeed, record->doubleClickSpeed))
+        log(traits.model.logCategory, "the system refuses pointer speed and double-click time");
+    return E_OK; // the device has taken everything
 }
 
 _error WiredMouse::getPerformance(PerformanceRecord* record)

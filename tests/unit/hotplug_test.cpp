@@ -295,7 +295,7 @@ TEST_F(Hotplug, marksAHeadsetWhoseDriverIsAnothers)
 }
 
 /// A host object that tells what the core does with it.
-class Probe final : public DEV_PROBE {
+class Probe final : public HostProbe {
 public:
     std::int32_t device_pre_exit(const std::uint8_t*) override
     {
@@ -311,6 +311,8 @@ public:
         exit.set_value(*flag);
         return 0;
     }
+    void announceExit() override {}
+    void shutDown(bool) override {}
     std::promise<void> preExit;
     std::promise<int> exit;
     bool held = false;

@@ -96,7 +96,7 @@ TEST(GlowHub2Audio, tellsTheHostThatTheSoundHasChanged)
         const GlowHub2Notify record = told.get_future().get();
         EXPECT_EQ(hex({reinterpret_cast<const std::uint8_t*>(&record), sizeof record}),
                   "02 00 00 01 00 01 00 00 01 00 01");
-        EXPECT_TRUE(hub.endThreads(20s));
+        EXPECT_TRUE(hub.endThreads(std::chrono::steady_clock::now() + 20s));
         EXPECT_FALSE(postThreadMessage(hub.messages.id(), {2}));
     }
     sim::unplug(path);

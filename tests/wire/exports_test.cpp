@@ -126,7 +126,8 @@ TEST(GetDGVersion, tellsReceiversFromDevices)
                              Case{"VID_3A7E&PID_012F&MI_01", "is not a dongle dev:RD210\n"},
                              Case{"VID_3A7E&PID_0149&MI_01", "is not a dongle dev:QT122B\n"},
                              Case{"VID_3A7E&PID_1000", "is not a dongle dev:FZ140\n"},
-                             Case{"VID_3A7E&PID_9999&MI_01", ""}, Case{"vid_3a7e&pid_012f&mi_01", ""}}) {
+                             Case{"VID_3A7E&PID_9999&MI_01", "is not a dongle dev:\n"},
+                             Case{"vid_3a7e&pid_012f&mi_01", "is not a dongle dev:\n"}}) {
         std::array<std::uint16_t, 2> version{0xEEEE, 0xEEEE};
         EXPECT_EQ(consoleOf([&] { getDGVersion(pathOf(each.identity).c_str(), version.data()); }),
                   each.console);

@@ -177,12 +177,12 @@ TYPED_TEST(LedMouseEffects, leaveASpeedThatNoIndexHasAsItIs)
     EXPECT_EQ(this->effectOf(1, "01 00 20").speed, 0);
 }
 
-TYPED_TEST(LedMouseEffects, refuseTheAnswerToAnotherModesQuestion)
+TYPED_TEST(LedMouseEffects, takeAReplyThatNamesAnotherMode)
 {
-    this->mouse.device->answer("52 2B", "52 2B 00 00 02 32 00 FF FF 40 11 22 33");
+    this->mouse.device->answer("52 2B", "52 2B 00 00 02 37 80 FF FF 40 11 22 33");
     MouseEffectRecord effect{1, 0xE1, 0xE2, 0xE3, 0xE4, 0xE5, 0xE6};
-    EXPECT_EQ(this->mouse->getGeneralEffect(&effect), E_INVALID_GET);
-    EXPECT_EQ(hex({reinterpret_cast<const std::uint8_t*>(&effect), sizeof effect}), "01 E1 E2 E3 E4 E5 E6");
+    EXPECT_EQ(this->mouse->getGeneralEffect(&effect), E_OK);
+    EXPECT_EQ(hex({reinterpret_cast<const std::uint8_t*>(&effect), sizeof effect}), "01 02 01 40 11 22 33");
 }
 
 TYPED_TEST(LedMouseEffects, setTheCustomColors)
