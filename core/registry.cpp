@@ -1,7 +1,8 @@
 #include "core/registry.h"
 
+#include "platform/threads.h"
+
 #include <algorithm>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -76,15 +77,14 @@ void Registry::exitAll()
         const auto shutDown = [&probe = *entry->probe, unplugged = entry->unplugged != 0] {
             probe.shutDown(unplugged);
         };
-        try {
-            goodbyes.emplace_back(shutDown);
-        } catch (const std::system_error&) {
+        goodbyes.push_back(platform::startThread(shutDown));
+        if (!goodbyes.back().joinable())
             shutDown(); // one after the other is better than never
-        }
         retiredHosts.push_back(entry->host);
     }
     for (std::thread& goodbye : goodbyes)
-        goodbye.join();
+        if (goodbye.joinable())
+            goodbye.join();
     entries.clear();
 }
 

@@ -3,6 +3,7 @@
 #include "core/log.h"
 #include "core/registry.h"
 #include "core/state.h"
+#include "platform/threads.h"
 #include "transport/device_closer.h"
 #include "transport/device_path.h"
 
@@ -87,10 +88,13 @@ std::int32_t HostCore::device_pre_exit(const std::uint8_t*)
 {
     logOwn(__func__, __LINE__);
     calls.enter();
-    if (!leaving)
-        if (ProtocolObject* target = device)
-            target->noteClosed();
     closed = 1;
+    if (!leaving)
+        if (ProtocolObject* target = device) {
+            target->setUnplugged(true);
+            target->noteClosed();
+            target->abort(); // a device that has gone answers nobody
+        }
     calls.leave();
     return 0;
 }
@@ -130,13 +134,16 @@ void HostCore::shutDown(bool unplugged)
         return;
     }
     // A callback of the host has the reader thread, and may even be where this call comes from. The rest
-    // waits for it elsewhere, on a thread that owns all that it uses.
-    std::thread([this, rest = std::move(owned)]() mutable {
+    // waits for it elsewhere, on a thread that owns all that it uses. Without room for that thread it stays: what
+    // is left of the device is quiet and unreachable.
+    std::thread last = platform::startThread([this, rest = owned.release()] {
         while (!calls.drain(std::chrono::hours(1))) {
         }
         device = nullptr;
-        rest.reset();
-    }).detach();
+        delete rest;
+    });
+    if (last.joinable())
+        last.detach();
 }
 
 void* findOrMakeHost(const ModelRow& model, const char* path, int line,

@@ -31,9 +31,9 @@ ReaderRules readerRules(const LinkRules& rules)
 
 DeviceLink::DeviceLink(const std::string& path, const LinkRules& rules, Clock& clock)
     : channel(path), exchange(channel, exchangeRules(rules), clock), reportSize(rules.reportSize),
-      wasOpened(channel.open(rules.mode)), reader(channel, readerRules(rules))
+      usable(channel.open(rules.mode)), reader(channel, readerRules(rules))
 {
-    if (!wasOpened || !rules.paceMs)
+    if (!usable || !rules.paceMs)
         return;
     frames.emplace(clock);
     frames->paceDelayMs = *rules.paceMs;
@@ -43,7 +43,7 @@ DeviceLink::DeviceLink(const std::string& path, const LinkRules& rules, Clock& c
 
 void DeviceLink::start(std::function<void(const Reply&)> take)
 {
-    reader.start(std::move(take));
+    usable = reader.start(std::move(take), [this] { exchange.endReplies(); });
 }
 
 void DeviceLink::write(std::initializer_list<Report> commands)

@@ -49,7 +49,7 @@ public:
     DeviceLink& operator=(const DeviceLink&) = delete;
 
     /// Whether the path could be opened.
-    bool opened() const { return wasOpened; }
+    bool opened() const { return usable; }
 
     /// Whether commands can still be sent.
     bool isOpen() const { return channel.isOpen(); }
@@ -58,7 +58,8 @@ public:
     bool unplugged() const { return gone; }
 
     /// Starts the reader; `take` gets each input report on its thread. Whoever gives one that uses what goes
-    /// before the link stops the reader with `stop` first.
+    /// before the link stops the reader with `stop` first. Where the system has no room for a thread, the path
+    /// counts as one that could not be opened.
     void start(std::function<void(const Reply&)> take);
     void stop() { reader.stop(); }
 
@@ -110,9 +111,6 @@ public:
     /// Whether commands end at once, because of `abort`.
     bool aborted() const { return exchange.aborted(); }
 
-    /// Whether the reader has given up.
-    bool readerEnded() const { return reader.ended(); }
-
     // The end, as `ProtocolObject` has it.
 
     void setUnplugged(bool unplugged);
@@ -131,7 +129,7 @@ public:
 private:
     const std::size_t reportSize;
     std::atomic<bool> gone{false};
-    bool wasOpened = false;
+    bool usable = false;
     std::optional<CmdQueue> frames; // goes before the channel that it writes to
     ReaderThread reader;
 };

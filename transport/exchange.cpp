@@ -33,9 +33,10 @@ _error Exchange::exchange(std::span<const std::uint8_t> command, std::span<const
         lastWriteTick = clock.now();
         turn.unlock();
     }
-    lookBriefly([&] { return entry.answered || ended; });
+    const auto done = [&] { return entry.answered || ended || deaf; };
+    lookBriefly(done);
     std::unique_lock lock(mutex);
-    entry.changed.wait_for(lock, rules.wait, [&] { return entry.answered || ended; });
+    entry.changed.wait_for(lock, rules.wait, done);
     std::erase(pending, &entry);
     lock.unlock();
     if (entry.answered)
@@ -83,6 +84,14 @@ bool Exchange::deliver(const Reply& reply)
             break;
     }
     return taken;
+}
+
+void Exchange::endReplies()
+{
+    const std::lock_guard lock(mutex);
+    deaf = true;
+    for (Pending* entry : pending)
+        entry->changed.notify_one();
 }
 
 void Exchange::abort()

@@ -70,6 +70,9 @@ public:
     void resume() { ended = false; }
     bool aborted() const { return ended; }
 
+    /// Nobody reads any more: commands, also those that wait, go on without a reply at once.
+    void endReplies();
+
 private:
     struct Pending;
 
@@ -82,6 +85,7 @@ private:
     std::mutex mutex;
     std::vector<Pending*> pending;
     std::atomic<bool> ended{false};
+    std::atomic<bool> deaf{false}; ///< Set by `endReplies`.
 
     std::mutex turnMutex; ///< Held while a command with a gap is written. Taken before `mutex`.
     std::condition_variable turnChanged;

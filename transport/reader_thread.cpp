@@ -9,13 +9,15 @@
 
 namespace pyrux {
 
-bool ReaderThread::start(std::function<void(const Reply&)> take)
+bool ReaderThread::start(std::function<void(const Reply&)> take, std::function<void()> ended)
 {
     running = true;
     finished = false;
-    thread = platform::startThread([this, take = std::move(take)] {
+    thread = platform::startThread([this, take = std::move(take), ended = std::move(ended)] {
         run(take);
         running = false;
+        if (ended)
+            ended();
         const std::lock_guard lock(mutex);
         finished = true;
         changed.notify_all();

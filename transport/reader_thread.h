@@ -34,10 +34,10 @@ public:
     ReaderThread(const ReaderThread&) = delete;
     ReaderThread& operator=(const ReaderThread&) = delete;
 
-    /// Starts the thread; `take` gets each input report on it.
+    /// Starts the thread; `take` gets each input report on it, `ended` is called at its end.
     /// @return false: the system has no room for a thread. The channel is closed then, so that calls end with
     ///         E_NOT_OPEN in place of waiting for replies that nobody reads
-    bool start(std::function<void(const Reply&)> take);
+    bool start(std::function<void(const Reply&)> take, std::function<void()> ended = {});
 
     /// Ends the thread, which takes at most one slice of a blocking read, or as long as what it hands its
     /// reports to. Not to be called on the thread itself.

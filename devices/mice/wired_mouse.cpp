@@ -68,6 +68,7 @@ constexpr std::size_t eventsPerChunk = 15;
 constexpr std::size_t eventsLastChunk = 5;
 constexpr std::size_t eventsInFullChunks = 195;
 constexpr std::size_t mostEvents = 198;
+constexpr int chunkTries = 3; // of one chunk
 constexpr std::size_t bytesPerEvent = 4;
 constexpr MouseMacroEvent endEvent{.code = 0, .kind = 3, .delay = 0xFFFF};
 
@@ -550,10 +551,10 @@ _error WiredMouse::readMacro(MouseMacroRecord& macro)
     return E_OK;
 }
 
-/// Asks for a chunk until it comes: for as long as the device is there.
+/// Asks for a chunk until it comes, but a silent device only so many times.
 std::optional<Reply> WiredMouse::readMacroChunk(const Report& command)
 {
-    while (!closed && link.isOpen() && !link.readerEnded() && !link.aborted()) {
+    for (int tries = 0; tries < chunkTries && !closed && !link.aborted(); ++tries) {
         Reply reply;
         if (!get(command, reply, 3))
             return reply;

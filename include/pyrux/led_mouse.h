@@ -140,7 +140,7 @@ struct LED_MOUSE_Base : DEV_LIGHTING {
 
     /// Slot 23. Reads a button's macro; mode 3 says that there is none.
     /// @param macro  `button` filled in by the caller
-    /// @note A part of the macro that does not arrive is asked for again for as long as the device is there.
+    /// @note A part of the macro that does not arrive is asked for three times in all.
     virtual _error getMacro(MouseMacroRecord* macro) = 0;
 
     /// Slot 24. Takes a button's macro away.

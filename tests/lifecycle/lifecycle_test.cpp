@@ -3,6 +3,7 @@
 #include "tests/support/debug_capture.h"
 #include "tests/support/debug_log.h"
 #include "tests/support/isolated.h"
+#include "tests/support/keyboard.h"
 #include "tests/support/mouse.h"
 #include "tests/support/pipe_peer.h"
 
@@ -153,7 +154,7 @@ ISOLATED_TEST(Exit, letsASecondThreadWait)
 ISOLATED_TEST(Exit, letsASecondThreadWaitForTenSeconds)
 {
     // A goodbye of three commands, each of which takes 1 s to write and 3 s without a reply.
-    const ScriptedKeyboard keyboard;
+    const KeyboardOf<QW210Model> keyboard;
     keyboard.device->silence("41");
     sim::setConduct(keyboard.path, {.writeTime = std::chrono::seconds(20)});
     auto first = std::async(std::launch::async, [] { return pyrux_exit(); });
