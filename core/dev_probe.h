@@ -26,8 +26,8 @@ protected:
     ~DEV_PROBE() = default;
 };
 
-/// The two halves of `device_exit`, for the end of the library: it announces all devices' exits in order, then
-/// lets their goodbyes run side by side.
+/// The two halves of `device_exit`, for the end of the library: it announces all devices' exits in order,
+/// then lets their goodbyes run side by side.
 class HostProbe : public DEV_PROBE {
 public:
     virtual void announceExit() = 0; ///< Writes the log lines.

@@ -26,9 +26,9 @@ struct DeviceEntry {
     std::chrono::steady_clock::time_point opened{};
 };
 
-/// The host objects in use, in order of creation. All access goes through `mutex`. A factory leaves it while it
-/// makes an object, having put a reservation in the object's place: a path never gets two objects, and a device
-/// that does not answer holds back nobody but those who want it.
+/// The host objects in use, in order of creation. All access goes through `mutex`. A factory leaves it while
+/// it makes an object, having put a reservation in the object's place: a path never gets two objects, and a
+/// device that does not answer holds back nobody but those who want it.
 class Registry {
 public:
     using Clock = std::chrono::steady_clock;
@@ -75,9 +75,9 @@ public:
     /// Takes an entry out. Its host object stays in the world: hosts may call it to the end of the process.
     void remove(const DeviceEntry* entry);
 
-    /// Ends every entry as `device_exit` does, with the device still there unless it is known to have gone, and
-    /// empties the registry. The log lines stand in order; the goodbyes run side by side, so that it takes as long
-    /// as the slowest device.
+    /// Ends every entry as `device_exit` does, with the device still there unless it is known to have gone,
+    /// and empties the registry. The log lines stand in order; the goodbyes run side by side, so that it
+    /// takes as long as the slowest device.
     void exitAll();
 
     std::size_t size() const { return entries.size(); }

@@ -47,7 +47,8 @@ HostCore::Call::Call(HostCore& host) : host(host)
 _error HostCore::Call::finish(_error result) const
 {
     log(host.model.logCategory, [&] {
-        return fullName(host.model, operation) + ", ret = " + std::to_string(static_cast<std::int32_t>(result));
+        return fullName(host.model, operation) +
+               ", ret = " + std::to_string(static_cast<std::int32_t>(result));
     });
     return result;
 }
@@ -134,8 +135,8 @@ void HostCore::shutDown(bool unplugged)
         return;
     }
     // A callback of the host has the reader thread, and may even be where this call comes from. The rest
-    // waits for it elsewhere, on a thread that owns all that it uses. Without room for that thread it stays: what
-    // is left of the device is quiet and unreachable.
+    // waits for it elsewhere, on a thread that owns all that it uses. Without room for that thread it stays:
+    // what is left of the device is quiet and unreachable.
     std::thread last = platform::startThread([this, rest = owned.release()] {
         while (!calls.drain(std::chrono::hours(1))) {
         }

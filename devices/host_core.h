@@ -16,8 +16,8 @@
 namespace pyrux {
 
 /// What all host objects do alike, whatever their interface: the core's hooks, the three fields that a host
-/// may know of, the log and the closed check around each call, and the end. A host object is never freed; what
-/// it owns goes with `exit_device`.
+/// may know of, the log and the closed check around each call, and the end. A host object is never freed;
+/// what it owns goes with `exit_device`.
 class HostCore : public HostProbe {
 public:
     HostCore(const HostCore&) = delete;
@@ -31,7 +31,8 @@ public:
     /// What the protocol object said of its opening.
     std::int32_t openFailure() const { return openFailed; }
 
-    /// Says that the device could not be opened, and logs the destructor: the object of a failed call goes then.
+    /// Says that the device could not be opened, and logs the destructor: the object of a failed call goes
+    /// then.
     void logFailedOpening() const;
 
 protected:

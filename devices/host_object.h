@@ -18,10 +18,14 @@ template <class Device>
 concept ProtocolClass =
     std::derived_from<Device, ProtocolObject> && std::same_as<decltype(Device::model), const ModelRow&>;
 
-/// A protocol class that decides from the path what it makes, such as one for the cable and one for the receiver.
+/// A protocol class that decides from the path what it makes, such as one for the cable and one for the
+/// receiver.
 template <class Device>
-concept MadeByPath = requires(const std::string& path) {
-    { Device::make(path) } -> std::convertible_to<std::unique_ptr<ProtocolObject>>;
+concept MadeByPath = requires(const std::string& path)
+{
+    {
+        Device::make(path)
+        } -> std::convertible_to<std::unique_ptr<ProtocolObject>>;
 };
 
 /// Forwards a call of a host operation to the protocol object: name and line are logged on entry, a closed

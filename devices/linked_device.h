@@ -79,7 +79,8 @@ protected:
     void tell(const DeviceEvent<Record>& event, const Reply& report)
     {
         if (!event.text.empty())
-            debugText((event.text.front() == ' ' ? std::string(this->row.model) : std::string()).append(event.text));
+            debugText((event.text.front() == ' ' ? std::string(this->row.model) : std::string())
+                          .append(event.text));
         if (event.acknowledgement)
             this->link.write(*event.acknowledgement);
         tell(event.record(report));

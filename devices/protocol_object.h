@@ -17,7 +17,8 @@ public:
     /// factory gives a closed object that stays in the registry until its device goes.
     virtual std::int32_t openFailed() const = 0;
 
-    virtual void setUnplugged(bool gone) = 0; ///< Whether the device has gone: nothing is sent to it any more.
+    virtual void
+    setUnplugged(bool gone) = 0; ///< Whether the device has gone: nothing is sent to it any more.
     virtual void noteClosed() {} ///< The host object is closed: operations that go on by themselves end.
     virtual void abort() = 0;    ///< Waiting commands end with E_NOT_OPEN.
     virtual void sayGoodbye() {} ///< Sends the goodbye commands, unless the device has gone.

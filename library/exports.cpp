@@ -1,9 +1,9 @@
 #include "pyrux/pyrux.h"
 
 #include "core/catalogue.h"
-#include "library/lifecycle.h"
 #include "core/log.h"
 #include "core/state.h"
+#include "library/lifecycle.h"
 #include "platform/folders.h"
 #include "platform/profile_file.h"
 #include "services/resident_service.h"

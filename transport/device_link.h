@@ -24,9 +24,9 @@ namespace pyrux {
 
 /// What tells the link of one model from another's.
 struct LinkRules {
-    const ModelRow& model;              ///< Whose category the log lines have.
-    std::string_view failureText{};     ///< Told when the reader gives up; empty: "<model> USB fail".
-    bool failureLogged = true;          ///< It is logged; otherwise it goes to the debug output alone.
+    const ModelRow& model;          ///< Whose category the log lines have.
+    std::string_view failureText{}; ///< Told when the reader gives up; empty: "<model> USB fail".
+    bool failureLogged = true;      ///< It is logged; otherwise it goes to the debug output alone.
     usbHid::Mode mode = usbHid::Mode::blocking;
     std::size_t reportSize = Report::size; ///< Bytes of a command and of a read, the report id included.
     std::chrono::milliseconds wait{2000};  ///< For a reply.
@@ -58,8 +58,8 @@ public:
     bool unplugged() const { return gone; }
 
     /// Starts the reader; `take` gets each input report on its thread. Whoever gives one that uses what goes
-    /// before the link stops the reader with `stop` first. Where the system has no room for a thread, the path
-    /// counts as one that could not be opened.
+    /// before the link stops the reader with `stop` first. Where the system has no room for a thread, the
+    /// path counts as one that could not be opened.
     void start(std::function<void(const Reply&)> take);
     void stop() { reader.stop(); }
 

@@ -76,7 +76,8 @@ public:
 private:
     struct Pending;
 
-    _error exchange(std::span<const std::uint8_t> command, std::span<const std::uint8_t> pattern, Reply& reply);
+    _error exchange(std::span<const std::uint8_t> command, std::span<const std::uint8_t> pattern,
+                    Reply& reply);
     std::unique_lock<std::mutex> takeTurn();
 
     usbHid& channel;

@@ -15,8 +15,8 @@ namespace pyrux {
 /// How a link works over which the frames `80 cmd op` go: operation 1 reads, 2 writes.
 LinkRules operationLinkRules(const ModelRow& model);
 
-/// Sends a read and hands its reply to `take`, if that begins `80 answer 03`. Deliberate: what `take` sets stays as
-/// it was for another reply, and that is no error.
+/// Sends a read and hands its reply to `take`, if that begins `80 answer 03`. Deliberate: what `take` sets
+/// stays as it was for another reply, and that is no error.
 template <class Take>
 _error readOperation(DeviceLink& link, const Report& command, std::uint8_t answer, Take take)
 {

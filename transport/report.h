@@ -73,8 +73,8 @@ using Report = ReportOf<65>;
 /// The report of the devices that take and send 512 bytes.
 using WideReport = ReportOf<513>;
 
-/// An input report: up to the bytes of the widest one, counted from 0, zeros after what the device has sent. A
-/// read outside gives 0.
+/// An input report: up to the bytes of the widest one, counted from 0, zeros after what the device has sent.
+/// A read outside gives 0.
 class Reply {
 public:
     static constexpr std::size_t size = WideReport::size;

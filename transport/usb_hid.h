@@ -20,8 +20,8 @@ constexpr int nothingRead = 404;
 /// once; a closed one stays closed.
 class usbHid {
 public:
-    /// How the handle is opened, and what a read that finds nothing does: it waits, returns at once, or waits on a
-    /// handle that does not block by itself.
+    /// How the handle is opened, and what a read that finds nothing does: it waits, returns at once, or waits
+    /// on a handle that does not block by itself.
     enum class Mode { blocking, polled, timed };
 
     /// @param path  the device path; "&ISDONGLE" at its end, in any case, is not part of what is opened

@@ -83,8 +83,7 @@ _error EffectMemory::store(const EffectCache& cache)
     }
     // Deliberate: always as many pages, whatever the image's size; a longer one is cut.
     for (std::size_t page = 0; page < layout.pages; ++page)
-        if (const _error failure =
-                link.get(pageOf(cmd::setPage, image->memory, page), reply, numberedMatch))
+        if (const _error failure = link.get(pageOf(cmd::setPage, image->memory, page), reply, numberedMatch))
             return failure;
     return E_OK;
 }
@@ -101,8 +100,7 @@ _error EffectMemory::preview(std::uint8_t effect, const EffectData& data)
         return failure;
     // Deliberate: an image of whole pages has one more, empty page behind it.
     for (std::size_t page = 0; page <= image->size() / pageBytes; ++page)
-        if (const _error failure =
-                link.get(pageOf(cmd::setPreviewPage, *image, page), reply, numberedMatch))
+        if (const _error failure = link.get(pageOf(cmd::setPreviewPage, *image, page), reply, numberedMatch))
             return failure;
     link.get(keys::editOn, reply);
     link.get(keys::showPreview, reply);

@@ -77,8 +77,8 @@ public:
 private:
     static constexpr std::size_t profiles = 5;
     static constexpr std::size_t plainMatch = DeviceLink::plainMatch; ///< A reply repeats the command,
-    static constexpr std::size_t numberedMatch = 3; ///< its index or page too,
-    static constexpr std::size_t mappingMatch = 4;  ///< or the first byte of an action.
+    static constexpr std::size_t numberedMatch = 3;                   ///< its index or page too,
+    static constexpr std::size_t mappingMatch = 4;                    ///< or the first byte of an action.
 
     _error get(const Report& command, Reply& reply, std::size_t matchLength = plainMatch);
     _error set(const Report& command, std::size_t matchLength = plainMatch);

@@ -1,7 +1,7 @@
 #include "devices/lighting/glow_hub.h"
 
-#include "transport/multi_frame.h"
 #include "pyrux/pyrux.h"
+#include "transport/multi_frame.h"
 
 #include <algorithm>
 #include <span>

@@ -68,8 +68,8 @@ protected:
     /// Which of the two a report goes to that would suit both.
     enum class First { requests, events };
 
-    NotifyingController(const std::string& path, const ControllerTraits& traits, std::span<const Event> events,
-                        First first = First::requests)
+    NotifyingController(const std::string& path, const ControllerTraits& traits,
+                        std::span<const Event> events, First first = First::requests)
         : NotifyingDevice<void (*)(Record), LightingController>(path, traits), table(events), first(first)
     {
         if (this->link.opened())

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "devices/host_object.h"
-#include "transport/operation_requests.h"
 #include "devices/lighting/lighting_controller.h"
 #include "pyrux/play_dock.h"
+#include "transport/operation_requests.h"
 
 #include <cstdint>
 #include <string>

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "devices/host_object.h"
-#include "transport/operation_requests.h"
 #include "devices/lighting/lighting_controller.h"
 #include "pyrux/strandhub.h"
 #include "transport/notify.h"
+#include "transport/operation_requests.h"
 #include "transport/report.h"
 
 #include <array>

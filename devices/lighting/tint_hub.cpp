@@ -60,9 +60,8 @@ constexpr Codes brightnessCodes{63, 90, 127, 153, 255};
 constexpr Codes dimmerCodes{63, 90, 127, 153, 223};
 constexpr std::uint8_t dimmerMode = 2; // it also has colours of its own
 
-constexpr ControllerTraits traits{.model = TINT_HUB::model,
-                                  .mode = usbHid::Mode::blocking,
-                                  .wait = std::chrono::milliseconds(1500)};
+constexpr ControllerTraits traits{
+    .model = TINT_HUB::model, .mode = usbHid::Mode::blocking, .wait = std::chrono::milliseconds(1500)};
 
 const SpeedTable* speedTable(std::uint8_t mode)
 {

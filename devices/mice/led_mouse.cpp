@@ -13,7 +13,8 @@ constexpr Report profileAck{0x42, 0x10, 0x00, 0x00, 0x01, 0x00, 0x00, 0x01, 0x01
 constexpr Report dpiOn{0x42, 0x00, 0x40, 0x00, 0x01};
 constexpr Report dpiAck{0x42, 0x10, 0x40, 0x00, 0x01};
 constexpr Report setEffectMode{0x51, 0x28}; // 5: mode
-constexpr Report setGeneralEffect{0x51, 0x2B}; // 5: mode, 6: speed, 7: direction, 10: brightness, 11 to 13: color
+constexpr Report setGeneralEffect{0x51,
+                                  0x2B}; // 5: mode, 6: speed, 7: direction, 10: brightness, 11 to 13: color
 constexpr Report setCustomEffect{0x51, 0xA8};  // 5 to 10: colors
 constexpr Report getEffectMode{0x52, 0x28};    // reply 4: mode
 constexpr Report getGeneralEffect{0x52, 0x2B}; // 5: mode; reply 4 to 12 as written in 5 to 13

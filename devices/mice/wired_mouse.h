@@ -41,7 +41,7 @@ struct MouseTraits {
     std::span<const DeviceEvent<NotifyRecord>> events;
     std::uint32_t keyDownEvent, keyUpEvent;  ///< `NotifyRecord::event` of a button.
     std::span<const std::uint8_t> keyValues; ///< `NotifyRecord::value` by button number; 0 behind its end.
-    std::atomic<bool>& shift; ///< Whether button 1 is held: one flag per model, not per device.
+    std::atomic<bool>& shift;             ///< Whether button 1 is held: one flag per model, not per device.
     std::optional<std::int32_t> paceMs{}; ///< Of the queue for frames; none: there is none.
 };
 

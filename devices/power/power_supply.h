@@ -1,7 +1,7 @@
 #pragma once
 
-#include "devices/host_object.h"
 #include "core/models.h"
+#include "devices/host_object.h"
 #include "devices/linked_device.h"
 #include "devices/power/supply_text.h"
 #include "pyrux/error.h"
@@ -24,9 +24,9 @@ namespace pyrux {
 /// What tells one digital power supply from another.
 struct SupplyTraits {
     const ModelRow& model;
-    bool powerFactorCounts;       ///< In the input power.
-    bool fanLock;                 ///< Calls that set or read the fan do not cross.
-    bool fanLog;                  ///< Fan speeds and the results of fan calls are logged.
+    bool powerFactorCounts; ///< In the input power.
+    bool fanLock;           ///< Calls that set or read the fan do not cross.
+    bool fanLog;            ///< Fan speeds and the results of fan calls are logged.
 };
 
 /// The last samples of one channel.

@@ -10,10 +10,8 @@ namespace pyrux {
 
 namespace {
 
-const SupplyTraits psuCtrlTraits{.model = PSUCTRL::model,
-                                 .powerFactorCounts = true,
-                                 .fanLock = true,
-                                 .fanLog = true};
+const SupplyTraits psuCtrlTraits{
+    .model = PSUCTRL::model, .powerFactorCounts = true, .fanLock = true, .fanLog = true};
 
 /// The lines of `getLog`. The texts are as technicians know them, commas included.
 struct LogLine {

@@ -28,7 +28,7 @@ public:
             meet->arrive_and_wait();
     }
     int number = 0;
-    std::optional<bool> left; ///< How it was shut down.
+    std::optional<bool> left;       ///< How it was shut down.
     std::barrier<>* meet = nullptr; ///< Where it waits for the others.
     static inline std::string calls;
 };
