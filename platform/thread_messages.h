@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -22,10 +23,22 @@ struct ThreadMessage {
 
 ThreadId currentThreadId();
 
-/// Puts a message behind those that a thread has waiting; messages of one sender keep their order. Safe from
-/// any thread.
-/// @return false: the thread has ended or has no queue, and the message is lost
-bool postThreadMessage(ThreadId to, const ThreadMessage& message);
+/// How a message joins those that a thread has waiting.
+enum class Post {
+    always, ///< Last, however many there are: for what must arrive, such as the word to end.
+    ifRoom, ///< Last; lost when `mostMessages` wait.
+    newest, ///< In the place of the sender's waiting one with its number, else as `ifRoom`.
+};
+
+/// A thread that does not take its messages has no more than these, beside those that must arrive.
+constexpr std::size_t mostMessages = 64;
+
+/// Gives a message to a thread; messages of one sender keep their order. Safe from any thread. On Windows the
+/// room is that of the system's queue, of which those of the kind `newest` take 64 at most.
+/// @param sender  tells apart those who post the newest of the same number
+/// @return false: the thread has ended, or has no queue or no room, and the message is lost
+bool postThreadMessage(ThreadId to, const ThreadMessage& message, Post how = Post::always,
+                       std::size_t sender = 0);
 
 /// The queue of the thread that opens it; there is one per thread. What is in it when it goes is lost. On
 /// Windows it is the thread's own queue, and messages for windows of the thread are handed to them in

@@ -21,8 +21,11 @@ void Subscribers::remove(platform::ThreadId thread)
 void Subscribers::post(const platform::ThreadMessage& message)
 {
     const std::lock_guard lock(mutex);
-    for (const platform::ThreadId thread : subscribers)
-        platform::postThreadMessage(thread, message);
+    for (auto entry = subscribers.begin(); entry != subscribers.end(); ++entry) {
+        const auto earlierOnes = std::count(subscribers.begin(), entry, *entry);
+        platform::postThreadMessage(*entry, message, platform::Post::newest,
+                                    static_cast<std::size_t>(earlierOnes));
+    }
 }
 
 Subscription::Subscription(std::shared_ptr<Subscribers> among, platform::ThreadId subscriber)

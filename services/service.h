@@ -32,7 +32,8 @@ public:
     /// Takes one entry of the thread away; after the return no further message goes to that entry.
     void remove(platform::ThreadId thread);
 
-    /// To all of them. A thread that has ended misses it and keeps its place.
+    /// To all of them, in the place of a message of its kind that a thread has not taken yet: what does not
+    /// keep up gets the newest sample. A thread that has ended misses it and keeps its place.
     void post(const platform::ThreadMessage& message);
 
 private:

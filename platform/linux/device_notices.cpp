@@ -232,7 +232,7 @@ std::unique_ptr<DeviceNotices> DeviceNotices::open(Handlers handlers)
 bool postLinkChange(std::uintptr_t status, std::uintptr_t record)
 {
     const ThreadId thread = noticeThread;
-    return thread != 0 && postThreadMessage(thread, {linkChangeNotice, status, record});
+    return thread != 0 && postThreadMessage(thread, {linkChangeNotice, status, record}, Post::ifRoom);
 }
 
 } // namespace pyrux::platform

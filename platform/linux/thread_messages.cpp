@@ -29,15 +29,12 @@ ThreadId currentThreadId()
     return static_cast<ThreadId>(syscall(SYS_gettid));
 }
 
-bool postThreadMessage(ThreadId to, const ThreadMessage& message)
+bool postThreadMessage(ThreadId to, const ThreadMessage& message, Post how, std::size_t sender)
 {
     Queues& all = queues();
     const std::lock_guard lock(all.mutex);
     const auto queue = all.byThread.find(to);
-    if (queue == all.byThread.end())
-        return false;
-    queue->second->put(message);
-    return true;
+    return queue != all.byThread.end() && queue->second->put(message, how, sender);
 }
 
 std::unique_ptr<ThreadMessages> ThreadMessages::open()
@@ -60,15 +57,28 @@ ThreadQueue::~ThreadQueue()
     std::erase_if(all.byThread, [&](const auto& one) { return one.second == this; });
 }
 
-void ThreadQueue::put(const ThreadMessage& message)
+bool ThreadQueue::put(const ThreadMessage& message, Post how, std::size_t sender)
 {
     {
         const std::lock_guard lock(mutex);
-        messages.push_back(message);
+        if (how == Post::newest) {
+            const auto older = std::ranges::find_if(messages, [&](const Waiting& one) {
+                return one.how == Post::newest && one.message.number == message.number &&
+                       one.sender == sender;
+            });
+            if (older != messages.end()) {
+                older->message = message;
+                return true;
+            }
+        }
+        if (how != Post::always && messages.size() >= mostMessages)
+            return false;
+        messages.push_back({message, how, sender});
         if (waiting)
             eventfd_write(waiting.get(), 1);
     }
     arrived.notify_one();
+    return true;
 }
 
 std::optional<ThreadMessage> ThreadQueue::take()
@@ -81,7 +91,7 @@ std::optional<ThreadMessage> ThreadQueue::wait(std::chrono::milliseconds limit)
     std::unique_lock lock(mutex);
     if (!arrived.wait_for(lock, limit, [&] { return !messages.empty(); }))
         return {};
-    const ThreadMessage message = messages.front();
+    const ThreadMessage message = messages.front().message;
     messages.pop_front();
     if (eventfd_t one = 0; waiting)
         eventfd_read(waiting.get(), &one);

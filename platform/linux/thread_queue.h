@@ -23,15 +23,23 @@ public:
     std::optional<ThreadMessage> wait(std::chrono::milliseconds limit) override;
 
     std::optional<ThreadMessage> take();
-    void put(const ThreadMessage& message);
+
+    /// False: there is no room.
+    bool put(const ThreadMessage& message, Post how, std::size_t sender);
 
     /// Readable while a message is waiting, for loops that wait for other things too. -1: none was wanted, or
     /// the system has no room for one; `wait` works all the same.
     int descriptor() const { return waiting.get(); }
 
 private:
+    struct Waiting {
+        ThreadMessage message;
+        Post how;
+        std::size_t sender;
+    };
+
     std::mutex mutex;
-    std::deque<ThreadMessage> messages;
+    std::deque<Waiting> messages;
     std::condition_variable arrived;
     FileDescriptor waiting; ///< An event counter: the number of messages.
 };

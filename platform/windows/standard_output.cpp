@@ -1,6 +1,6 @@
 #include "platform/standard_output.h"
 
-#include "platform/module.h"
+#include "platform/threads.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -8,8 +8,6 @@
 #include <io.h>
 #include <mutex>
 #include <string>
-#include <system_error>
-#include <thread>
 
 namespace pyrux::platform {
 namespace {
@@ -39,13 +37,11 @@ public:
 private:
     void start()
     {
-        try {
-            keepLoaded();
-            std::thread([this] { run(); }).detach();
-            started = true;
-        } catch (const std::system_error&) {
-            stalled = true; // nobody would take the line
-        }
+        std::thread thread = startThread([this] { run(); });
+        started = thread.joinable();
+        stalled = !started; // nobody would take the line
+        if (started)
+            thread.detach();
     }
 
     /// Past the stream, which would stay locked while the write hangs and hold up the host's exit.

@@ -170,6 +170,18 @@ TEST(Subscribers, areNotCheckedForDuplicates)
     EXPECT_EQ(receiver.takeNumbers(), Numbers{});
 }
 
+TEST(Subscribers, doesNotFloodAThreadThatTakesNothing)
+{
+    Receiver receiver;
+    Subscribers subscribers;
+    subscribers.add(receiver.id());
+    for (int i = 0; i < 20'000; ++i) {
+        subscribers.post({1035});
+        subscribers.post({1036});
+    }
+    EXPECT_EQ(receiver.takeNumbers(), (Numbers{1035, 1036}));
+}
+
 TEST(Subscribers, losesWhatEndedThreadsAreTold)
 {
     Receiver receiver;

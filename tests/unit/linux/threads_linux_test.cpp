@@ -195,5 +195,30 @@ TEST(ThreadQueues, showTheirMessagesToAPollingLoop)
     EXPECT_EQ(platform::ThreadQueue().descriptor(), -1);
 }
 
+TEST(ThreadQueues, showAReplacedMessageOnce)
+{
+    platform::ThreadQueue queue(platform::ThreadQueue::Descriptor::yes);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_TRUE(platform::postThreadMessage(platform::currentThreadId(), {1035}, platform::Post::newest));
+    pollfd ready{queue.descriptor(), POLLIN, 0};
+    EXPECT_EQ(poll(&ready, 1, 0), 1);
+    EXPECT_TRUE(queue.take());
+    EXPECT_EQ(poll(&ready, 1, 0), 0);
+}
+
+TEST(ThreadQueues, loseWhatMayBeLostWhenTheyAreFull)
+{
+    platform::ThreadQueue queue;
+    const platform::ThreadId own = platform::currentThreadId();
+    for (int i = 0; i < 64; ++i)
+        EXPECT_TRUE(platform::postThreadMessage(own, {1038}, platform::Post::ifRoom));
+    EXPECT_FALSE(platform::postThreadMessage(own, {1038}, platform::Post::ifRoom));
+    EXPECT_TRUE(platform::postThreadMessage(own, {1031}));
+    EXPECT_TRUE(queue.take());
+    EXPECT_FALSE(platform::postThreadMessage(own, {1038}, platform::Post::ifRoom)) << "64 are left";
+    EXPECT_TRUE(queue.take());
+    EXPECT_TRUE(platform::postThreadMessage(own, {1038}, platform::Post::ifRoom));
+}
+
 } // namespace
 } // namespace pyrux::test
