@@ -8,6 +8,7 @@ endif()
 add_library(pyrux_inside OBJECT ${sources} ${platform_sources})
 target_include_directories(pyrux_inside PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 target_compile_definitions(pyrux_inside PRIVATE PYRUX_BUILDING)
+pyrux_use_headers(pyrux_library_headers pyrux_inside)
 # hidapi itself is linked by what is made of the objects: the library takes the system's, tests take the stand-in.
 target_link_libraries(pyrux_inside PUBLIC Threads::Threads portable_headers PRIVATE pyrux_warnings)
 if(WIN32)

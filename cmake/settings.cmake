@@ -9,10 +9,12 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+# With precompiled headers ccache works under these conditions only.
 find_program(CCACHE ccache)
-if(CCACHE)
+find_program(ENV_PROGRAM env)
+if(CCACHE AND ENV_PROGRAM)
     set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE})
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${ENV_PROGRAM} CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE})
 endif()
 
 # Warnings apply to the project's own targets: link pyrux_warnings. g++ 12 sees overlaps in every text put in front of
