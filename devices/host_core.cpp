@@ -3,6 +3,7 @@
 #include "core/log.h"
 #include "core/registry.h"
 #include "core/state.h"
+#include "platform/fork.h"
 #include "platform/threads.h"
 #include "transport/device_closer.h"
 #include "transport/device_path.h"
@@ -33,15 +34,25 @@ MadeHost makeOrNot(MadeHost (*make)(const std::string& path), const std::string&
 
 } // namespace
 
-HostCore::Call::Call(HostCore& host, const char* operation, int line) : host(host), operation(operation)
+HostCore::Call::Call(HostCore& host, const char* operation, int line)
+    : host(host), operation(operation), absent(platform::inForkedChild())
 {
+    if (absent)
+        return;
     host.logOwn(operation, line);
     host.calls.enter();
 }
 
-HostCore::Call::Call(HostCore& host) : host(host)
+HostCore::Call::Call(HostCore& host) : host(host), absent(platform::inForkedChild())
 {
-    host.calls.enter();
+    if (!absent)
+        host.calls.enter();
+}
+
+HostCore::Call::~Call()
+{
+    if (!absent)
+        host.calls.leave();
 }
 
 _error HostCore::Call::finish(_error result) const
@@ -80,6 +91,8 @@ void HostCore::adopt(std::unique_ptr<ProtocolObject> made)
 
 _error HostCore::exitDevice(std::uint8_t unplugged, int line)
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     logOwn("exit_device", line);
     shutDown(unplugged != 0);
     return E_OK;
@@ -150,6 +163,8 @@ void HostCore::shutDown(bool unplugged)
 void* findOrMakeHost(const ModelRow& model, const char* path, int line,
                      MadeHost (*make)(const std::string& path))
 {
+    if (platform::inForkedChild())
+        return nullptr;
     logCall(model.logCategory, "PYRUX::" + std::string(model.exportName), line);
     const std::string key = registryKey(path ? path : "");
     Registry& all = registry();

@@ -55,11 +55,11 @@ protected:
         /// For operations that run at frame rate: without a log.
         explicit Call(HostCore& host);
 
-        ~Call() { host.calls.leave(); }
+        ~Call();
         Call(const Call&) = delete;
         Call& operator=(const Call&) = delete;
 
-        bool refused() const { return host.closed != 0; }
+        bool refused() const { return absent || host.closed; }
 
         /// Logs the result and hands it on.
         _error finish(_error result) const;
@@ -67,6 +67,7 @@ protected:
     private:
         HostCore& host;
         const char* operation = nullptr;
+        const bool absent; ///< In a forked child, where the protocol object has no threads.
     };
 
     // Deliberate order: directly behind the two virtual table pointers, where hosts know them.

@@ -5,6 +5,7 @@
 #include "core/state.h"
 #include "library/lifecycle.h"
 #include "platform/folders.h"
+#include "platform/fork.h"
 #include "platform/profile_file.h"
 #include "services/resident_service.h"
 #include "services/sys_info.h"
@@ -21,21 +22,25 @@
 #include <string_view>
 #include <vector>
 
-/// The log line of an export.
-#define LOG_EXPORT() pyrux::logCall(pyrux::systemCategory, std::string("PYRUX::") + __func__, __LINE__)
+/// The beginning of an export: its log line, but in a forked child, which has none of the library's threads, just
+/// the result of something that is not there.
+#define BEGIN_EXPORT(absent)                                                                                 \
+    if (pyrux::platform::inForkedChild())                                                                    \
+        return absent;                                                                                       \
+    pyrux::logCall(pyrux::systemCategory, std::string("PYRUX::") + __func__, __LINE__)
 
 using namespace pyrux;
 
 std::int32_t pyrux_init()
 {
-    LOG_EXPORT();
+    BEGIN_EXPORT(E_CLOSED);
     startLibrary();
     return 0;
 }
 
 std::int32_t pyrux_exit()
 {
-    LOG_EXPORT();
+    BEGIN_EXPORT(E_CLOSED);
     stopLibrary();
     return 0;
 }
@@ -55,6 +60,8 @@ float* pyrux_version(float* version)
 
 void pyrux_dprintf(const char* format, ...)
 {
+    if (platform::inForkedChild())
+        return;
     std::va_list arguments;
     va_start(arguments, format);
     std::va_list again;
@@ -71,13 +78,13 @@ void pyrux_dprintf(const char* format, ...)
 
 std::int32_t devNums()
 {
-    LOG_EXPORT();
+    BEGIN_EXPORT(0);
     return countDevices();
 }
 
 std::int32_t devInfo(DevInfoRecord* records)
 {
-    LOG_EXPORT();
+    BEGIN_EXPORT(0);
     if (!records)
         return 0;
     std::vector<DevInfoRecord> found = listDevices();
@@ -89,17 +96,18 @@ std::int32_t devInfo(DevInfoRecord* records)
 
 std::int32_t registerDevNotify(void (*callback)(HotplugEvent))
 {
-    LOG_EXPORT();
+    BEGIN_EXPORT(E_CLOSED);
     devNotifyCallback = callback;
     return 0;
 }
 
 void getBTVersion(const char* path, char* version)
 {
-    LOG_EXPORT();
+    if (version)
+        *version = '\0';
+    BEGIN_EXPORT();
     if (!version)
         return;
-    *version = '\0';
     const PathIdentity identity = parseVidPid(path ? path : "");
     log(systemCategory, [&] {
         return "vid=" + std::to_string(identity.vid) + ",pid=" + std::to_string(identity.pid) +
@@ -109,11 +117,11 @@ void getBTVersion(const char* path, char* version)
 
 void getDGVersion(const char* path, std::uint16_t* version)
 {
-    LOG_EXPORT();
+    if (version)
+        version[0] = version[1] = 0;
+    BEGIN_EXPORT();
     if (!version)
         return;
-    version[0] = 0;
-    version[1] = 0;
     const PathIdentity identity = parseVidPid(path ? path : "");
     const auto row = std::ranges::find_if(deviceCatalogue, [&](const DeviceRow& one) {
         return one.vid == identity.vid && one.pid == identity.pid;
@@ -137,10 +145,11 @@ void getDGVersion(const char* path, std::uint16_t* version)
 
 void getDriverVersion(const char* path, std::uint8_t* version)
 {
-    LOG_EXPORT();
+    if (version)
+        *version = 0;
+    BEGIN_EXPORT();
     if (!version)
         return;
-    *version = 0;
     const PathIdentity identity = parseVidPid(path ? path : "");
     if (findNameByVidPid(identity.vid, identity.pid) != std::string_view("VK950"))
         return;
@@ -150,34 +159,38 @@ void getDriverVersion(const char* path, std::uint8_t* version)
 
 SYS_INFO_Base* sysInfo()
 {
-    LOG_EXPORT();
+    BEGIN_EXPORT(nullptr);
     return makeSysInfo();
 }
 
 std::int32_t getSysTemp(std::int32_t* cpu, std::int32_t* gpu)
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     return resident::temperatures(cpu, gpu); // logs the call, as for the library's own calls
 }
 
 std::int32_t getSysCore(std::int32_t* first, std::int32_t* second)
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     return resident::coreCounts(first, second); // likewise
 }
 
 std::int32_t getVersion(float* version)
 {
-    LOG_EXPORT();
+    BEGIN_EXPORT(E_CLOSED);
     return resident::version(version);
 }
 
 std::int32_t fakeTempEnable()
 {
-    LOG_EXPORT();
+    BEGIN_EXPORT(E_CLOSED);
     return resident::enableFakeTemperature();
 }
 
 std::int32_t fakeTempStep()
 {
-    LOG_EXPORT();
+    BEGIN_EXPORT(E_CLOSED);
     return resident::stepFakeTemperature();
 }

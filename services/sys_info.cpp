@@ -1,6 +1,7 @@
 #include "services/sys_info.h"
 
 #include "core/log.h"
+#include "platform/fork.h"
 #include "services/resident_service.h"
 
 #include <algorithm>
@@ -123,11 +124,15 @@ void SYS_INFO::tellStatus(const Temperatures& temperatures)
 
 _error SYS_INFO::getHardwareNames(SysHardwareNames* names)
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     return names ? collectHardwareNames(sources.hardware, *names) : E_INVALID_GET;
 }
 
 _error SYS_INFO::getSysTemp(std::int32_t* cpu, std::int32_t* gpu)
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     if (!cpu || !gpu)
         return E_INVALID_GET;
     *cpu = withinRange(cpuTemp);
@@ -137,26 +142,36 @@ _error SYS_INFO::getSysTemp(std::int32_t* cpu, std::int32_t* gpu)
 
 _error SYS_INFO::getSysCore(std::int32_t* first, std::int32_t* second)
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     return resident::coreCounts(first, second, sources.limits);
 }
 
 _error SYS_INFO::getCpuUsage(std::int32_t* percent)
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     return percent ? give(percent, sources.cpuLoad.percent(sources.cpuTimes())) : E_INVALID_GET;
 }
 
 _error SYS_INFO::getGpuUsage(std::int32_t* percent)
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     return give(percent, static_cast<std::int32_t>(sources.gpuLoad()));
 }
 
 _error SYS_INFO::getRamUsage(std::int32_t* percent)
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     return give(percent, static_cast<std::int32_t>(sources.memoryLoad()));
 }
 
 _error SYS_INFO::setHookWindow(void* window)
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     hookWindow = window;
     hookThreadId = sources.windowThread(window);
     consoleLine("hook_pid set = " + std::to_string(hookThreadId));
@@ -168,53 +183,71 @@ _error SYS_INFO::setHookWindow(void* window)
 
 _error SYS_INFO::getKeyboardLanguage(std::int32_t* language)
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     return hookWindow.load() ? give(language, codeOf(sources.keyboardLanguage(hookThreadId))) : E_INVALID_GET;
 }
 
 _error SYS_INFO::registerStatusNotify(SysStatusCallback callback)
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     statusCallback.set(callback);
     return E_OK;
 }
 
 _error SYS_INFO::unRegisterStatusNotify()
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     statusCallback.set(nullptr);
     return E_OK;
 }
 
 _error SYS_INFO::registerLanguageNotify(SysLanguageCallback callback)
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     languageCallback.set(callback);
     return E_OK;
 }
 
 _error SYS_INFO::unRegisterLanguageNotify()
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     languageCallback.set(nullptr);
     return E_OK;
 }
 
 _error SYS_INFO::callStatusNotify(SysStatusRecord status)
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     statusCallback.call(status);
     return E_OK;
 }
 
 _error SYS_INFO::registerInfoNotify(SysDetailCallback callback)
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     infoCallback.set(callback);
     return E_OK;
 }
 
 _error SYS_INFO::unRegisterInfoNotify()
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     infoCallback.set(nullptr);
     return E_OK;
 }
 
 _error SYS_INFO::callInfoNotify(SysDetailRecord details)
 {
+    if (platform::inForkedChild())
+        return E_CLOSED;
     infoCallback.call(details);
     return E_OK;
 }
@@ -222,6 +255,8 @@ _error SYS_INFO::callInfoNotify(SysDetailRecord details)
 void* SYS_INFO::destroy(std::uint32_t flags)
 {
     void* const object = static_cast<SYS_INFO_Base*>(this);
+    if (platform::inForkedChild())
+        return object; // its thread is the parent's
     if (flags & 1)
         delete this;
     else
