@@ -25,7 +25,7 @@ concept MadeByPath = requires(const std::string& path)
 {
     {
         Device::make(path)
-        } -> std::convertible_to<std::unique_ptr<ProtocolObject>>;
+        } -> std::convertible_to<std::unique_ptr<Device>>;
 };
 
 /// Forwards a call of a host operation to the protocol object: name and line are logged on entry, a closed
