@@ -27,21 +27,31 @@ inline constexpr std::size_t layerCount = 4; ///< Of the multilayer effect.
 inline constexpr std::size_t zoneCount = 4;  ///< Of the multizone effect.
 
 /// The effects of the keyboards with a status effect, by number.
+// clang-format off
 inline constexpr std::array<EffectRow, effectCount> statusKeyboardEffects{{
-    {1, 0, 0x88888888},                                                             // 0
-    {1, 0, 0x99999999}, {2, 0, 0x88888888},                                         // 2
-    {2, 0, 0x88888888}, {1, 0, 0xBBBBBBBB},                                         // 4, custom
-    {2, 0, 0x88888888},                                                             // 5
-    {2, 0, 0x88888888}, {1, 0, 0x88888888},                                         // 7
-    {1, 0, 0x88888888}, {2, 0, 0x88888888},                                         // 9
-    {2, 0, 0x88888888}, {2, 0, 0x88888888}, {2, 0, 0x88888888}, {1, 0, 0x88888888}, // 13
-    {1, 0, 0x88888888}, {2, 0, 0x88888888},                                         // 15
-    {1, 0, 0xAAAAAAAA},                                                             // 16, the empty frame
-    {2, 0, 0x88888888},                                                             // 17, rain
-    {5, 1, 0xAAAAAAAA},                                                             // 18, multilayer
-    {8, 0, 0x88880888},                                                             // 19, multizone
-    {1, 0, 0xAAAAAAAA},                                                             // 20, system status
+    {1, 0, 0x88888888}, // 0
+    {1, 0, 0x99999999}, // 1
+    {2, 0, 0x88888888}, // 2
+    {2, 0, 0x88888888}, // 3
+    {1, 0, 0xBBBBBBBB}, // 4, custom
+    {2, 0, 0x88888888}, // 5
+    {2, 0, 0x88888888}, // 6
+    {1, 0, 0x88888888}, // 7
+    {1, 0, 0x88888888}, // 8
+    {2, 0, 0x88888888}, // 9
+    {2, 0, 0x88888888}, // 10
+    {2, 0, 0x88888888}, // 11
+    {2, 0, 0x88888888}, // 12
+    {1, 0, 0x88888888}, // 13
+    {1, 0, 0x88888888}, // 14
+    {2, 0, 0x88888888}, // 15
+    {1, 0, 0xAAAAAAAA}, // 16, the empty frame
+    {2, 0, 0x88888888}, // 17, rain
+    {5, 1, 0xAAAAAAAA}, // 18, multilayer
+    {8, 0, 0x88880888}, // 19, multizone
+    {1, 0, 0xAAAAAAAA}, // 20, system status
 }};
+// clang-format on
 
 /// A keyboard's effect memory.
 struct EffectLayout {

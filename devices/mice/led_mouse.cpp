@@ -6,23 +6,24 @@
 
 namespace pyrux {
 
-namespace cmd {                          // numbers are report bytes; a reply counts from 0
-constexpr Report hostDriven{0x41, 0x02}; // the host drives the lights
-constexpr Report profileOn{0x42, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x01, 0x01};
-constexpr Report profileAck{0x42, 0x10, 0x00, 0x00, 0x01, 0x00, 0x00, 0x01, 0x01}; // of the effects too
-constexpr Report dpiOn{0x42, 0x00, 0x40, 0x00, 0x01};
-constexpr Report dpiAck{0x42, 0x10, 0x40, 0x00, 0x01};
-constexpr Report setEffectMode{0x51, 0x28}; // 5: mode
-constexpr Report setGeneralEffect{0x51,
-                                  0x2B}; // 5: mode, 6: speed, 7: direction, 10: brightness, 11 to 13: color
-constexpr Report setCustomEffect{0x51, 0xA8};  // 5 to 10: colors
-constexpr Report getEffectMode{0x52, 0x28};    // reply 4: mode
-constexpr Report getGeneralEffect{0x52, 0x2B}; // 5: mode; reply 4 to 12 as written in 5 to 13
-constexpr Report getCustomEffect{0x52, 0xA8};  // reply 4 to 9: colors
-constexpr Report allLeds{0xC0, 0x00};          // 5 to 7: color
-constexpr Report someLeds{0xC0, 0x01};         // 3: count, 5: index and color of each LED
-constexpr Report drive{0xC0, 0xF0, 0x00, 0x00, 0x01};
+// clang-format off
+namespace cmd {                                 // numbers are report bytes; a reply counts from 0
+constexpr Report hostDriven      {0x41, 0x02};  // the host drives the lights
+constexpr Report profileOn       {0x42, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x01, 0x01};
+constexpr Report profileAck      {0x42, 0x10, 0x00, 0x00, 0x01, 0x00, 0x00, 0x01, 0x01}; // of the effects too
+constexpr Report dpiOn           {0x42, 0x00, 0x40, 0x00, 0x01};
+constexpr Report dpiAck          {0x42, 0x10, 0x40, 0x00, 0x01};
+constexpr Report setEffectMode   {0x51, 0x28};  // 5: mode
+constexpr Report setGeneralEffect{0x51, 0x2B};  // 5: mode, 6: speed, 7: direction, 10: brightness, 11 to 13: color
+constexpr Report setCustomEffect {0x51, 0xA8};  // 5 to 10: colors
+constexpr Report getEffectMode   {0x52, 0x28};  // reply 4: mode
+constexpr Report getGeneralEffect{0x52, 0x2B};  // 5: mode; reply 4 to 12 as written in 5 to 13
+constexpr Report getCustomEffect {0x52, 0xA8};  // reply 4 to 9: colors
+constexpr Report allLeds         {0xC0, 0x00};  // 5 to 7: color
+constexpr Report someLeds        {0xC0, 0x01};  // 3: count, 5: index and color of each LED
+constexpr Report drive           {0xC0, 0xF0, 0x00, 0x00, 0x01};
 } // namespace cmd
+// clang-format on
 
 namespace {
 
