@@ -114,14 +114,18 @@ private:
             monitor.reset();
     }
 
+    /// After a loss the socket tells of no other one until it has been read empty: only then is the time to catch up.
     void takeEvents()
     {
+        bool lost = false;
         for (;;) {
             errno = 0;
             const UdevDevice device(udev_monitor_receive_device(monitor.get()));
             if (device)
                 takeEvent(device.get());
             else if (errno == ENOBUFS)
+                lost = true;
+            else if (std::exchange(lost, false))
                 catchUp();
             else
                 return;
