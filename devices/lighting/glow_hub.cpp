@@ -37,6 +37,8 @@ constexpr Report setMode{0x80, 0x20};          // 3: mask, 4: mode
 constexpr Report setRgbMode{0x80, 0x21};       // 4: mode
 constexpr Report portFrame{0x00, 0x07};        // first of three; 3: port from 0, 4: LEDs
 constexpr Report colorFrame{0x00, 0x10, 0x02}; // first of three; 4: port from 0, 5: LEDs
+constexpr std::array<std::uint8_t, 4> colorsHead{0x00, 0x10,
+                                                 0x03}; // of the first reply to getColors; 3: port
 } // namespace cmd
 
 namespace {
@@ -296,7 +298,8 @@ _error GLOW_HUB::getEffectCustomize(std::uint8_t port, ArgbCustomBuffer* buffer)
     if (!buffer || !mask(fromZero(port)))
         return E_INVALID_GET;
     const Report command = cmd::getColors.at(4, fromZero(port)).at(5, ledsPerPort);
-    const std::array<std::uint8_t, 4> head{0x00, 0x10, 0x03, fromZero(port)};
+    auto head = cmd::colorsHead;
+    head[3] = fromZero(port);
     std::array<Reply, colorFrames> replies;
     const _error result = link.get(command, head, replies.front());
     if (result || !std::ranges::equal(head, replies.front().part(0, head.size())))

@@ -39,6 +39,8 @@ constexpr Report readStep{0x53, 0x10, 0x02}; // reply 4 to 6
 constexpr Report learningState{0x80, 0x00};  // reply 4: state
 constexpr Report learningStop{0x80, 0x01};
 constexpr Report learningStart{0x80, 0x01, 0x00, 0x00, 0x01};
+/// Deliberate: the whole report but for the command is 0xFF, the report id too.
+constexpr Report clearOrder = Report::filled(0xFF).at(1, std::array<std::uint8_t, 4>{0x51, 0x9B, 0x00, 0x00});
 } // namespace cmd
 
 namespace {
@@ -224,8 +226,7 @@ _error WiredMouse::resetPartial(std::uint8_t part)
         return set(cmd::setWheel.at(5, wheelOn).at(6, wheelOn));
     if (set(cmd::setWheel.at(5, wheelByte(wheel.b)).at(6, wheelByte(wheel.a))))
         return E_INVALID_SET;
-    // Deliberate: the whole report but for the command is 0xFF, the report id too.
-    if (set(Report::filled(0xFF).at(1, std::array<std::uint8_t, 4>{0x51, 0x9B, 0x00, 0x00})))
+    if (set(cmd::clearOrder))
         return E_INVALID_SET;
     if (set(cmd::setF0.at(5, 1)))
         return E_INVALID_SET;

@@ -114,6 +114,7 @@ struct SystemStatusEffect {
 
 static_assert(sizeof(DirectKeyColor) == 8 && offsetof(DirectKeyColor, red) == 4);
 static_assert(offsetof(DirectKeyColor, green) == 5 && offsetof(DirectKeyColor, blue) == 6);
+static_assert(offsetof(DirectKeyColor, unused) == 7);
 static_assert(sizeof(KeyMapEntry) == 4 && offsetof(KeyMapEntry, action) == 1);
 static_assert(sizeof(KeyMapTable) == 512);
 static_assert(sizeof(MacroEvent) == 5 && offsetof(MacroEvent, kind) == 2 && offsetof(MacroEvent, delay) == 3);

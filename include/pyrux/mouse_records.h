@@ -74,7 +74,8 @@ struct MouseEffectRecord {
 
 #pragma pack(pop)
 
-static_assert(sizeof(PerformanceRecord) == 48);
+static_assert(sizeof(DpiLevel) == 4 && offsetof(DpiLevel, y) == 2);
+static_assert(sizeof(PerformanceRecord) == 48 && offsetof(PerformanceRecord, reserved) == 37);
 static_assert(offsetof(PerformanceRecord, levels) == 1 && offsetof(PerformanceRecord, levelEnabled) == 29);
 static_assert(offsetof(PerformanceRecord, pollingCode) == 36 && offsetof(PerformanceRecord, flagA) == 40);
 static_assert(offsetof(PerformanceRecord, flagB) == 41 && offsetof(PerformanceRecord, surfaceA) == 42);

@@ -38,7 +38,7 @@ static_assert(offsetof(PlayDockEffect, red) == 3 && offsetof(PlayDockEffect, gre
               offsetof(PlayDockEffect, blue) == 5);
 static_assert(offsetof(PlayDockEffect, effectData) == 6 && offsetof(PlayDockEffect, effectExtra) == 22);
 static_assert(offsetof(PlayDockEffect, effectTail) == 26 && offsetof(PlayDockEffect, colorCount) == 27);
-static_assert(offsetof(PlayDockEffect, rate) == 31);
+static_assert(offsetof(PlayDockEffect, rate) == 31 && offsetof(PlayDockEffect, unused) == 28);
 static_assert(sizeof(PlayDockNotify) == 33 && offsetof(PlayDockNotify, kind) == 0 &&
               offsetof(PlayDockNotify, effect) == 1);
 

@@ -60,5 +60,5 @@ static_assert(offsetof(PsuOutput, voltage12V3) == 32 && offsetof(PsuOutput, curr
 static_assert(sizeof(VoltgridFan) == 20 && sizeof(PsuCtrlFan) == 12);
 static_assert(offsetof(VoltgridFan, speed) == 2 && offsetof(VoltgridFan, points) == 4);
 static_assert(offsetof(PsuCtrlFan, speed) == 2 && offsetof(PsuCtrlFan, points) == 4);
-static_assert(offsetof(PsuFanPoint<std::uint16_t>, speed) == 2);
-static_assert(offsetof(PsuFanPoint<std::uint8_t>, speed) == 1);
+static_assert(sizeof(PsuFanPoint<std::uint16_t>) == 4 && offsetof(PsuFanPoint<std::uint16_t>, speed) == 2);
+static_assert(sizeof(PsuFanPoint<std::uint8_t>) == 2 && offsetof(PsuFanPoint<std::uint8_t>, speed) == 1);

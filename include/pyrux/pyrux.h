@@ -46,8 +46,17 @@ PYRUX_API float* pyrux_version(float* version);
 
 /// Exported as `dprintf`: writes a formatted text, behind "[PYRUX]", to the debug output. It has another name
 /// in C++ because C libraries declare a function of theirs as `dprintf`.
-PYRUX_API void pyrux_dprintf(const char* format, ...) __asm__(PYRUX_ASM_NAME("dprintf"))
-    __attribute__((format(printf, 1, 2)));
+#if defined(PYRUX_API_NAMES)
+PYRUX_API void pyrux_dprintf(const char* format, ...) PYRUX_API_NAME("dprintf") PYRUX_API_FORMAT(1);
+#else
+PYRUX_API void dprintf(const char* format, ...); // This compiler's C library has no function of the name.
+
+template <class... Arguments>
+void pyrux_dprintf(const char* format, Arguments... arguments)
+{
+    dprintf(format, arguments...);
+}
+#endif
 
 /// Counts the attached devices, one per catalogue row that an attached interface may belong to. `devInfo`
 /// never writes more records than this.

@@ -46,7 +46,7 @@ struct NotifyRecord {
     std::uint32_t event; ///< Kind of event, listed with each model.
     std::uint16_t value; ///< The event's value, 0 for events without one.
 };
-static_assert(offsetof(NotifyRecord, value) == 4);
+static_assert(sizeof(NotifyRecord) == 8 && offsetof(NotifyRecord, value) == 4);
 
 /// Callback of `registerNotify`. Runs on the device's reader thread with the device's notify mutex held, so
 /// that after `unRegisterNotify` has returned no further call comes. While it runs, the device's other

@@ -88,14 +88,16 @@ struct StrandOverlayParam {
 
 #pragma pack(pop)
 
-static_assert(sizeof(StrandEffectParam) == 10 && offsetof(StrandEffectParam, speed) == 2);
+static_assert(sizeof(StrandEffectParam) == 10 && offsetof(StrandEffectParam, reserved) == 1 &&
+              offsetof(StrandEffectParam, speed) == 2);
 static_assert(offsetof(StrandEffectParam, parameterA) == 3 && offsetof(StrandEffectParam, parameterB) == 4);
-static_assert(offsetof(StrandEffectParam, red) == 5 && offsetof(StrandEffectParam, blue) == 7);
+static_assert(offsetof(StrandEffectParam, red) == 5 && offsetof(StrandEffectParam, green) == 6 &&
+              offsetof(StrandEffectParam, blue) == 7);
 static_assert(offsetof(StrandEffectParam, port) == 8 && offsetof(StrandEffectParam, subPort) == 9);
 static_assert(sizeof(StrandStoredEffect) == 8 && offsetof(StrandStoredEffect, speed) == 1);
 static_assert(offsetof(StrandStoredEffect, parameterA) == 2 && offsetof(StrandStoredEffect, red) == 3);
 static_assert(offsetof(StrandStoredEffect, blue) == 5 && offsetof(StrandStoredEffect, parameterB) == 6);
-static_assert(offsetof(StrandStoredEffect, flagA) == 7);
+static_assert(offsetof(StrandStoredEffect, green) == 4 && offsetof(StrandStoredEffect, flagA) == 7);
 static_assert(sizeof(StrandEffectTable) == 82 && offsetof(StrandEffectTable, subPort) == 1);
 static_assert(offsetof(StrandEffectTable, effects) == 2);
 static_assert(sizeof(StrandCustomBuffer) == 184 && offsetof(StrandCustomBuffer, leds) == 4);

@@ -58,6 +58,13 @@ struct SysHardwareNames {
     std::string boardManufacturer;
     std::string boardProduct;
 };
+static_assert(sizeof(SysHardwareNames) == 6 * sizeof(std::string) + sizeof(void*) &&
+              offsetof(SysHardwareNames, gpuName) == sizeof(std::string) &&
+              offsetof(SysHardwareNames, ramManufacturer) == 2 * sizeof(std::string) &&
+              offsetof(SysHardwareNames, ramModel) == 3 * sizeof(std::string) &&
+              offsetof(SysHardwareNames, ramCapacityGiB) == 4 * sizeof(std::string) &&
+              offsetof(SysHardwareNames, boardManufacturer) == 4 * sizeof(std::string) + sizeof(void*) &&
+              offsetof(SysHardwareNames, boardProduct) == 5 * sizeof(std::string) + sizeof(void*));
 
 /// Language codes of `getKeyboardLanguage`.
 enum SysKeyboardLanguage : std::int32_t {

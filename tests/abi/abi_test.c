@@ -261,6 +261,39 @@ static void surface(void* mouse)
     EXPECT(a != 0xEE && b != 0xEE);
 }
 
+typedef int Happen(const char*, const char*, const int*, int);
+typedef void OnPlug(struct Plugged);
+
+static void notices(void* mouse, Happen* happen, const char* path)
+{
+    const int level = 4;
+    EXPECT(SLOT(mouse, 21, void (*)(void*))(mouse, onEvent) == 0);
+    EXPECT(happen(path, "dpi", &level, 1) == 0);
+    EXPECT(SLOT(mouse, 10)(mouse) == 0); /* its reply comes behind the event */
+    EXPECT(events == 1 && lastEvent == 1 && lastValue == 0);
+    const int key[2] = {3, 1};
+    EXPECT(happen(path, "key", key, 2) == 0);
+    EXPECT(SLOT(mouse, 10)(mouse) == 0);
+    EXPECT(events == 2 && lastEvent == 2 && lastValue == 0x22);
+    EXPECT(SLOT(mouse, 22)(mouse) == 0);
+    EXPECT(happen(path, "key", key, 2) == 0);
+    EXPECT(SLOT(mouse, 10)(mouse) == 0);
+    EXPECT(events == 2);
+}
+
+static void operations(void* mouse)
+{
+    profiles(mouse);
+    keys(mouse);
+    combo(mouse);
+    EXPECT(SLOT(mouse, 9)(mouse) == 0);  /* startRecordMacro */
+    EXPECT(SLOT(mouse, 10)(mouse) == 0); /* stopRecordMacro */
+    macros(mouse);
+    performance(mouse);
+    surface(mouse);
+    EXPECT(SLOT(mouse, 2, int)(mouse, 1) == 0); /* resetProfile */
+}
+
 int main(int argc, char** argv)
 {
     if (argc != 3)
@@ -273,16 +306,14 @@ int main(int argc, char** argv)
     }
     int (*plug)(const char*, char*) = (int (*)(const char*, char*))find(standIn, "pyrux_sim_plug");
     int (*unplug)(const char*) = (int (*)(const char*))find(standIn, "pyrux_sim_unplug");
-    int (*happen)(const char*, const char*, const int*, int) =
-        (int (*)(const char*, const char*, const int*, int))find(standIn, "pyrux_sim_event");
+    Happen* happen = (Happen*)find(standIn, "pyrux_sim_event");
     float* (*version)(float*) = (float* (*)(float*))find(library, "pyrux_version");
     int32_t (*init)(void) = (int32_t(*)(void))find(library, "pyrux_init");
     int32_t (*finish)(void) = (int32_t(*)(void))find(library, "pyrux_exit");
     uint32_t (*background)(uint8_t) = (uint32_t(*)(uint8_t))find(library, "pyrux_background");
     int32_t (*devNums)(void) = (int32_t(*)(void))find(library, "devNums");
     int32_t (*devInfo)(void*) = (int32_t(*)(void*))find(library, "devInfo");
-    int32_t (*registerDevNotify)(void (*)(struct Plugged)) =
-        (int32_t(*)(void (*)(struct Plugged)))find(library, "registerDevNotify");
+    int32_t (*registerDevNotify)(OnPlug*) = (int32_t(*)(OnPlug*))find(library, "registerDevNotify");
     void* (*rd210)(const char*) = (void* (*)(const char*))find(library, "rd210");
     void (*print)(const char*, ...) = (void (*)(const char*, ...))find(library, "dprintf");
     if (!plug || !unplug || !happen || !version || !init || !finish || !background || !devNums || !devInfo ||
@@ -311,29 +342,8 @@ int main(int argc, char** argv)
         return 2;
     }
     EXPECT(rd210(path) == mouse);
-    profiles(mouse);
-    keys(mouse);
-    combo(mouse);
-    EXPECT(SLOT(mouse, 9)(mouse) == 0);  /* startRecordMacro */
-    EXPECT(SLOT(mouse, 10)(mouse) == 0); /* stopRecordMacro */
-    macros(mouse);
-    performance(mouse);
-    surface(mouse);
-    EXPECT(SLOT(mouse, 2, int)(mouse, 1) == 0); /* resetProfile */
-
-    const int level = 4;
-    EXPECT(SLOT(mouse, 21, void (*)(void*))(mouse, onEvent) == 0);
-    EXPECT(happen(path, "dpi", &level, 1) == 0);
-    EXPECT(SLOT(mouse, 10)(mouse) == 0); /* its reply comes behind the event */
-    EXPECT(events == 1 && lastEvent == 1 && lastValue == 0);
-    const int key[2] = {3, 1};
-    EXPECT(happen(path, "key", key, 2) == 0);
-    EXPECT(SLOT(mouse, 10)(mouse) == 0);
-    EXPECT(events == 2 && lastEvent == 2 && lastValue == 0x22);
-    EXPECT(SLOT(mouse, 22)(mouse) == 0);
-    EXPECT(happen(path, "key", key, 2) == 0);
-    EXPECT(SLOT(mouse, 10)(mouse) == 0);
-    EXPECT(events == 2);
+    operations(mouse);
+    notices(mouse, happen, path);
 
     EXPECT(unplug(path) == 0);
     plug210(path, 0);

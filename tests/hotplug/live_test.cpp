@@ -189,38 +189,71 @@ TEST_F(Live, takesALinkChangeOfAReceiver)
     EXPECT_EQ(+host.take(1).at(0).plugged, 0U);
 }
 
+/// Threads that use the library and its mice all the time.
+class Users {
+public:
+    explicit Users(int ports) : mice(std::size_t(ports))
+    {
+        for (std::size_t i = 0; i < 2; ++i)
+            threads.emplace_back([this, i] { run(i); });
+    }
+
+    ~Users() { stop(); }
+
+    void give(int port, PYRUX_RD210_Base* mouse)
+    {
+        const std::lock_guard lock(mutex);
+        mice[std::size_t(port)] = mouse;
+    }
+
+    /// The number of their calls.
+    int stop()
+    {
+        running = false;
+        for (std::thread& thread : threads)
+            thread.join();
+        threads.clear();
+        return calls;
+    }
+
+private:
+    void run(std::size_t first)
+    {
+        for (std::size_t round = first; running; ++round) {
+            PYRUX_RD210_Base* mouse = nullptr;
+            {
+                const std::lock_guard lock(mutex);
+                mouse = mice[round % mice.size()];
+            }
+            if (mouse)
+                mouse->changeProfileId(std::uint8_t(round % 5));
+            if (round % 16 == 0)
+                listed();
+            ++calls;
+            std::this_thread::yield();
+        }
+    }
+
+    std::mutex mutex;
+    std::vector<PYRUX_RD210_Base*> mice;
+    std::atomic<bool> running{true};
+    std::atomic<int> calls{0};
+    std::vector<std::thread> threads;
+};
+
 /// Thousands of devices come and go while other threads use the library; PYRUX_SOAK_CYCLES says how many.
 TEST_F(Live, survivesDevicesThatComeAndGo)
 {
     const char* variable = std::getenv("PYRUX_SOAK_CYCLES");
     const int cycles = variable ? std::atoi(variable) : 300;
     constexpr int ports = 20;
-    std::atomic<bool> running{true};
-    std::atomic<int> calls{0};
     std::mutex mutex;
-    std::vector<PYRUX_RD210_Base*> mice(ports);
     std::map<std::string, int> balance; // arrivals less removals, by path
     host.onEvent([&](const HotplugEvent& event) {
         const std::lock_guard lock(mutex);
         balance[event.path] += event.plugged ? 1 : -1;
     });
-    std::vector<std::thread> users;
-    for (int i = 0; i < 2; ++i)
-        users.emplace_back([&, i] {
-            for (int round = i; running; ++round) {
-                PYRUX_RD210_Base* mouse = nullptr;
-                {
-                    const std::lock_guard lock(mutex);
-                    mouse = mice[std::size_t(round % ports)];
-                }
-                if (mouse)
-                    mouse->changeProfileId(std::uint8_t(round % 5));
-                if (round % 16 == 0)
-                    listed();
-                ++calls;
-                std::this_thread::yield();
-            }
-        });
+    Users users(ports);
     Footprint start;
     for (int done = 0; done < cycles; done += ports) {
         // Behind the first rounds everything that is made once is there.
@@ -232,8 +265,7 @@ TEST_F(Live, survivesDevicesThatComeAndGo)
         for (int port = 0; port < ports; ++port) {
             PYRUX_RD210_Base* mouse = rd210(paths[std::size_t(port)].c_str());
             ASSERT_TRUE(mouse);
-            const std::lock_guard lock(mutex);
-            mice[std::size_t(port)] = mouse;
+            users.give(port, mouse);
         }
         for (const std::string& path : paths)
             sim::unplug(path);
@@ -247,9 +279,7 @@ TEST_F(Live, survivesDevicesThatComeAndGo)
     EXPECT_LE(end.bytes, start.bytes + std::size_t(cycles) * sizeof(PYRUX_RD210) * 4 + 256 * 1024);
     RecordProperty("bytesAtTheStart", std::to_string(start.bytes));
     RecordProperty("bytesAtTheEnd", std::to_string(end.bytes));
-    running = false;
-    for (std::thread& user : users)
-        user.join();
+    const int calls = users.stop();
     EXPECT_GT(calls, 0);
     for (const auto& [path, count] : balance)
         EXPECT_EQ(count, 0) << path;
