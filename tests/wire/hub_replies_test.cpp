@@ -60,17 +60,29 @@ TYPED_TEST(HubReplies, mayComeBehindOtherReports)
 TYPED_TEST(HubReplies, serveTheOldestRequest)
 {
     this->hub.device->silence(TypeParam::question);
-    auto first = this->askAside();
-    ASSERT_TRUE(this->hub.device->awaitCommands(TypeParam::question));
-    auto second = this->askAside();
-    ASSERT_TRUE(this->hub.device->awaitCommands(TypeParam::question, 2));
-    // Deliberate: a full match ends the pass, so that each reply serves the oldest request alone.
-    const typename TestFixture::Answer good{E_OK, TypeParam::value};
-    this->hub.device->send(TypeParam::answer);
-    EXPECT_EQ(first.get(), good);
-    EXPECT_EQ(second.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
-    this->hub.device->send(TypeParam::answer);
-    EXPECT_EQ(second.get(), good);
+    // A round in which the requests have not been answered within their limit says nothing.
+    bool inTime = false;
+    for (std::size_t asked = 0; !inTime && asked < 100; asked += 2) {
+        const auto start = std::chrono::steady_clock::now();
+        auto first = this->askAside();
+        ASSERT_TRUE(this->hub.device->awaitCommands(TypeParam::question, asked + 1));
+        auto second = this->askAside();
+        ASSERT_TRUE(this->hub.device->awaitCommands(TypeParam::question, asked + 2));
+        // Deliberate: a full match ends the pass, so that each reply serves the oldest request alone.
+        this->hub.device->send(TypeParam::answer);
+        const typename TestFixture::Answer atFirst = first.get();
+        const bool waits = second.wait_for(std::chrono::milliseconds(50)) == std::future_status::timeout;
+        this->hub.device->send(TypeParam::answer);
+        const typename TestFixture::Answer then = second.get();
+        inTime = std::chrono::steady_clock::now() - start < std::chrono::milliseconds(TypeParam::replyMs);
+        if (inTime) {
+            const typename TestFixture::Answer good{E_OK, TypeParam::value};
+            EXPECT_EQ(atFirst, good);
+            EXPECT_TRUE(waits);
+            EXPECT_EQ(then, good);
+        }
+    }
+    EXPECT_TRUE(inTime);
 }
 
 TYPED_TEST(HubReplies, doNoHarmWhenTheyAreShort)
