@@ -1,7 +1,7 @@
 # The standard headers that most sources include, compiled once per build: once as position independent code for the
 # libraries, once as code of a program, with GoogleTest, for the tests. The compiler takes a precompiled header only
 # where all flags of code generation are the same. Sources include what they use all the same: the presets
-# windows-x86_64 and fuzz build without.
+# release, windows-x86_64 and fuzz build without.
 option(PYRUX_PRECOMPILED_HEADERS "Compile the standard headers once per build" ON)
 
 set(common_headers <algorithm> <array> <atomic> <chrono> <condition_variable> <cstddef> <cstdint> <cstring> <functional>

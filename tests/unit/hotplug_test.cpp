@@ -312,7 +312,11 @@ public:
         return 0;
     }
     void announceExit() override {}
-    void shutDown(bool) override {}
+    void shutDown(bool unplugged) override
+    {
+        const std::uint8_t flag = unplugged;
+        device_exit(&flag);
+    }
     std::promise<void> preExit;
     std::promise<int> exit;
     bool held = false;
