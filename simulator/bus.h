@@ -4,6 +4,8 @@
 #include "simulator/models.h"
 
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -34,13 +36,14 @@ struct Conduct {
     bool failReads = false;                 ///< hid_read gives -1, a waiting one at once.
     std::size_t readFailures = 0;           ///< So many times hid_read gives -1, then it works again.
     bool garbage = false;                   ///< Every byte of an input report is turned into another one.
-    std::size_t shortReads = 64;            ///< Input reports are cut to this many bytes.
+    std::size_t shortReads = SIZE_MAX;      ///< Input reports are cut to this many bytes.
 };
 
 /// One report on the wire.
 struct WireRecord {
     enum class Direction { toDevice, toHost } direction;
-    /// To the device: as passed to hid_write, with report id. To the host: as hid_read gives it, without.
+    /// To the device: as passed to hid_write, with report id. To the host: as hid_read gives it, with the id
+    /// only where the interface's reports have one.
     std::vector<std::uint8_t> bytes;
 };
 
@@ -50,6 +53,9 @@ struct WireRecord {
 ///                  up. A device that comes back to the port that it was pulled out of has its old path.
 /// @return the device path of the control interface, as hid_enumerate gives it
 PYRUX_SIM_API std::string plug(std::shared_ptr<Firmware> device, std::string instance = "");
+
+/// The paths of a device's collections, in the order of its identity. `path` is one of them.
+PYRUX_SIM_API std::vector<std::string> pathsOf(const std::string& path);
 
 /// Pulls a device out: reads and writes fail from now on, waiting ones at once. Its traffic can still be
 /// taken.
@@ -65,18 +71,20 @@ PYRUX_SIM_API void setConduct(const std::string& path, const Conduct& conduct);
 /// Lets a stalled write, and those waiting behind it, end now: the device has taken their reports.
 PYRUX_SIM_API void releaseWrites(const std::string& path);
 
-/// Reports to and from a device since the last call, in order. Waits up to `limit` until `count` are there.
-/// The newest 65536 are kept.
+/// Reports to and from the interface of a path since the last call, in order. Waits up to `limit` until
+/// `count` are there. The newest 65536 are kept.
 PYRUX_SIM_API std::vector<WireRecord> takeTraffic(const std::string& path, std::size_t count = 0,
                                                   std::chrono::milliseconds limit = std::chrono::seconds(5));
 
 /// Output reports since the last call as text: payload bytes in upper-case hexadecimal without the zeros at
 /// the end, one report from the next by " | ", such as "41 80 | 51 00 00 00 C4". So 52 00 is "52", and a
-/// payload of zeros is "00". Traffic towards the host is forgotten with them. A report of other length than
-/// 65, or with a report id, is written in full in brackets.
+/// payload of zeros is "00". Traffic of the interface towards the host is forgotten with them. A report of
+/// other length than 65, or with a report id, is written in full in brackets.
 PYRUX_SIM_API std::string takeWritten(const std::string& path);
 
-/// Sends an input report of any length (up to 64 bytes) to the host, past the firmware model and its conduct.
+/// Sends an input report as hid_read is to give it, with an id where the interface's reports have one, to the
+/// host, on the interface of the path, past the firmware model and its conduct. It is cut to 64 bytes, or to
+/// the interface's longest report where that is longer.
 PYRUX_SIM_API void inject(const std::string& path, std::vector<std::uint8_t> report);
 
 /// Handles that hid_open_path has given out and hid_close has not taken back.
@@ -88,7 +96,8 @@ PYRUX_SIM_API int writersInside();
 /// Waits up to `limit` until there are `count` such threads at least.
 PYRUX_SIM_API bool awaitWritersInside(int count, std::chrono::milliseconds limit = std::chrono::seconds(5));
 
-/// How often hid_read, hid_read_timeout were called for a device since it was plugged in or `reset` ran.
+/// How often hid_read, hid_read_timeout were called for the interface of a path since the device was plugged
+/// in or `reset` ran.
 PYRUX_SIM_API int readWakeups(const std::string& path);
 
 /// How often hid_init, hid_exit, hid_enumerate, hid_open, hid_open_path or hid_close began while another of

@@ -1,11 +1,14 @@
 #pragma once
 
-#include <array>
+#include <algorithm>
+#include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <string>
 #include <utility>
@@ -19,12 +22,30 @@ namespace pyrux::sim {
 
 using Bytes = std::span<const std::uint8_t>;
 
+/// The reports that a collection has under one id, one for each direction.
+struct ReportPair {
+    std::uint8_t id = 0;     ///< 0: without an id; such a pair is the only one of its interface.
+    std::size_t output = 64; ///< Bytes of the output report, without the id; 0: there is none.
+    std::size_t input = 64;  ///< The same of the input report.
+    bool operator==(const ReportPair&) const = default;
+};
+
 /// One top-level collection of a device, as HID shows it: an interface with several collections has one entry
 /// each.
 struct Collection {
     int interface = 0; ///< USB interface number; -1 for a device that is not composite.
     std::uint16_t usagePage = 0xFF00;
     std::uint16_t usage = 0x0001;
+    /// What it takes and emits. Empty stands for the usual thing: 64 bytes both ways without an id on the
+    /// control interface, nothing on the others.
+    std::vector<ReportPair> reports = {};
+};
+
+/// The way that a report takes: an interface, and the report's id there.
+struct Channel {
+    int interface = 0;
+    std::uint8_t id = 0;
+    bool operator==(const Channel&) const = default;
 };
 
 /// What a device tells of itself on the bus.
@@ -36,8 +57,37 @@ struct Identity {
     std::string product;
     std::string manufacturer = "Tessel Works";
     std::vector<Collection> collections; ///< At least one.
-    int controlInterface = 0;            ///< Interface that takes the commands and emits the reports.
+    int controlInterface = 0;            ///< Interface that takes the commands.
 };
+
+/// What a collection of a device takes and emits.
+inline std::span<const ReportPair> reportsOf(const Identity& device, const Collection& collection)
+{
+    static constexpr ReportPair usual[1];
+    if (collection.reports.empty() && collection.interface == device.controlInterface)
+        return usual;
+    return collection.reports;
+}
+
+/// Bytes of an input report of a device, without the id; 0: there is no such report.
+inline std::size_t inputLength(const Identity& device, const Channel& channel)
+{
+    for (const Collection& one : device.collections)
+        if (one.interface == channel.interface)
+            for (const ReportPair& pair : reportsOf(device, one))
+                if (pair.id == channel.id && pair.input > 0)
+                    return pair.input;
+    return 0;
+}
+
+/// The way of the commands: the control interface, under the id of its first report.
+inline Channel controlChannel(const Identity& device)
+{
+    for (const Collection& one : device.collections)
+        if (one.interface == device.controlInterface && !one.reports.empty())
+            return {one.interface, one.reports.front().id};
+    return {device.controlInterface, 0};
+}
 
 /// One LED of a picture.
 struct Light {
@@ -61,7 +111,8 @@ using Picture = std::vector<LightZone>;
 /// come from different threads at once.
 class Firmware {
 public:
-    using Sink = std::function<void(Bytes payload)>;
+    /// Takes an input report, without its id.
+    using Sink = std::function<void(const Channel& from, Bytes payload)>;
 
     Firmware() = default;
     Firmware(const Firmware&) = delete;
@@ -77,8 +128,16 @@ public:
     /// any more. Not called inside `output`.
     virtual void powerOff() {}
 
-    /// Takes one output report: its payload, up to 64 bytes, without the report id.
+    /// Takes one output report of the control channel: its payload, without the report id, at most as long as
+    /// the report.
     virtual void output(Bytes payload) = 0;
+
+    /// Takes one output report of any channel.
+    virtual void outputOn(const Channel&, Bytes payload) { output(payload); }
+
+    /// What the device answers to a host that asks for an input report over the control pipe, without the id.
+    /// None: what it sent last on that channel.
+    virtual std::optional<std::vector<std::uint8_t>> inputReport(const Channel&) { return {}; }
 
     /// Lets the device do something by itself, such as a press of its DPI button.
     /// @return false: this model has no such event, or it cannot happen now
@@ -92,6 +151,12 @@ public:
     virtual Picture picture() const { return {}; }
 
     /// The side that serves the model sets where input reports go.
+    template <class Listener>
+    requires std::invocable<Listener, Bytes>
+    void connect(Listener to) ///< One that hears of all channels alike.
+    {
+        connect(Sink([to = std::move(to)](const Channel&, Bytes payload) mutable { to(payload); }));
+    }
     void connect(Sink to)
     {
         auto next = std::make_shared<const Sink>(std::move(to));
@@ -100,15 +165,16 @@ public:
     }
 
 protected:
-    /// Sends an input report, filled with zeros to 64 bytes.
-    void emit(Bytes payload)
+    /// Sends an input report, filled with zeros to its length. One that the device does not have goes
+    /// nowhere.
+    void emit(const Channel& from, Bytes payload)
     {
-        std::array<std::uint8_t, 64> report{};
-        for (std::size_t i = 0; i < payload.size() && i < report.size(); ++i)
-            report[i] = payload[i];
-        if (const auto to = currentSink(); to && *to)
-            (*to)(report);
+        std::vector<std::uint8_t> report(inputLength(identity(), from));
+        std::copy_n(payload.begin(), std::min(payload.size(), report.size()), report.begin());
+        if (const auto to = currentSink(); to && *to && !report.empty())
+            (*to)(from, report);
     }
+    void emit(Bytes payload) { emit(controlChannel(identity()), payload); }
     void emit(std::initializer_list<std::uint8_t> payload) { emit(Bytes(payload.begin(), payload.size())); }
 
 private:

@@ -36,6 +36,15 @@ void appendReport(std::string& text, Bytes report)
     appendHex(text, report.subspan(1, end - 1));
 }
 
+/// Calls with a device and the entry of the path.
+template <class Call>
+void withEntry(const std::string& path, Call call)
+{
+    const auto device = Registry::instance().find(path);
+    if (const Entry* const entry = device ? device->entryOf(path) : nullptr)
+        call(*device, *entry);
+}
+
 template <class Call>
 void withDevice(const std::string& path, Call call)
 {
@@ -48,6 +57,16 @@ void withDevice(const std::string& path, Call call)
 std::string plug(std::shared_ptr<Firmware> device, std::string instance)
 {
     return Registry::instance().plug(std::move(device), std::move(instance));
+}
+
+std::vector<std::string> pathsOf(const std::string& path)
+{
+    std::vector<std::string> paths;
+    withDevice(path, [&](Device& device) {
+        for (const Entry& entry : device.entries)
+            paths.push_back(entry.path);
+    });
+    return paths;
 }
 
 void unplug(const std::string& path)
@@ -74,7 +93,9 @@ std::vector<WireRecord> takeTraffic(const std::string& path, std::size_t count,
                                     std::chrono::milliseconds limit)
 {
     std::vector<WireRecord> taken;
-    withDevice(path, [&](Device& device) { taken = device.takeTraffic(count, limit); });
+    withEntry(path, [&](Device& device, const Entry& entry) {
+        taken = device.takeTraffic(*entry.wire, count, limit);
+    });
     return taken;
 }
 
@@ -93,7 +114,7 @@ std::string takeWritten(const std::string& path)
 
 void inject(const std::string& path, std::vector<std::uint8_t> report)
 {
-    withDevice(path, [&](Device& device) { device.deliver(report); });
+    withEntry(path, [&](Device& device, const Entry& entry) { device.deliver(*entry.wire, report); });
 }
 
 int openHandles()
@@ -114,7 +135,7 @@ bool awaitWritersInside(int count, std::chrono::milliseconds limit)
 int readWakeups(const std::string& path)
 {
     int reads = 0;
-    withDevice(path, [&](Device& device) { reads = device.reads(); });
+    withEntry(path, [&](Device&, const Entry& entry) { reads = entry.wire->readCalls; });
     return reads;
 }
 

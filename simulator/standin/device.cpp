@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <map>
+#include <optional>
 #include <utility>
 
 namespace pyrux::sim {
@@ -69,27 +71,6 @@ std::string twoDigits(int value)
     return text;
 }
 
-/// The entries with paths such as
-/// \\?\HID#VID_3A7E&PID_012F&MI_01&Col01#sim-0001#{4d1e55b2-f16f-11cf-88cb-001111000030}.
-std::vector<Entry> entriesOf(const Identity& identity, const std::string& instance)
-{
-    std::map<int, int> collections;
-    for (const Collection& one : identity.collections)
-        ++collections[one.interface];
-    std::map<int, int> seen;
-    std::vector<Entry> entries;
-    for (const Collection& one : identity.collections) {
-        std::string path = "\\\\?\\HID#VID_" + hex4(identity.vid) + "&PID_" + hex4(identity.pid);
-        if (one.interface >= 0)
-            path += "&MI_" + twoDigits(one.interface);
-        if (collections[one.interface] > 1)
-            path += "&Col" + twoDigits(++seen[one.interface]);
-        path += "#" + instance + "#{4d1e55b2-f16f-11cf-88cb-001111000030}";
-        entries.push_back({one, std::move(path)});
-    }
-    return entries;
-}
-
 bool equalWithoutCase(const std::string& a, const std::string& b)
 {
     const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; };
@@ -132,19 +113,76 @@ void setTrace(Trace callback)
     trace = callback;
 }
 
-Handle::Handle(std::shared_ptr<Device> of, const Entry& opened) : device(std::move(of)), entry(opened) {}
+const ReportPair* Entry::reportsWith(std::uint8_t id) const
+{
+    const auto found = std::ranges::find(collection.reports, id, &ReportPair::id);
+    return found == collection.reports.end() ? nullptr : &*found;
+}
+
+bool Entry::hears(std::uint8_t id) const
+{
+    const ReportPair* const pair = reportsWith(id);
+    return pair && pair->input > 0;
+}
+
+Handle::Handle(std::shared_ptr<Device> of, const Entry& opened)
+    : device(std::move(of)), entry(opened), bytes(mostWaiting * opened.wire->room)
+{
+}
 
 Device::Device(std::shared_ptr<Firmware> behind, std::string plug)
-    : instance(std::move(plug)), entries(entriesOf(behind->identity(), instance)), model(std::move(behind))
+    : controlInterface(behind->identity().controlInterface), instance(std::move(plug)),
+      entries(makeEntries(behind->identity())), model(std::move(behind))
 {
+}
+
+Wire& Device::wireOf(int interface)
+{
+    const auto found = std::ranges::find(wires, interface, &Wire::interface);
+    if (found != wires.end())
+        return *found;
+    Wire& made = wires.emplace_back();
+    made.interface = interface;
+    return made;
+}
+
+/// The entries with paths such as
+/// \\?\HID#VID_3A7E&PID_012F&MI_01&Col01#sim-0001#{4d1e55b2-f16f-11cf-88cb-001111000030}.
+std::vector<Entry> Device::makeEntries(const Identity& identity)
+{
+    std::map<int, int> collections;
+    for (const Collection& one : identity.collections)
+        ++collections[one.interface];
+    std::map<int, int> seen;
+    std::vector<Entry> made;
+    for (const Collection& one : identity.collections) {
+        std::string path = "\\\\?\\HID#VID_" + hex4(identity.vid) + "&PID_" + hex4(identity.pid);
+        if (one.interface >= 0)
+            path += "&MI_" + twoDigits(one.interface);
+        if (collections[one.interface] > 1)
+            path += "&Col" + twoDigits(++seen[one.interface]);
+        path += "#" + instance + "#{4d1e55b2-f16f-11cf-88cb-001111000030}";
+        Wire& wire = wireOf(one.interface);
+        if (wire.path.empty())
+            wire.path = path;
+        Entry entry{one, std::move(path), &wire};
+        const auto reports = reportsOf(identity, one);
+        entry.collection.reports.assign(reports.begin(), reports.end());
+        for (const ReportPair& pair : entry.collection.reports) {
+            wire.numbered = wire.numbered || pair.id != 0;
+            wire.room = std::max(wire.room, pair.input + (pair.id != 0));
+        }
+        made.push_back(std::move(entry));
+    }
+    return made;
 }
 
 void Device::plug()
 {
     model->powerOn();
-    model->connect([device = weak_from_this()](Bytes report) {
+    model->connect([device = weak_from_this()](const Channel& from, Bytes payload) {
         if (const auto here = device.lock())
-            here->fromModel(report);
+            here->fromModel(from, payload);
     });
 }
 
@@ -176,16 +214,10 @@ const Entry* Device::entryOf(const std::string& path) const
     return nullptr;
 }
 
-bool Device::onControlInterface(const Entry& entry) const
-{
-    return entry.collection.interface == model->identity().controlInterface;
-}
-
 const std::string& Device::controlPath() const
 {
-    const auto found =
-        std::ranges::find_if(entries, [&](const Entry& one) { return onControlInterface(one); });
-    return found == entries.end() ? entries.front().path : found->path;
+    const auto found = std::ranges::find(wires, controlInterface, &Wire::interface);
+    return found == wires.end() ? entries.front().path : found->path;
 }
 
 std::shared_ptr<Handle> Device::open(const Entry& entry)
@@ -228,30 +260,34 @@ bool Device::stall(Lock& lock, std::uint64_t releasesBefore)
 }
 
 /// Why a write is not taken; null: it is.
-const wchar_t* Device::refusal(const Handle& handle) const
+const wchar_t* Device::refusal() const
 {
-    if (!plugged)
-        return gone;
-    return conduct.refuseWrites || !onControlInterface(handle.entry) ? ioError : nullptr;
+    return !plugged ? gone : conduct.refuseWrites ? ioError : nullptr;
 }
 
 int Device::write(Handle& handle, Bytes report)
 {
     if (report.empty())
         return failed(handle, L"Zero buffer/length");
+    Wire& wire = *handle.entry.wire;
+    // Reports without ids have a byte in its place, which goes nowhere.
+    const std::uint8_t id = wire.numbered ? report[0] : 0;
+    const ReportPair* const taken = handle.entry.reportsWith(id);
     Lock lock(mutex);
-    if (const wchar_t* text = refusal(handle))
+    if (const wchar_t* text = refusal())
         return failed(handle, text);
+    if (!taken || taken->output == 0)
+        return failed(handle, ioError);
     const std::uint64_t releasesBefore = releases;
     // Whoever leaves early because the device has gone need not pass its turn on: all others leave too.
     if (!waitForTurn(lock, nextTicket++) || !stall(lock, releasesBefore))
         return failed(handle, gone);
-    const wchar_t* text = refusal(handle);
+    const wchar_t* text = refusal();
     if (!text) {
-        record(lock, WireRecord::Direction::toDevice, report);
+        record(lock, wire, WireRecord::Direction::toDevice, report);
         lock.unlock();
         const Bytes payload = report.subspan(1);
-        model->output(payload.first(std::min<std::size_t>(payload.size(), 64)));
+        model->outputOn({wire.interface, id}, payload.first(std::min(payload.size(), taken->output)));
         lock.lock();
     }
     ++servedTicket;
@@ -262,7 +298,7 @@ int Device::write(Handle& handle, Bytes report)
 
 int Device::read(Handle& handle, std::span<std::uint8_t> buffer, int limitMs)
 {
-    ++readCalls;
+    ++handle.entry.wire->readCalls;
     Lock lock(mutex);
     const auto failing = [&] { return conduct.failReads || conduct.readFailures > 0; };
     const auto over = [&] { return !plugged || handle.closed || failing() || handle.count > 0; };
@@ -278,24 +314,34 @@ int Device::read(Handle& handle, std::span<std::uint8_t> buffer, int limitMs)
     }
     if (handle.count == 0)
         return done(handle, 0);
-    const Handle::InputReport& report = handle.waiting[handle.first];
-    const std::size_t length = std::min(report.length, buffer.size());
-    std::copy_n(report.bytes.begin(), length, buffer.begin());
-    handle.first = (handle.first + 1) % handle.waiting.size();
+    const std::size_t length = std::min(handle.lengths[handle.first], buffer.size());
+    std::copy_n(handle.bytes.begin() + std::ptrdiff_t(handle.first * handle.entry.wire->room), length,
+                buffer.begin());
+    handle.first = (handle.first + 1) % Handle::mostWaiting;
     --handle.count;
     return done(handle, length);
 }
 
 int Device::inputReport(Handle& handle, std::span<std::uint8_t> buffer)
 {
+    Wire& wire = *handle.entry.wire;
+    const std::uint8_t id = wire.numbered && !buffer.empty() ? buffer[0] : 0;
+    {
+        const Lock lock(mutex);
+        if (!plugged)
+            return failed(handle, gone);
+        if (conduct.failReads || buffer.empty() || !handle.entry.hears(id))
+            return failed(handle, ioError);
+    }
+    std::optional<std::vector<std::uint8_t>> payload = model->inputReport({wire.interface, id});
     const Lock lock(mutex);
-    if (!plugged)
-        return failed(handle, gone);
-    if (conduct.failReads || buffer.empty())
-        return failed(handle, ioError);
+    if (payload)
+        payload->resize(handle.entry.reportsWith(id)->input);
+    else
+        payload = wire.newest[id];
     // Byte 0 stays the report id that the caller put there.
-    const std::size_t length = std::min(newest.size(), buffer.size() - 1);
-    std::copy_n(newest.begin(), length, buffer.begin() + 1);
+    const std::size_t length = std::min(payload->size(), buffer.size() - 1);
+    std::copy_n(payload->begin(), length, buffer.begin() + 1);
     return done(handle, length + 1);
 }
 
@@ -316,96 +362,94 @@ void Device::releaseWrites()
     turns.notify_all();
 }
 
-void Device::fromModel(Bytes report)
+void Device::fromModel(const Channel& from, Bytes payload)
 {
+    std::vector<std::uint8_t> report;
+    report.reserve(payload.size() + 1);
+    if (from.id != 0)
+        report.push_back(from.id);
+    report.insert(report.end(), payload.begin(), payload.end());
     const Lock lock(mutex);
+    Wire& wire = wireOf(from.interface);
     if (conduct.silent)
         return;
+    shape(report);
     if (conduct.replyTime.count() <= 0) {
-        if (conduct.garbage || conduct.shortReads < report.size())
-            deliver(lock, shaped(report));
-        else
-            deliver(lock, report);
+        deliver(lock, wire, report);
         return;
     }
     runAt(Clock::now() + std::min(conduct.replyTime, longest),
-          [device = weak_from_this(), bytes = shaped(report)] {
+          [device = weak_from_this(), &wire, bytes = std::move(report)] {
               if (const auto here = device.lock())
-                  here->deliver(bytes);
+                  here->deliver(wire, bytes);
           });
 }
 
-/// A report as the conduct makes it.
-std::vector<std::uint8_t> Device::shaped(Bytes report)
+/// Makes a report what the conduct asks for.
+void Device::shape(std::vector<std::uint8_t>& report)
 {
-    std::vector<std::uint8_t> bytes(
-        report.begin(), report.begin() + std::ptrdiff_t(std::min(report.size(), conduct.shortReads)));
+    report.resize(std::min(report.size(), conduct.shortReads));
     if (!conduct.garbage)
-        return bytes;
-    for (std::uint8_t& byte : bytes) {
+        return;
+    for (std::uint8_t& byte : report) {
         noise ^= noise << 13;
         noise ^= noise >> 17;
         noise ^= noise << 5;
         byte ^= std::uint8_t(1 + noise % 255); // never 0, so that no byte stays what it was
     }
-    return bytes;
 }
 
-void Device::deliver(Bytes report)
+void Device::deliver(Wire& wire, Bytes report)
 {
     const Lock lock(mutex);
-    deliver(lock, report.first(std::min<std::size_t>(report.size(), 64)));
+    deliver(lock, wire, report.first(std::min(report.size(), wire.room)));
 }
 
-void Device::deliver(const Lock& lock, Bytes report)
+void Device::deliver(const Lock& lock, Wire& wire, Bytes report)
 {
     if (!plugged)
         return;
-    record(lock, WireRecord::Direction::toHost, report);
-    newest.assign(report.begin(), report.end());
+    record(lock, wire, WireRecord::Direction::toHost, report);
+    const std::uint8_t id = wire.numbered && !report.empty() ? report[0] : 0;
+    const Bytes payload = wire.numbered && !report.empty() ? report.subspan(1) : report;
+    wire.newest[id].assign(payload.begin(), payload.end());
     for (Handle* handle : handles) {
-        if (!onControlInterface(handle->entry))
+        if (handle->entry.wire != &wire || !handle->entry.hears(id))
             continue;
-        auto& waiting = handle->waiting;
-        if (handle->count == waiting.size()) {
-            handle->first = (handle->first + 1) % waiting.size();
+        if (handle->count == Handle::mostWaiting) {
+            handle->first = (handle->first + 1) % Handle::mostWaiting;
             --handle->count;
         }
-        Handle::InputReport& place = waiting[(handle->first + handle->count) % waiting.size()];
-        std::ranges::copy(report, place.bytes.begin());
-        place.length = report.size();
+        const std::size_t place = (handle->first + handle->count) % Handle::mostWaiting;
+        std::ranges::copy(report, handle->bytes.begin() + std::ptrdiff_t(place * wire.room));
+        handle->lengths[place] = report.size();
         ++handle->count;
         handle->arrived.notify_one();
     }
 }
 
-void Device::record(const Lock&, WireRecord::Direction direction, Bytes report)
+void Device::record(const Lock&, Wire& wire, WireRecord::Direction direction, Bytes report)
 {
-    if (traffic.size() == mostTraffic)
-        traffic.pop_front();
-    traffic.push_back({direction, {report.begin(), report.end()}});
+    if (wire.traffic.size() == mostTraffic)
+        wire.traffic.pop_front();
+    wire.traffic.push_back({direction, {report.begin(), report.end()}});
     recorded.notify_all();
     if (!trace.load())
         return;
     const std::lock_guard traceLock(traceMutex());
     if (const Trace callback = trace)
-        callback(controlPath().c_str(), direction == WireRecord::Direction::toDevice ? 0 : 1, report.data(),
+        callback(wire.path.c_str(), direction == WireRecord::Direction::toDevice ? 0 : 1, report.data(),
                  int(report.size()));
 }
 
-std::vector<WireRecord> Device::takeTraffic(std::size_t least, std::chrono::milliseconds limit)
+std::vector<WireRecord> Device::takeTraffic(Wire& wire, std::size_t least, std::chrono::milliseconds limit)
 {
     Lock lock(mutex);
-    recorded.wait_for(lock, std::min(limit, longest), [&] { return traffic.size() >= least; });
-    std::vector<WireRecord> taken(std::make_move_iterator(traffic.begin()),
-                                  std::make_move_iterator(traffic.end()));
-    traffic.clear();
+    recorded.wait_for(lock, std::min(limit, longest), [&] { return wire.traffic.size() >= least; });
+    std::vector<WireRecord> taken(std::make_move_iterator(wire.traffic.begin()),
+                                  std::make_move_iterator(wire.traffic.end()));
+    wire.traffic.clear();
     return taken;
-}
-
-int Device::reads() const
-{
-    return readCalls;
 }
 
 } // namespace pyrux::sim

@@ -9,6 +9,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <list>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -18,10 +20,26 @@ namespace pyrux::sim {
 
 class Device;
 
+/// One USB interface of a plugged device, and what passed on it. Guarded by the device's mutex.
+struct Wire {
+    int interface = 0;
+    std::string path;      ///< Of its first collection.
+    bool numbered = false; ///< Its reports have ids.
+    std::size_t room = 64; ///< Bytes of the longest report that hid_read may give.
+    std::deque<WireRecord> traffic;
+    std::map<std::uint8_t, std::vector<std::uint8_t>>
+        newest; ///< Payload that the host got last, by report id.
+    std::atomic<int> readCalls = 0;
+};
+
 /// One entry of the enumeration: a collection of a plugged device.
 struct Entry {
-    Collection collection;
+    Collection collection; ///< With its reports, where they are the usual ones too.
     std::string path;
+    Wire* wire; ///< Lives as long as the device.
+
+    const ReportPair* reportsWith(std::uint8_t id) const;
+    bool hears(std::uint8_t id) const; ///< It has an input report with that id.
 };
 
 /// What hid_open_path gives out: the device's side of it. The input reports wait here, guarded by the
@@ -42,13 +60,10 @@ public:
 private:
     friend class Device;
 
-    struct InputReport {
-        std::array<std::uint8_t, 64> bytes;
-        std::size_t length;
-    };
-
-    /// As many as the kernel keeps; the oldest gives way.
-    std::array<InputReport, 64> waiting;
+    /// As many as the kernel keeps, in turn; the oldest gives way.
+    static constexpr std::size_t mostWaiting = 64;
+    std::array<std::size_t, mostWaiting> lengths{};
+    std::vector<std::uint8_t> bytes; ///< The room of the wire for each.
     std::size_t first = 0;
     std::size_t count = 0;
     std::condition_variable arrived;
@@ -60,6 +75,11 @@ class Device : public std::enable_shared_from_this<Device> {
 public:
     Device(std::shared_ptr<Firmware> behind, std::string plug);
 
+private:
+    std::list<Wire> wires; ///< The interfaces, by number.
+    int controlInterface;
+
+public:
     const std::string instance; ///< The piece of its paths that tells this plug from others.
     const std::vector<Entry> entries;
     const std::shared_ptr<Firmware> model;
@@ -85,22 +105,22 @@ public:
 
     void setConduct(const Conduct& next);
     void releaseWrites();
-    /// Sends an input report as it is.
-    void deliver(Bytes report);
-    std::vector<WireRecord> takeTraffic(std::size_t least, std::chrono::milliseconds limit);
-    int reads() const;
+    /// Sends an input report as hid_read is to give it.
+    void deliver(Wire& wire, Bytes report);
+    std::vector<WireRecord> takeTraffic(Wire& wire, std::size_t least, std::chrono::milliseconds limit);
 
 private:
     using Lock = std::unique_lock<std::mutex>;
 
-    bool onControlInterface(const Entry& entry) const;
+    std::vector<Entry> makeEntries(const Identity& identity);
+    Wire& wireOf(int interface);
     bool waitForTurn(Lock& lock, std::uint64_t ticket);
     bool stall(Lock& lock, std::uint64_t releasesBefore);
-    const wchar_t* refusal(const Handle& handle) const;
-    void fromModel(Bytes report);
-    std::vector<std::uint8_t> shaped(Bytes report);
-    void deliver(const Lock& lock, Bytes report);
-    void record(const Lock& lock, WireRecord::Direction direction, Bytes report);
+    const wchar_t* refusal() const;
+    void fromModel(const Channel& from, Bytes payload);
+    void shape(std::vector<std::uint8_t>& report);
+    void deliver(const Lock& lock, Wire& wire, Bytes report);
+    void record(const Lock& lock, Wire& wire, WireRecord::Direction direction, Bytes report);
 
     mutable std::mutex mutex;
     bool plugged = true;
@@ -113,11 +133,8 @@ private:
     std::uint64_t servedTicket = 0;
     std::uint64_t releases = 0;
 
-    std::deque<WireRecord> traffic;
     std::condition_variable recorded;
-    std::vector<std::uint8_t> newest; ///< The input report that was delivered last.
     std::uint32_t noise = 0x2545F491;
-    std::atomic<int> readCalls = 0;
 };
 
 /// Threads in hid_write that a stalled device holds, on all devices.

@@ -1,26 +1,17 @@
 #include "interfaces.h"
 
 #include <algorithm>
+#include <array>
 #include <initializer_list>
+#include <iterator>
 #include <span>
+#include <utility>
 
 namespace pyrux::gadget {
 
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-
-/// Reports of 64 bytes in both directions, without report id.
-constexpr std::uint8_t commandReports[]{
-    0x15, 0x00,       // Logical Minimum (0)
-    0x26, 0xFF, 0x00, // Logical Maximum (255)
-    0x75, 0x08,       // Report Size (8)
-    0x95, 0x40,       // Report Count (64)
-    0x09, 0x01,       // Usage (1)
-    0x81, 0x02,       // Input (Data, Variable, Absolute)
-    0x09, 0x02,       // Usage (2)
-    0x91, 0x02,       // Output (Data, Variable, Absolute)
-};
 
 /// Three buttons, two axes, a wheel; the first three bytes are the boot protocol's.
 constexpr std::uint8_t mouseReport[]{
@@ -80,9 +71,8 @@ constexpr std::uint8_t consumerReport[]{
     0x81, 0x00,       // Input (Data, Array)
 };
 
-/// What a collection has that shares its interface with another one's reports. Reports without an id are one
-/// per direction and interface, so that further collections could only lengthen them: theirs is a feature
-/// byte.
+/// What a collection has that has no reports of its own. Reports without an id are one per direction and
+/// interface, so that further collections could only lengthen them: theirs is a feature byte.
 constexpr std::uint8_t featureReport[]{
     0x15, 0x00,       // Logical Minimum (0)
     0x26, 0xFF, 0x00, // Logical Maximum (255)
@@ -99,31 +89,27 @@ struct Kind {
     std::uint8_t subclass;
     std::uint8_t protocol;
     std::uint8_t reportLength;
-    bool hasOutputEndpoint;
     std::span<const std::uint8_t> reports;
 };
 
 constexpr Kind kinds[]{
-    {0x0001, 0x0002, 1, 2, 4, false, mouseReport},
-    {0x0001, 0x0006, 1, 1, 8, false, keyboardReport},
-    {0x000C, 0x0001, 0, 0, 2, false, consumerReport},
+    {0x0001, 0x0002, 1, 2, 4, mouseReport},
+    {0x0001, 0x0006, 1, 1, 8, keyboardReport},
+    {0x000C, 0x0001, 0, 0, 2, consumerReport},
 };
 
-/// All others.
-constexpr Kind commandKind{0xFF00, 0x0001, 0, 0, 64, true, commandReports};
-
 /// An interface number that the model leaves out: nothing goes in or out.
-constexpr Kind placeHolderKind{0xFFFF, 0x0001, 0, 0, 1, false, featureReport};
-constexpr sim::Collection placeHolder{.usagePage = placeHolderKind.usagePage, .usage = placeHolderKind.usage};
+constexpr std::uint16_t placeHolderPage = 0xFFFF;
 
 constexpr std::uint16_t firstVendorPage = 0xFF00;
 
-const Kind& kindOf(const sim::Collection& collection)
+/// Null: one of the maker's own, with the reports that the model tells of.
+const Kind* kindOf(const sim::Collection& collection)
 {
-    for (const Kind& kind : kinds)
-        if (kind.usagePage == collection.usagePage && kind.usage == collection.usage)
-            return kind;
-    return commandKind;
+    const auto* const found = std::ranges::find_if(kinds, [&](const Kind& kind) {
+        return kind.usagePage == collection.usagePage && kind.usage == collection.usage;
+    });
+    return collection.reports.empty() && found != std::end(kinds) ? found : nullptr;
 }
 
 bool isVendorPage(const sim::Collection& collection)
@@ -155,34 +141,83 @@ void appendCollection(Bytes& to, const sim::Collection& collection, std::span<co
     to.push_back(0xC0); // End Collection
 }
 
-HidInterface interfaceOf(const Kind& kind)
+/// The items of one direction: the count, where it is another than before, a usage, and the main item.
+void appendDirection(Bytes& to, std::size_t count, std::size_t& countBefore, std::uint8_t usage,
+                     std::uint8_t main)
 {
-    return {.subclass = kind.subclass,
-            .protocol = kind.protocol,
-            .reportLength = kind.reportLength,
-            .hasOutputEndpoint = kind.hasOutputEndpoint,
-            .descriptor = {}};
+    if (count == 0)
+        return;
+    if (std::exchange(countBefore, count) != count)
+        appendItem(to, 0x95, std::uint16_t(count));
+    append(to, std::initializer_list<std::uint8_t>{0x09, usage, main, 0x02}); // Data, Variable, Absolute
+}
+
+/// Reports of bytes.
+Bytes itemsOf(std::span<const sim::ReportPair> reports)
+{
+    Bytes items{0x15, 0x00,       // Logical Minimum (0)
+                0x26, 0xFF, 0x00, // Logical Maximum (255)
+                0x75, 0x08};      // Report Size (8)
+    std::size_t count = 0;
+    for (const sim::ReportPair& pair : reports) {
+        if (pair.id != 0)
+            append(items, std::initializer_list<std::uint8_t>{0x85, pair.id}); // Report ID
+        appendDirection(items, pair.input, count, 1, 0x81);
+        appendDirection(items, pair.output, count, 2, 0x91);
+    }
+    return items;
+}
+
+/// Gives an interface a collection with these reports.
+void add(HidInterface& to, const sim::Collection& collection, std::span<const sim::ReportPair> reports)
+{
+    appendCollection(to.descriptor, collection, itemsOf(reports));
+    for (const sim::ReportPair& pair : reports) {
+        const std::size_t longest = std::max(pair.input, pair.output) + (pair.id != 0);
+        to.reportLength = std::max(to.reportLength, std::uint16_t(longest));
+        to.hasOutputEndpoint = to.hasOutputEndpoint || pair.output > 0;
+        to.hasIds = to.hasIds || pair.id != 0;
+    }
 }
 
 HidInterface placeHolderInterface()
 {
-    HidInterface result = interfaceOf(placeHolderKind);
-    appendCollection(result.descriptor, placeHolder, placeHolderKind.reports);
+    HidInterface result;
+    result.reportLength = 1;
+    appendCollection(result.descriptor, {.usagePage = placeHolderPage, .usage = 1}, featureReport);
     return result;
 }
 
-HidInterface interfaceWith(std::span<const sim::Collection> collections)
+HidInterface interfaceWith(const sim::Identity& identity, std::span<const sim::Collection> collections)
 {
     if (collections.empty())
         return placeHolderInterface();
-    // An interface with a vendor page is there for its commands, whatever stands beside it.
-    auto carrier = std::ranges::find_if(collections, isVendorPage);
-    if (carrier == collections.end())
+    HidInterface result;
+    result.number = collections.front().interface;
+    for (const sim::Collection& one : collections)
+        result.carriesModel = result.carriesModel || !sim::reportsOf(identity, one).empty();
+    const bool stated =
+        std::ranges::any_of(collections, [](const auto& one) { return !one.reports.empty(); });
+    // Where the model tells of no reports, an interface with a vendor page is there for its commands,
+    // whatever stands beside it.
+    auto carrier = stated ? collections.end() : std::ranges::find_if(collections, isVendorPage);
+    if (!stated && carrier == collections.end())
         carrier = collections.begin();
-    const Kind& kind = kindOf(*carrier);
-    HidInterface result = interfaceOf(kind);
-    for (auto one = collections.begin(); one != collections.end(); ++one)
-        appendCollection(result.descriptor, *one, one == carrier ? kind.reports : featureReport);
+    for (auto one = collections.begin(); one != collections.end(); ++one) {
+        const Kind* const kind = kindOf(*one);
+        if (!one->reports.empty()) {
+            add(result, *one, one->reports);
+        } else if (one == carrier && !kind) {
+            add(result, *one, std::array{sim::ReportPair()});
+        } else if (one == carrier) {
+            result.subclass = kind->subclass;
+            result.protocol = kind->protocol;
+            result.reportLength = kind->reportLength;
+            appendCollection(result.descriptor, *one, kind->reports);
+        } else {
+            appendCollection(result.descriptor, *one, featureReport);
+        }
+    }
     return result;
 }
 
@@ -203,7 +238,7 @@ std::vector<HidInterface> interfacesOf(const sim::Identity& identity)
     }
     std::vector<HidInterface> interfaces;
     for (const auto& collections : byNumber)
-        interfaces.push_back(interfaceWith(collections));
+        interfaces.push_back(interfaceWith(identity, collections));
     return interfaces;
 }
 

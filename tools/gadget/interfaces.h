@@ -13,11 +13,16 @@ namespace pyrux::gadget {
 
 /// One USB interface of HID class.
 struct HidInterface {
-    std::uint8_t subclass = 0;     ///< 1: has a boot protocol.
-    std::uint8_t protocol = 0;     ///< The boot protocol: 1 keyboard, 2 mouse.
-    std::uint8_t reportLength = 0; ///< Bytes of the longest report; the packet size of the endpoints.
+    std::uint8_t subclass = 0; ///< 1: has a boot protocol.
+    std::uint8_t protocol = 0; ///< The boot protocol: 1 keyboard, 2 mouse.
+    /// Bytes of the longest report, an id included; the packet size of the endpoints.
+    std::uint16_t reportLength = 0;
     bool hasOutputEndpoint = false;
     std::vector<std::uint8_t> descriptor; ///< The HID report descriptor.
+
+    int number = 0;            ///< The model's own; -1 in a device that is not composite.
+    bool hasIds = false;       ///< Reports begin with their id.
+    bool carriesModel = false; ///< The model takes or emits reports here.
 };
 
 /// The interfaces of a device in the order of their numbers. USB counts them from 0 without a gap: a number

@@ -3,6 +3,7 @@
 #include "failure.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -24,7 +25,16 @@ ServedModel::ServedModel(std::shared_ptr<sim::Firmware> served, Place at, Trace 
       usb(place.folder, model->identity(), interfacesOf(model->identity())),
       wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
-    model->connect([this](sim::Bytes payload) { queue(payload); });
+    const std::size_t control = controlInterfaceOf(model->identity());
+    std::size_t number = 0;
+    for (HidInterface& interface : interfacesOf(model->identity())) {
+        const std::size_t here = number++;
+        if (!interface.carriesModel)
+            continue;
+        lines.insert(here == control ? lines.begin() : lines.end(),
+                     Line{here, std::move(interface), {}, {}, {}});
+    }
+    model->connect([this](const sim::Channel& from, sim::Bytes payload) { queue(from, payload); });
 }
 
 ServedModel::~ServedModel()
@@ -38,29 +48,39 @@ void ServedModel::plug()
     model->powerOn();
     usb.plug(place.controller);
     try {
-        openNode();
+        openNodes();
     } catch (const Failure&) {
+        closeNodes();
         usb.unplug();
         throw;
     }
 }
 
-void ServedModel::openNode()
+void ServedModel::openNodes()
 {
-    node = usb.node(controlInterfaceOf(model->identity()));
-    file = FileDescriptor(open(node.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
-    if (!file)
-        throw Failure(Exit::refused, node + ": " + std::strerror(errno));
+    for (Line& line : lines) {
+        line.node = usb.node(line.place);
+        line.file = FileDescriptor(open(line.node.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
+        if (!line.file)
+            throw Failure(Exit::refused, line.node + ": " + std::strerror(errno));
+    }
+}
+
+void ServedModel::closeNodes()
+{
+    for (Line& line : lines)
+        line.file.reset();
 }
 
 void ServedModel::unplug()
 {
-    // The node goes with the device, and must not be held any more when the device comes back.
-    file.reset();
+    // The nodes go with the device, and must not be held any more when the device comes back.
+    closeNodes();
     usb.unplug();
     model->powerOff();
     const std::lock_guard lock(mutex);
-    waiting.clear();
+    for (Line& line : lines)
+        line.waiting.clear();
 }
 
 void ServedModel::setSilent(bool on)
@@ -68,7 +88,8 @@ void ServedModel::setSilent(bool on)
     const std::lock_guard lock(mutex);
     silent = on;
     if (silent)
-        waiting.clear();
+        for (Line& line : lines)
+            line.waiting.clear();
 }
 
 bool ServedModel::happen(const std::string& event, const std::vector<int>& values)
@@ -81,24 +102,33 @@ std::string ServedModel::whereabouts() const
     std::array<char, 16> ids{};
     const sim::Identity& identity = model->identity();
     std::snprintf(ids.data(), ids.size(), "%04x:%04x", identity.vid, identity.pid);
-    return ids.data() + (" at " + place.controller + ", " + node);
+    std::string text = ids.data() + (" at " + place.controller);
+    for (const Line& line : lines)
+        text += ", " + line.node;
+    return text;
 }
 
-bool ServedModel::hasReports() const
+bool ServedModel::hasReports(std::size_t port) const
 {
     const std::lock_guard lock(mutex);
-    return !waiting.empty();
+    return !lines[port].waiting.empty();
 }
 
-void ServedModel::queue(sim::Bytes payload)
+void ServedModel::queue(const sim::Channel& from, sim::Bytes payload)
 {
+    const auto line =
+        std::ranges::find(lines, from.interface, [](const Line& one) { return one.interface.number; });
+    if (line == lines.end())
+        return;
+    Report report;
+    if (from.id != 0)
+        report.push_back(from.id);
+    report.insert(report.end(), payload.begin(), payload.end());
     {
         const std::lock_guard lock(mutex);
-        if (silent || waiting.size() >= mostWaiting)
+        if (silent || line->waiting.size() >= mostWaiting)
             return;
-        Report report{};
-        std::ranges::copy(payload.first(std::min(payload.size(), report.size())), report.begin());
-        waiting.push_back(report);
+        line->waiting.push_back(std::move(report));
     }
     eventfd_write(wake.get(), 1);
 }
@@ -109,37 +139,41 @@ void ServedModel::clearWakeUp()
     eventfd_read(wake.get(), &ignored);
 }
 
-void ServedModel::takeReports()
+void ServedModel::takeReports(std::size_t port)
 {
-    // A read gives one transfer, or the next 64 bytes of a longer one. So each is a report: a full packet is
+    const Line& line = lines[port];
+    // A read gives one transfer, or the next packet of a longer one. So each is a report: a full packet is
     // the whole of it, and a short one ends it, such as the byte that is left over from a report that a host
-    // has sent with a report id.
-    Report report;
+    // has sent with a report id to an interface without.
+    Report buffer(line.interface.reportLength);
     for (;;) {
-        const ssize_t count = read(file.get(), report.data(), report.size());
+        const ssize_t count = read(line.file.get(), buffer.data(), buffer.size());
         if (count > 0) {
-            const sim::Bytes payload(report.data(), std::size_t(count));
+            const sim::Bytes report(buffer.data(), std::size_t(count));
             if (trace)
-                trace('>', payload);
-            model->output(payload);
+                trace('>', report);
+            const std::uint8_t id = line.interface.hasIds ? report[0] : 0;
+            model->outputOn({line.interface.number, id}, report.subspan(line.interface.hasIds));
         }
         if (count < 0 && errno != EINTR)
             return; // nothing left, or the host has just shut the device down
     }
 }
 
-void ServedModel::sendReports()
+void ServedModel::sendReports(std::size_t port)
 {
     const std::lock_guard lock(mutex);
-    while (!waiting.empty()) {
-        const ssize_t count = write(file.get(), waiting.front().data(), waiting.front().size());
+    Line& line = lines[port];
+    while (!line.waiting.empty()) {
+        const Report& report = line.waiting.front();
+        const ssize_t count = write(line.file.get(), report.data(), report.size());
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0 && errno == EAGAIN)
             return;
         if (count > 0 && trace)
-            trace('<', waiting.front());
-        waiting.pop_front(); // also when the host has not set the device up: nobody is there to hear it
+            trace('<', report);
+        line.waiting.pop_front(); // also when the host has not set the device up: nobody is there to hear it
     }
 }
 

@@ -4,7 +4,7 @@
 #include "simulator/firmware.h"
 #include "usb_device.h"
 
-#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -47,30 +47,39 @@ public:
     /// "3a7e:012f at dummy_udc.0, /dev/hidg1"
     std::string whereabouts() const;
 
-    // For a poll loop. `port` is -1 while the device is not plugged in.
-    int port() const { return file.get(); }
+    // For a poll loop. A port is an interface through which the model speaks; each has a file, -1 while the
+    // device is not plugged in.
+    std::size_t ports() const { return lines.size(); }
+    int port(std::size_t number) const { return lines[number].file.get(); }
+    bool hasReports(std::size_t port) const;  ///< Input reports wait for the host.
+    void takeReports(std::size_t port);       ///< Hands the host's reports to the model.
+    void sendReports(std::size_t port);       ///< Hands input reports over until the host is to fetch them.
     int wakeUp() const { return wake.get(); } ///< Readable: look at `hasReports` anew.
-    bool hasReports() const;                  ///< Input reports wait for the host.
-    void takeReports();                       ///< Hands the host's reports to the model.
-    void sendReports();                       ///< Hands input reports over until the host is to fetch them.
     void clearWakeUp();
 
 private:
-    using Report = std::array<std::uint8_t, 64>;
+    using Report = std::vector<std::uint8_t>;
 
-    void openNode();
-    void queue(sim::Bytes payload);
+    struct Line {
+        std::size_t place; ///< Of the interface in the device.
+        HidInterface interface;
+        std::string node;
+        FileDescriptor file;
+        std::deque<Report> waiting; ///< Guarded by `mutex`.
+    };
+
+    void openNodes();
+    void closeNodes();
+    void queue(const sim::Channel& from, sim::Bytes payload);
 
     std::shared_ptr<sim::Firmware> model;
     Place place;
     Trace trace;
     UsbDevice usb;
-    std::string node;
-    FileDescriptor file;
+    std::vector<Line> lines; ///< That of the commands first.
     FileDescriptor wake;
-    mutable std::mutex mutex; ///< Guards the two below: a model may send from a thread of its own.
-    std::deque<Report> waiting;
-    bool silent = false;
+    mutable std::mutex mutex; ///< A model may send from a thread of its own.
+    bool silent = false;      ///< Guarded by `mutex`.
 };
 
 } // namespace pyrux::gadget

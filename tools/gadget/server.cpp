@@ -96,37 +96,47 @@ Server::Server(ServedModel& served, const FileDescriptor& endSignals, const Cont
     peers.push_back({.owned = {}, .in = STDIN_FILENO, .out = STDOUT_FILENO, .text = {}});
 }
 
+std::vector<pollfd> Server::files() const
+{
+    const auto file = [](int number, short events) {
+        return pollfd{.fd = number, .events = events, .revents = 0};
+    };
+    std::vector<pollfd> all{file(device.wakeUp(), POLLIN), file(signals.get(), POLLIN),
+                            file(socket.get(), POLLIN)};
+    for (std::size_t port = 0; port < device.ports(); ++port)
+        all.push_back(file(device.port(port), device.hasReports(port) ? POLLIN | POLLOUT : POLLIN));
+    for (const Peer& peer : peers)
+        all.push_back(file(peer.in, POLLIN));
+    return all;
+}
+
 void Server::run()
 {
-    enum Fixed { port, wakeUp, signal, listener, fixedCount };
+    enum Place { wakeUp, signal, listener, firstPort };
+    const std::size_t firstPeer = firstPort + device.ports();
     while (!ending) {
-        std::vector<pollfd> files(fixedCount);
-        const short portEvents = device.hasReports() ? POLLIN | POLLOUT : POLLIN;
-        files[port] = {.fd = device.port(), .events = portEvents, .revents = 0};
-        files[wakeUp] = {.fd = device.wakeUp(), .events = POLLIN, .revents = 0};
-        files[signal] = {.fd = signals.get(), .events = POLLIN, .revents = 0};
-        files[listener] = {.fd = socket.get(), .events = POLLIN, .revents = 0};
-        for (const Peer& peer : peers)
-            files.push_back({.fd = peer.in, .events = POLLIN, .revents = 0});
-        if (poll(files.data(), files.size(), -1) < 0) {
+        std::vector<pollfd> ready = files();
+        if (poll(ready.data(), ready.size(), -1) < 0) {
             if (errno == EINTR)
                 continue;
             refuse("poll");
         }
 
-        if (files[signal].revents)
+        if (ready[signal].revents)
             return;
-        if (files[wakeUp].revents)
+        if (ready[wakeUp].revents)
             device.clearWakeUp();
-        if (files[port].revents & POLLIN)
-            device.takeReports();
-        if (device.port() >= 0)
-            device.sendReports();
+        for (std::size_t port = 0; port < device.ports(); ++port) {
+            if (ready[firstPort + port].revents & POLLIN)
+                device.takeReports(port);
+            if (device.port(port) >= 0)
+                device.sendReports(port);
+        }
         // From the last one, so that those that go leave the others in their places.
-        for (std::size_t i = files.size() - fixedCount; i-- > 0;)
-            if (files[fixedCount + i].revents && !hear(peers[i]))
+        for (std::size_t i = ready.size() - firstPeer; i-- > 0;)
+            if (ready[firstPeer + i].revents && !hear(peers[i]))
                 peers.erase(peers.begin() + std::ptrdiff_t(i));
-        if (files[listener].revents)
+        if (ready[listener].revents)
             accept();
     }
 }

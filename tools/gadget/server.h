@@ -3,6 +3,7 @@
 #include "file_descriptor.h"
 #include "served_model.h"
 
+#include <poll.h>
 #include <string>
 #include <vector>
 
@@ -47,6 +48,7 @@ private:
         std::string text; ///< The beginning of a line.
     };
 
+    std::vector<pollfd> files() const; ///< What the loop waits for.
     void accept();
     bool hear(Peer& peer); ///< False: the peer has gone.
     void carryOut(const std::string& line, const Peer& peer);
