@@ -1,5 +1,7 @@
 #include "simulator/models/glow_hub.h"
 
+#include "simulator/models/lights.h"
+
 #include <algorithm>
 #include <bit>
 
@@ -14,6 +16,7 @@ constexpr std::uint8_t customMode = 7;
 constexpr std::uint8_t ownColor = 16; // color source
 constexpr std::uint8_t lastPart = 0x80;
 constexpr std::uint8_t ledsOfAPart = 0x30;
+constexpr std::size_t reportEnd = 64;
 
 std::vector<Light> still(const GlowHubFirmware::Effect& effect, std::size_t leds)
 {
@@ -23,38 +26,110 @@ std::vector<Light> still(const GlowHubFirmware::Effect& effect, std::size_t leds
     return spectrum(leds, brightness);
 }
 
-template <std::size_t size>
-void copyFrom(const auto& command, std::size_t at, std::array<std::uint8_t, size>& to)
+GlowHubFirmware::Driver driverOf(const Command& command)
 {
-    std::copy_n(command.begin() + std::ptrdiff_t(at), size, to.begin());
+    return command[3] == 2 ? GlowHubFirmware::Driver::host : GlowHubFirmware::Driver::device;
 }
 
 } // namespace
 
-const Identity& GlowHubFirmware::identity() const
+GlowHubFirmware::GlowHubFirmware()
+    : TableFirmware(identityOf("GLOW HUB", 0x1011, 0x0203, besideVendorPage(), 0), hubForm)
 {
-    // Never destroyed: a write may hang in a model to the end of the process.
-    static const Identity& self = *new Identity{
-        .pid = 0x1011,
-        .release = 0x0203,
-        .serial = "GLOWHUB-000001",
-        .product = "GLOW HUB",
-        .collections = {{.interface = 0}, {.interface = 1, .usagePage = 0xFF01}},
-        .controlInterface = 0,
-    };
-    return self;
+    takes({
+        {"80", [] {}},
+        {"..", [this](auto& c) { takePart(c); }},
+    });
+    takes(effectRows());
+    takes(deviceRows());
+    does({
+        {"effect",
+         {{"MODE", 0, highestMode}},
+         [this](auto& values) {
+             forPorts(allPorts, [&](Port& port) { port.effect[0] = std::uint8_t(values[0]); });
+             return report(joined(0x80, 0x0B, 0x03, 0x03, working.ports[0].effect));
+         }},
+        // 2 as of a write: the device tells what it has set.
+        {"rgb",
+         {{"MODE", 0, highestStripMode}},
+         [this](auto& values) {
+             working.strip[0] = std::uint8_t(values[0]);
+             return report(joined(0x80, 0x0A, 0x02, working.strip));
+         }},
+    });
 }
 
-void GlowHubFirmware::powerOn()
+std::vector<Row> GlowHubFirmware::effectRows()
 {
-    const std::lock_guard lock(mutex);
+    return {
+        {"80 04",
+         [this](auto& c) {
+             if (c[2] <= highestStripMode)
+                 c.copy(2, working.strip);
+         }},
+        {"80 05",
+         [this](auto& c) {
+             if (now.strip != Driver::host)
+                 return;
+             now.shownStrip = {c[2], c[3], c[4]};
+             countFrame();
+         }},
+        {"80 0A 01", [this] { return told(working.strip); }},
+        {"80 0B 02",
+         [this](auto& c) {
+             if (c[4] <= highestMode)
+                 forPorts(c[3], [&](Port& port) { c.copy(4, port.effect); });
+         }},
+        {"80 0B 01",
+         [this](auto& c) {
+             const Port* const port = onePort(c[3]);
+             return port ? told(c[3], port->effect) : refused();
+         }},
+        {"80 10 01", [this](auto& c) { return tellCustom(c); }},
+        {"80 20",
+         [this](auto& c) {
+             if (c[3] <= highestMode)
+                 forPorts(c[2], [&](Port& port) { port.effect[0] = c[3]; });
+         }},
+        {"80 21",
+         [this](auto& c) {
+             if (c[3] <= highestStripMode)
+                 working.strip[0] = c[3];
+         }},
+    };
+}
+
+std::vector<Row> GlowHubFirmware::deviceRows()
+{
+    return {
+        {"80 01 01", [this](auto& c) { now.ports = driverOf(c); }},
+        {"80 01 02", [this] { now.ports = Driver::board; }},
+        {"80 01 03", [this](auto& c) { now.strip = driverOf(c); }},
+        {"80 01 04", [this](auto& c) { now.strip = c[3] == 1 ? Driver::board : Driver::device; }},
+        {"80 01 05",
+         [this] { return report(joined(0x80, 0x01, 0x05, 0x03, int(now.strip), int(now.ports))); }},
+        {"80 0C 02", [this](auto& c) { c.copy(3, working.owner); }},
+        {"80 0C 01", [this] { return told(working.owner); }},
+        {"80 0D 02", [this](auto& c) { forPorts(c[3], [&](Port& port) { c.copy(4, port.size); }); }},
+        {"80 0D 01",
+         [this](auto& c) {
+             const Port* const port = onePort(c[3]);
+             return port ? told(c[3], port->size) : refused();
+         }},
+        {"80 12 5A A5", [this] { saved = working; }},
+        {"80 13 55 AA", [this] { working = {}; }},
+        {"80 14 01", [] { return told(version & 0xFF, version >> 8); }},
+        {"80 15 5E", [this](auto& c) { now.identified = c[3]; }},
+        {"80 16 56 78", [this] { working = saved = {}; }},
+        {"80 17 02", [this](auto& c) { working.multilayer = c[3]; }},
+        {"80 17 01", [this] { return told(working.multilayer); }},
+    };
+}
+
+void GlowHubFirmware::restart()
+{
     working = saved;
-    ports = strip = Driver::device;
-    transfer.reset();
-    shown = {};
-    shownStrip = {};
-    identifiedPlace = 0;
-    forgetFrames();
+    now = {};
 }
 
 void GlowHubFirmware::forPorts(std::uint8_t mask, const auto& change)
@@ -70,253 +145,69 @@ GlowHubFirmware::Port* GlowHubFirmware::onePort(std::uint8_t mask)
                                                          : nullptr;
 }
 
-void GlowHubFirmware::take(const Payload& command, Replies& replies)
+Answer GlowHubFirmware::tellCustom(const Command& command) const
 {
-    if (command[0] != 0x80) {
-        takePart(command);
-        return;
-    }
-    const std::uint8_t operation = command[2];
-    const bool write = operation == 2;
-    const bool read = operation == 1;
-    switch (command[1]) {
-    case 0x01:
-        takeState(command, replies);
-        break;
-    case 0x04:
-        if (command[2] <= highestStripMode)
-            copyFrom(command, 2, working.strip);
-        break;
-    case 0x05:
-        if (strip == Driver::host) {
-            shownStrip = {command[2], command[3], command[4]};
-            countFrame();
-        }
-        break;
-    case 0x0A:
-        if (read)
-            replies.push_back(success(command, working.strip));
-        break;
-    case 0x0B:
-        if (write && command[4] <= highestMode) {
-            forPorts(command[3], [&](Port& port) { copyFrom(command, 4, port.effect); });
-        } else if (read) {
-            const Port* const port = onePort(command[3]);
-            replies.push_back(port ? success(command, port->effect, 4) : refusal(command));
-            if (port)
-                replies.back()[3] = command[3];
-        }
-        break;
-    case 0x0C:
-        if (write)
-            copyFrom(command, 3, working.owner);
-        else if (read)
-            replies.push_back(success(command, working.owner));
-        break;
-    case 0x0D:
-        if (write) {
-            forPorts(command[3], [&](Port& port) { copyFrom(command, 4, port.size); });
-        } else if (read) {
-            const Port* const port = onePort(command[3]);
-            replies.push_back(port ? success(command, port->size, 4) : refusal(command));
-            if (port)
-                replies.back()[3] = command[3];
-        }
-        break;
-    case 0x10:
-        if (read && command[3] < portCount && command[4] == ledsOfAPart) {
-            const Colors& colors = working.ports[command[3]].custom;
-            Payload first{0x00, 0x10, 0x03, command[3], ledsOfAPart};
-            Payload second{0x01};
-            Payload third{0x02 | lastPart};
-            std::copy_n(colors.begin(), 59, first.begin() + 5);
-            std::copy_n(colors.begin() + 59, 63, second.begin() + 1);
-            std::copy_n(colors.begin() + 122, 22, third.begin() + 1);
-            replies = {first, second, third};
-        } else if (read) {
-            replies.push_back(refusal(command));
-        }
-        break;
-    case 0x12:
-        if (command[2] == 0x5A && command[3] == 0xA5)
-            saved = working;
-        break;
-    case 0x13:
-        if (command[2] == 0x55 && command[3] == 0xAA)
-            working = {};
-        break;
-    case 0x14:
-        if (read)
-            replies.push_back(
-                success(command, std::array{std::uint8_t(version & 0xFF), std::uint8_t(version >> 8)}));
-        break;
-    case 0x15:
-        if (command[2] == 0x5E)
-            identifiedPlace = command[3];
-        break;
-    case 0x16:
-        if (command[2] == 0x56 && command[3] == 0x78)
-            working = saved = {};
-        break;
-    case 0x17:
-        if (write)
-            working.multilayer = command[3];
-        else if (read)
-            replies.push_back(success(command, std::array{working.multilayer}));
-        break;
-    case 0x20:
-        if (command[3] <= highestMode)
-            forPorts(command[2], [&](Port& port) { port.effect[0] = command[3]; });
-        break;
-    case 0x21:
-        if (command[3] <= highestStripMode)
-            working.strip[0] = command[3];
-        break;
-    default:
-        break;
-    }
-}
-
-void GlowHubFirmware::takeState(const Payload& command, Replies& replies)
-{
-    const Driver given = command[3] == 2 ? Driver::host : Driver::device;
-    switch (command[2]) {
-    case 0x01:
-        ports = given;
-        break;
-    case 0x02:
-        ports = Driver::board;
-        break;
-    case 0x03:
-        strip = given;
-        break;
-    case 0x04:
-        strip = command[3] == 1 ? Driver::board : Driver::device;
-        break;
-    case 0x05:
-        replies.push_back({0x80, 0x01, 0x05, 0x03, std::uint8_t(strip), std::uint8_t(ports)});
-        break;
-    default:
-        break;
-    }
+    if (command[3] >= portCount || command[4] != ledsOfAPart)
+        return refused();
+    const std::span<const std::uint8_t> colors = working.ports[command[3]].custom;
+    return {.kind = Answer::Kind::reports,
+            .reports = {joined(0x00, 0x10, 0x03, command[3], ledsOfAPart, colors.first(59)),
+                        joined(0x01, colors.subspan(59, 63)), joined(0x02 | lastPart, colors.subspan(122))}};
 }
 
 /// The first byte counts the reports of a transfer, with bit 7 on the last one. One that is out of order ends
 /// the transfer without effect.
-void GlowHubFirmware::takePart(const Payload& command)
+void GlowHubFirmware::takePart(const Command& command)
 {
     std::size_t from = 1;
     if (command[0] == 0) {
-        const bool custom = command[1] == 0x10 && command[2] == 2;
-        const std::size_t head = custom ? 3 : 2; // place of the port
-        transfer.reset();
-        if ((!custom && command[1] != 0x07) || command[head] >= portCount || command[head + 1] != ledsOfAPart)
+        now.transferIsCustom = command[1] == 0x10 && command[2] == 2;
+        const std::size_t head = now.transferIsCustom ? 3 : 2; // place of the port
+        now.transferPort = command[head];
+        now.transfer.end();
+        if ((!now.transferIsCustom && command[1] != 0x07) || now.transferPort >= portCount ||
+            command[head + 1] != ledsOfAPart)
             return;
-        transfer = Transfer{.custom = custom, .port = command[head]};
+        now.transfer.begin(Colors{}.size());
         from = head + 2;
     }
-    if (!transfer)
+    if (!now.transfer.add(command[0] & ~lastPart, command.bytes(from, reportEnd - from)) ||
+        !(command[0] & lastPart))
         return;
-    if ((command[0] & ~lastPart) != transfer->next++) {
-        transfer.reset();
-        return;
-    }
-    const std::size_t count = std::min(command.size() - from, transfer->colors.size() - transfer->got);
-    std::copy_n(command.begin() + std::ptrdiff_t(from), count,
-                transfer->colors.begin() + std::ptrdiff_t(transfer->got));
-    transfer->got += count;
-    if (!(command[0] & lastPart))
-        return;
-    if (transfer->got == transfer->colors.size()) {
-        if (transfer->custom) {
-            working.ports[transfer->port].custom = transfer->colors;
-        } else if (ports == Driver::host) {
-            shown[transfer->port] = transfer->colors;
-            countFrame();
-        }
-    }
-    transfer.reset();
+    if (now.transfer.whole())
+        takeTransfer();
+    now.transfer.end();
 }
 
-bool GlowHubFirmware::happen(const std::string& event, const std::vector<int>& values)
+void GlowHubFirmware::takeTransfer()
 {
-    const bool onPorts = event == "effect";
-    const int highest = onPorts ? highestMode : highestStripMode;
-    if ((!onPorts && event != "rgb") || values.size() != 1 || values[0] < 0 || values[0] > highest)
-        return false;
-    const auto mode = std::uint8_t(values[0]);
-    Payload report{};
-    {
-        const std::lock_guard lock(mutex);
-        if (onPorts) {
-            forPorts(allPorts, [&](Port& port) { port.effect[0] = mode; });
-            report = {0x80, 0x0B, 0x03, 0x03};
-            std::ranges::copy(working.ports[0].effect, report.begin() + 4);
-        } else {
-            working.strip[0] = mode;
-            report = {0x80, 0x0A, 0x02}; // 2 as of a write: the device tells what it has set
-            std::ranges::copy(working.strip, report.begin() + 3);
-        }
+    if (now.transferIsCustom) {
+        std::ranges::copy(now.transfer.data, working.ports[now.transferPort].custom.begin());
+    } else if (now.ports == Driver::host) {
+        std::ranges::copy(now.transfer.data, now.shown[now.transferPort].begin());
+        countFrame();
     }
-    emit(report);
-    return true;
 }
 
-std::vector<std::string> GlowHubFirmware::events() const
+Picture GlowHubFirmware::drawn() const
 {
-    return {"effect MODE", "rgb MODE"};
-}
-
-Picture GlowHubFirmware::picture() const
-{
-    const std::lock_guard lock(mutex);
     Picture picture;
     for (std::size_t port = 0; port < portCount; ++port) {
         const Port& own = working.ports[port];
         LightZone zone{"port " + std::to_string(port + 1), std::vector<Light>(ledCount)};
-        if (ports == Driver::host)
-            zone.leds = lightsOf(shown[port]);
-        else if (ports == Driver::device)
+        if (now.ports == Driver::host)
+            zone.leds = lightsOf(now.shown[port]);
+        else if (now.ports == Driver::device)
             zone.leds = own.effect[0] == customMode ? lightsOf(own.custom) : still(own.effect, ledCount);
         picture.push_back(std::move(zone));
     }
-    LightZone zone{"strip", {shownStrip}};
-    if (strip == Driver::device)
+    LightZone zone{"strip", {now.shownStrip}};
+    if (now.strip == Driver::device)
         zone.leds = still(working.strip, 1);
-    else if (strip == Driver::board)
+    else if (now.strip == Driver::board)
         zone.leds = {Light{}};
     picture.push_back(std::move(zone));
     return picture;
-}
-
-GlowHubFirmware::Settings GlowHubFirmware::settings() const
-{
-    const std::lock_guard lock(mutex);
-    return working;
-}
-
-GlowHubFirmware::Settings GlowHubFirmware::savedSettings() const
-{
-    const std::lock_guard lock(mutex);
-    return saved;
-}
-
-GlowHubFirmware::Driver GlowHubFirmware::portDriver() const
-{
-    const std::lock_guard lock(mutex);
-    return ports;
-}
-
-GlowHubFirmware::Driver GlowHubFirmware::stripDriver() const
-{
-    const std::lock_guard lock(mutex);
-    return strip;
-}
-
-int GlowHubFirmware::identified() const
-{
-    const std::lock_guard lock(mutex);
-    return identifiedPlace;
 }
 
 } // namespace pyrux::sim

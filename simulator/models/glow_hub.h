@@ -1,9 +1,6 @@
 #pragma once
 
-#include "simulator/models/hub.h"
-
-#include <optional>
-#include <string>
+#include "simulator/models/table_firmware.h"
 
 /// @file
 /// Firmware model of GLOW_HUB: four addressable ports of 48 LEDs and a plain RGB strip.
@@ -46,7 +43,7 @@
 
 namespace pyrux::sim {
 
-class GlowHubFirmware final : public HubFirmware {
+class GlowHubFirmware final : public TableFirmware {
 public:
     static constexpr std::size_t portCount = 4;
     static constexpr std::size_t ledCount = 48;
@@ -72,47 +69,42 @@ public:
         bool operator==(const Settings&) const = default;
     };
 
-    const Identity& identity() const override;
-    void powerOn() override;
+    /// Events "effect MODE": the button gives all ports effect 0 to 11; "rgb MODE": it gives the strip effect
+    /// 0 to 6. The zones of the picture are "port 1" to "port 4" and "strip".
+    GlowHubFirmware();
 
-    /// "effect MODE": the button gives all ports effect 0 to 11.
-    /// "rgb MODE": the button gives the strip effect 0 to 6.
-    bool happen(const std::string& event, const std::vector<int>& values) override;
-    std::vector<std::string> events() const override;
-
-    /// Zones "port 1" to "port 4" and "strip".
-    Picture picture() const override;
-
-    Settings settings() const;
-    Settings savedSettings() const;
-    Driver portDriver() const;
-    Driver stripDriver() const;
-    int identified() const; ///< The last value of identify since power-on; 0: none.
+    Settings settings() const { return copyOf(working); }
+    Settings savedSettings() const { return copyOf(saved); }
+    Driver portDriver() const { return copyOf(now.ports); }
+    Driver stripDriver() const { return copyOf(now.strip); }
+    int identified() const { return copyOf(now.identified); } ///< Last value since power-on; 0: none.
 
 private:
-    /// Three reports that belong together.
-    struct Transfer {
-        bool custom;
-        std::size_t port;
-        std::uint8_t next = 0;
-        std::size_t got = 0;
-        Colors colors{};
+    /// What lasts as long as the power.
+    struct Session {
+        Driver ports = Driver::device;
+        Driver strip = Driver::device;
+        std::array<Colors, portCount> shown{};
+        Light shownStrip;
+        int identified = 0;
+        Transfer transfer;
+        bool transferIsCustom = false;
+        std::size_t transferPort = 0;
     };
 
-    void take(const Payload& command, Replies& replies) override;
-    void takePart(const Payload& command);
-    void takeState(const Payload& command, Replies& replies);
+    std::vector<Row> effectRows();
+    std::vector<Row> deviceRows();
+    void restart() override;
+    Picture drawn() const override;
     void forPorts(std::uint8_t mask, const auto& change);
     Port* onePort(std::uint8_t mask);
+    Answer tellCustom(const Command& command) const;
+    void takePart(const Command& command);
+    void takeTransfer();
 
     Settings working;
     Settings saved;
-    Driver ports = Driver::device;
-    Driver strip = Driver::device;
-    std::optional<Transfer> transfer;
-    std::array<Colors, portCount> shown{};
-    Light shownStrip;
-    int identifiedPlace = 0;
+    Session now;
 };
 
 } // namespace pyrux::sim

@@ -1,6 +1,6 @@
 #include "simulator/models/glow_hub2.h"
 
-#include <algorithm>
+#include "simulator/models/lights.h"
 
 namespace pyrux::sim {
 
@@ -47,136 +47,78 @@ bool isStripEffect(const std::array<std::uint8_t, 3>& effect)
     return mode < modes && param < (mode == 0 ? 5 : 8) && speed < speeds;
 }
 
-template <std::size_t size>
-std::array<std::uint8_t, size> bytesAt(const auto& command, std::size_t at)
-{
-    std::array<std::uint8_t, size> bytes;
-    std::copy_n(command.begin() + std::ptrdiff_t(at), size, bytes.begin());
-    return bytes;
-}
-
 } // namespace
 
-const Identity& GlowHub2Firmware::identity() const
+GlowHub2Firmware::GlowHub2Firmware()
+    : TableFirmware(identityOf("GLOW HUB II", 0x1007, 0x0105, besideVendorPage(), 0, "GLOWHUB2"), hubForm)
 {
-    // Never destroyed: a write may hang in a model to the end of the process.
-    static const Identity& self = *new Identity{
-        .pid = 0x1007,
-        .release = 0x0105,
-        .serial = "GLOWHUB2-000001",
-        .product = "GLOW HUB II",
-        .collections = {{.interface = 0}, {.interface = 1, .usagePage = 0xFF01}},
-        .controlInterface = 0,
-    };
-    return self;
+    takes({
+        {"80 0B 02",
+         [this](auto& c) {
+             const bool good = isEffect(c.template array<5>(4));
+             if (good)
+                 c.copy(4, kept.effect);
+             return accepted(good);
+         }},
+        {"80 0B 01", [this](auto& c) { return told(c[3], kept.effect); }},
+        {"80 10 02 .. 0C", [this](auto& c) { c.copy(5, kept.custom); }},
+        {"80 10 01 .. 0C", [this](auto& c) { return told(c[3], c[4], kept.custom); }},
+        {"80 17", [this](auto& c) { kept.layer = c[2]; }}, // no operation in front of it
+        {"80 0A 02",
+         [this](auto& c) {
+             const bool good = isStripEffect(c.template array<3>(3));
+             if (good)
+                 c.copy(3, kept.strip);
+             return accepted(good);
+         }},
+        {"80 0A 01", [this] { return told(kept.strip); }},
+        {"80 11 02", [this](auto& c) { c.copy(3, kept.stripColor); }},
+        {"80 11 01", [this] { return told(kept.stripColor); }},
+        {"80 18 02", [this](auto& c) { c.copy(3, kept.follow); }},
+        {"80 18 01", [this] { return told(kept.follow); }},
+        {"80 16 02 01", [this](auto& c) { show(portCount, c); }},
+        {"80 16 02 02",
+         [this](auto& c) {
+             if (c[4] < portCount)
+                 show(c[4], c);
+         }},
+        {"80 16 02 04",
+         [this] {
+             drivenByHost = false;
+             shown = {};
+         }},
+    });
+    does({
+        {"effect",
+         {{"MODE", 0, effects - 1}},
+         [this](auto& values) {
+             kept.effect[0] = std::uint8_t(values[0]);
+             return report(joined(0x80, 0x0B, 0x03, mask, kept.effect));
+         }},
+        {"rgb",
+         {{"MODE", 0, modes - 1}},
+         [this](auto& values) {
+             kept.strip[0] = std::uint8_t(values[0]);
+             return report(joined(0x80, 0x0A, 0x03, kept.strip));
+         }},
+    });
 }
 
-void GlowHub2Firmware::powerOn()
+void GlowHub2Firmware::restart()
 {
-    const std::lock_guard lock(mutex);
     drivenByHost = false;
     shown = {};
-    forgetFrames();
 }
 
-void GlowHub2Firmware::take(const Payload& command, Replies& replies)
+void GlowHub2Firmware::show(std::size_t place, const Command& command)
 {
-    if (command[0] != 0x80)
-        return;
-    const bool write = command[2] == 2;
-    const bool read = command[2] == 1;
-    // From the command into a setting, or from a setting into the reply.
-    const auto carry = [&]<std::size_t size>(std::size_t at, std::array<std::uint8_t, size>& setting) {
-        if (write)
-            setting = bytesAt<size>(command, at);
-        else if (read)
-            replies.push_back(success(command, setting, at));
-        if (read)
-            std::copy_n(command.begin() + 3, at - 3, replies.back().begin() + 3);
-    };
-    // The same for what is looked at before it is taken.
-    const auto carryGood = [&]<std::size_t size>(std::size_t at, std::array<std::uint8_t, size>& setting,
-                                                 bool (*good)(const std::array<std::uint8_t, size>&)) {
-        const bool refused = write && !good(bytesAt<size>(command, at));
-        if (!refused)
-            carry(at, setting);
-        if (write)
-            replies.push_back(refused ? refusal(command) : success(command));
-    };
-    switch (command[1]) {
-    case 0x0A:
-        carryGood(3, kept.strip, isStripEffect);
-        break;
-    case 0x0B:
-        carryGood(4, kept.effect, isEffect);
-        break;
-    case 0x10:
-        if (command[4] == ledCount)
-            carry(5, kept.custom);
-        break;
-    case 0x11:
-        carry(3, kept.stripColor);
-        break;
-    case 0x16:
-        if (write)
-            takeFrame(command);
-        break;
-    case 0x17:
-        kept.layer = command[2]; // no operation in front of it
-        break;
-    case 0x18:
-        carry(3, kept.follow);
-        break;
-    default:
-        break;
-    }
-}
-
-void GlowHub2Firmware::takeFrame(const Payload& command)
-{
-    constexpr std::uint8_t toStrip = 1, toPort = 2, giveBack = 4;
-    if (command[3] == giveBack) {
-        drivenByHost = false;
-        shown = {};
-        return;
-    }
-    if ((command[3] == toPort && command[4] >= portCount) || (command[3] != toPort && command[3] != toStrip))
-        return;
-    shown[command[3] == toPort ? command[4] : portCount] = {command[5], command[6], command[7]};
+    shown[place] = {command[5], command[6], command[7]};
     drivenByHost = true;
     countFrame();
 }
 
-bool GlowHub2Firmware::happen(const std::string& event, const std::vector<int>& values)
+Picture GlowHub2Firmware::drawn() const
 {
-    const bool onPorts = event == "effect";
-    if ((!onPorts && event != "rgb") || values.size() != 1 || values[0] < 0 ||
-        values[0] >= (onPorts ? effects : modes))
-        return false;
-    Payload report{};
-    {
-        const std::lock_guard lock(mutex);
-        if (onPorts) {
-            kept.effect[0] = std::uint8_t(values[0]);
-            report = success({0x80, 0x0B}, kept.effect, 4);
-            report[3] = mask;
-        } else {
-            kept.strip[0] = std::uint8_t(values[0]);
-            report = success({0x80, 0x0A}, kept.strip);
-        }
-    }
-    emit(report);
-    return true;
-}
-
-std::vector<std::string> GlowHub2Firmware::events() const
-{
-    return {"effect MODE", "rgb MODE"};
-}
-
-Picture GlowHub2Firmware::picture() const
-{
-    const std::lock_guard lock(mutex);
     Picture picture;
     const int brightness = 255 * (kept.effect[4] + 1) / levels;
     for (std::size_t port = 0; port < portCount; ++port) {
@@ -191,18 +133,6 @@ Picture GlowHub2Firmware::picture() const
         zone.leds = kept.strip[0] == customMode ? lightsOf(kept.stripColor) : still(kept.strip[1], 1, 255);
     picture.push_back(std::move(zone));
     return picture;
-}
-
-GlowHub2Firmware::Settings GlowHub2Firmware::settings() const
-{
-    const std::lock_guard lock(mutex);
-    return kept;
-}
-
-bool GlowHub2Firmware::driven() const
-{
-    const std::lock_guard lock(mutex);
-    return drivenByHost;
 }
 
 } // namespace pyrux::sim

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/models/hub.h"
+#include "simulator/models/table_firmware.h"
 
 /// @file
 /// Firmware model of GLOW_HUB2: four ports of twelve LEDs that play one effect, and a plain RGB strip.
@@ -34,7 +34,7 @@
 
 namespace pyrux::sim {
 
-class GlowHub2Firmware final : public HubFirmware {
+class GlowHub2Firmware final : public TableFirmware {
 public:
     static constexpr std::size_t portCount = 4;
     static constexpr std::size_t ledCount = 12;
@@ -49,23 +49,18 @@ public:
         bool operator==(const Settings&) const = default;
     };
 
-    const Identity& identity() const override;
-    void powerOn() override;
+    /// Events "effect MODE": the button gives the ports effect 0 to 8; "rgb MODE": it gives the strip mode 0
+    /// to
+    /// 6. The zones of the picture are "port 1" to "port 4" and "strip".
+    GlowHub2Firmware();
 
-    /// "effect MODE": the button gives the ports effect 0 to 8.
-    /// "rgb MODE": the button gives the strip mode 0 to 6.
-    bool happen(const std::string& event, const std::vector<int>& values) override;
-    std::vector<std::string> events() const override;
-
-    /// Zones "port 1" to "port 4" and "strip".
-    Picture picture() const override;
-
-    Settings settings() const;
-    bool driven() const; ///< The host drives the lights.
+    Settings settings() const { return copyOf(kept); }
+    bool driven() const { return copyOf(drivenByHost); } ///< The host drives the lights.
 
 private:
-    void take(const Payload& command, Replies& replies) override;
-    void takeFrame(const Payload& command);
+    void restart() override;
+    Picture drawn() const override;
+    void show(std::size_t place, const Command& command);
 
     Settings kept;
     bool drivenByHost = false;

@@ -1,53 +1,20 @@
 #include "simulator/models/keyboard.h"
 
-#include "simulator/models/hub.h"
-#include "simulator/models/identities.h"
+#include "simulator/models/lights.h"
 
 #include <algorithm>
-#include <functional>
-#include <iterator>
-#include <string>
+#include <optional>
 
 namespace pyrux::sim {
 
 namespace {
 
-using Model = KeyboardFirmware::Model;
-using State = KeyboardFirmware::State;
-
-/// The models. Never destroyed: a write may hang in one to the end of the process.
-struct Models {
-    Model qw210{"QW210", 0x0147, 7, 24};
-    Model qw220{"QW220", 0x0145, 6, 20};
-};
-
-const Models& models()
-{
-    static const Models& all = *new Models;
-    return all;
-}
-
-const Identity& identityOf(const Model& model)
-{
-    return standingIdentity(model.name, model.pid, 0x0104,
-                            {{.interface = 0, .usagePage = 0x0001, .usage = 0x0006},
-                             {.interface = 1, .usagePage = 0xFF00, .usage = 0x0001}},
-                            1);
-}
-
-constexpr std::uint8_t resetCurrent = 0x00;
-constexpr std::uint8_t resetEverything = 0xFF;
-constexpr std::size_t eventSize = 4;
-constexpr std::size_t mostChunkEvents = 15;
-constexpr std::array<std::uint8_t, eventSize> endEvent{0x00, 0xFC, 0xFE, 0xFF};
+constexpr std::array<std::uint8_t, 4> endEvent{0x00, 0xFC, 0xFE, 0xFF};
 constexpr std::uint16_t ownFunction = 0x00FF;
 constexpr std::size_t keysOfPage = 16;
-constexpr std::size_t dataFrom = 4; // of the reports that carry more than a byte
 constexpr std::size_t mostLeds = 15;
 constexpr std::size_t mostStatusLeds = 18;
 constexpr std::size_t statusFrom = 8;
-constexpr std::uint8_t keyIsUp = 0x40;
-constexpr std::uint8_t keyIsDown = 0xC0;
 
 // The records of the effect memory.
 constexpr std::size_t recordColor = 8;
@@ -199,13 +166,8 @@ KeyboardFirmware::Macro emptyMacro()
 {
     KeyboardFirmware::Macro macro;
     for (std::size_t i = 0; i < macro.events.size(); ++i)
-        macro.events[i] = endEvent[i % eventSize];
+        macro.events[i] = endEvent[i % endEvent.size()];
     return macro;
-}
-
-bool within(int value, int count)
-{
-    return value >= 0 && value < count;
 }
 
 /// From `from` on at most `size` bytes; less where it would lead outside.
@@ -228,39 +190,157 @@ Light lightAt(std::span<const std::uint8_t> bytes, std::size_t at)
 
 } // namespace
 
-struct KeyboardFirmware::Command {
-    enum In : unsigned { any, maintenance, settings, host };
-
-    std::uint8_t command;
-    std::uint8_t operation;
-    In in;
-    bool answered;
-    bool (KeyboardFirmware::*take)(const Payload& command, Payload& reply);
-
-    bool takenIn(State state) const
-    {
-        switch (in) {
-        case maintenance:
-            return state == State::maintenance;
-        case settings:
-            return state == State::configuration || state == State::collecting || state == State::host;
-        case host:
-            return state == State::host;
-        case any:
-            break;
-        }
-        return true;
-    }
-};
-
-KeyboardFirmware::KeyboardFirmware(const Model& model) : model(model), self(identityOf(model))
+KeyboardFirmware::KeyboardFirmware(const char* name, std::uint16_t pid, std::size_t rowCount,
+                                   std::size_t bytes)
+    : EchoFirmware(identityOf(name, pid, 0x0104, besideKeyboard(), 1),
+                   {.end = endEvent, .beyond = {}, .leastWritten = 0}),
+      rows(rowCount), maskBytes(bytes)
 {
-    profiles.fill(factory());
-    stored.fill(factory().effects);
+    reset();
+    constexpr States settings = configuration | collecting | host;
+    takes(stateRows());
+    takes(settingRows(settings));
+    takes(macroRows(settings));
+    takes(effectRows());
+    takes(lightRows());
+    does(keyEvents());
 }
 
-QW210Firmware::QW210Firmware() : KeyboardFirmware(models().qw210) {}
-QW220Firmware::QW220Firmware() : KeyboardFirmware(models().qw220) {}
+std::vector<Row> KeyboardFirmware::stateRows()
+{
+    const auto to = [this](State next) { return done([this, next] { enter(next); }); };
+    return {
+        {"41 00", to(off)},
+        {"41 01", to(maintenance)},
+        {"41 02", to(collecting)},
+        {"41 03", to(host)},
+        {"41 80", to(configuration)},
+        {"42 00",
+         [this](auto& c) {
+             now.profileReports = c[4] == 1;
+             now.effectReports = c[7] == 1;
+         }},
+        {"42 10 .. .. 01 .. .. 01", [this] { ++now.acks; }},
+        {"43 00", done([this](auto& c) { now.keyReports = c[4] == 1; })},
+        {"50 10 .. .. 00", maintenance, done([this] { current() = factory(); })},
+        {"50 10 .. .. FF", maintenance, done([this] { reset(); })},
+        {"50 55", maintenance,
+         [this] {
+             for (std::size_t i = 0; i < profiles.size(); ++i)
+                 stored[i] = profiles[i].effects;
+             ++now.saves;
+             return accepted();
+         }},
+    };
+}
+
+std::vector<Row> KeyboardFirmware::settingRows(States taken)
+{
+    return {
+        {"51 00", taken,
+         [this](auto& c) {
+             if (c[4] >= profileCount)
+                 return refused();
+             useProfile(c[4]);
+             return accepted();
+         }},
+        {"52 00", taken, [this] { return told(currentProfile); }},
+        {"51 20", taken,
+         [this](auto& c) {
+             current().keys.actions[c[2]] = {c[3], c[4], c[5]};
+             if (c[3] == 0)
+                 current().keys.map[c[2]] = c.word(4);
+             return accepted();
+         }},
+        {"51 21", taken, [this](auto& c) { return setKeyPage(c); }},
+        {"52 21", taken, [this](auto& c) { return getKeyPage(c); }},
+        {"51 18", taken,
+         [this](auto& c) {
+             if (c[2] >= macroCount)
+                 return refused();
+             cursor = Cursor{c[2], 0};
+             return carry(c, dataFrom, current().macros[c[2]].header);
+         }},
+        {"52 18", taken,
+         [this](auto& c) {
+             return c[2] < macroCount ? carry(c, dataFrom, current().macros[c[2]].header) : refused();
+         }},
+        {"51/52 19", taken,
+         [this](auto& c) {
+             return c[2] < macroCount ? carry(c, dataFrom, current().macros[c[2]].name) : refused();
+         }},
+        {"51 28", taken, [this](auto& c) { return setMode(c[4]); }},
+        {"52 28", taken, [this] { return told(now.previewShown ? previewMode : current().effects.mode); }},
+        {"51 98", taken, done([this](auto& c) { resetParts(c[2]); })},
+    };
+}
+
+std::vector<Row> KeyboardFirmware::effectRows()
+{
+    return {
+        {"56 14",
+         [this](auto& c) {
+             if (c[2] >= effectCount)
+                 return refused();
+             const Descriptor& one = current().effects.descriptors[c[2]];
+             return told(one.frames, one.extraWords, one.header & 0xFF, one.header >> 8);
+         }},
+        {"56 15",
+         [this](auto& c) {
+             if (c[2] >= effectCount)
+                 return refused();
+             current().effects.descriptors[c[2]] = {c[4], c[5], c.word(6), c.template array<4>(8)};
+             return accepted();
+         }},
+        {"56 20/21", [this](auto& c) { return carryPage(c, current().effects.image); }},
+        {"56 81",
+         [this](auto& c) {
+             now.preview = {};
+             now.preview.frames = c[8];
+             return accepted();
+         }},
+        {"56 83", [this](auto& c) { return carryPage(c, now.preview.image); }},
+    };
+}
+
+std::vector<Row> KeyboardFirmware::lightRows()
+{
+    return {
+        {"56 42 .. .. 02", [this](auto& c) { takeStatus(c); }},
+        {"C0 F0", host, [this](auto& c) { now.hostDrives = c[4] == 1; }},
+        {"C0 00",
+         [this](auto& c) {
+             if (!now.hostDrives)
+                 return;
+             now.fromHost.fill({c[4], c[5], c[6]});
+             countFrame();
+         }},
+        {"C0 01", [this](auto& c) { takeLeds(c); }},
+    };
+}
+
+/// Reports go out only where the host has asked for them.
+std::vector<Event> KeyboardFirmware::keyEvents()
+{
+    return {
+        {"profile",
+         {{"N", 0, profileCount - 1}},
+         [this](auto& values) {
+             useProfile(values[0]);
+             return now.profileReports ? report(joined(0x42, 0x20, 0x00, currentProfile, 0x01)) : silence();
+         }},
+        {"effect",
+         {{"MODE", 0, effectCount - 1}},
+         [this](auto& values) {
+             setMode(std::uint8_t(values[0]));
+             return now.effectReports ? report(joined(0x42, 0x20, 0x00, currentProfile, 0, 0, 0, 0x01))
+                                      : silence();
+         }},
+        {"key",
+         {{"NUMBER", 0, 255}, {"STATE", 0, 255}},
+         [this](auto& values) { return now.keyReports ? keyReport(values) : silence(); }},
+    };
+}
 
 KeyboardFirmware::Settings KeyboardFirmware::factory() const
 {
@@ -268,460 +348,123 @@ KeyboardFirmware::Settings KeyboardFirmware::factory() const
     settings.keys.map.fill(ownFunction);
     settings.keys.actions.fill({0, std::uint8_t(ownFunction), std::uint8_t(ownFunction >> 8)});
     settings.macros.fill(emptyMacro());
-    settings.effects = assembled(model.maskBytes);
+    settings.effects = assembled(maskBytes);
     return settings;
 }
 
-const Identity& KeyboardFirmware::identity() const
+void KeyboardFirmware::restart()
 {
-    return self;
-}
-
-void KeyboardFirmware::powerOn()
-{
-    const std::lock_guard lock(mutex);
     for (std::size_t i = 0; i < profiles.size(); ++i)
         profiles[i].effects = stored[i];
-    firmwareState = State::off;
-    preview = {};
-    previewShown = hostDrives = false;
-    profileReports = effectReports = keyReports = false;
+    setState(off);
     cursor.reset();
-    status = host = {};
-    frameCount = ackCount = saveCount = 0;
+    now = {};
 }
 
-void KeyboardFirmware::output(Bytes payload)
+void KeyboardFirmware::enter(State next)
 {
-    Payload command{};
-    std::ranges::copy(payload.first(std::min(payload.size(), command.size())), command.begin());
-    Payload reply{command[0], command[1], command[2], command[3]};
-    {
-        const std::lock_guard lock(mutex);
-        if (!answer(command, reply))
-            return;
-    }
-    emit(reply);
+    setState(next);
+    if (next == maintenance)
+        now.previewShown = false;
+    if (next == off)
+        now.hostDrives = false;
 }
 
-bool KeyboardFirmware::answer(const Payload& command, Payload& reply)
+void KeyboardFirmware::reset()
 {
-    using F = KeyboardFirmware;
-    static constexpr Command table[]{
-        {0x42, 0x00, Command::any, false, &F::askForChanges},
-        {0x42, 0x10, Command::any, false, &F::acknowledge},
-        {0x43, 0x00, Command::any, true, &F::askForKeys},
-        {0x50, 0x10, Command::maintenance, true, &F::reset},
-        {0x50, 0x55, Command::maintenance, true, &F::save},
-        {0x51, 0x00, Command::settings, true, &F::setProfile},
-        {0x52, 0x00, Command::settings, true, &F::getProfile},
-        {0x51, 0x20, Command::settings, true, &F::setKey},
-        {0x51, 0x21, Command::settings, true, &F::setKeyPage},
-        {0x52, 0x21, Command::settings, true, &F::getKeyPage},
-        {0x51, 0x18, Command::settings, true, &F::setHeader},
-        {0x52, 0x18, Command::settings, true, &F::getHeader},
-        {0x51, 0x19, Command::settings, true, &F::setName},
-        {0x52, 0x19, Command::settings, true, &F::getName},
-        {0x53, 0x00, Command::settings, true, &F::writeMacro},
-        {0x53, 0x01, Command::settings, true, &F::writeMacro},
-        {0x53, 0x10, Command::settings, true, &F::readMacro},
-        {0x53, 0x11, Command::settings, true, &F::readMacro},
-        {0x51, 0x28, Command::settings, true, &F::setMode},
-        {0x52, 0x28, Command::settings, true, &F::getMode},
-        {0x51, 0x98, Command::settings, true, &F::resetParts},
-        {0x56, 0x14, Command::any, true, &F::getDescriptor},
-        {0x56, 0x15, Command::any, true, &F::setDescriptor},
-        {0x56, 0x20, Command::any, true, &F::getPage},
-        {0x56, 0x21, Command::any, true, &F::setPage},
-        {0x56, 0x81, Command::any, true, &F::beginPreview},
-        {0x56, 0x83, Command::any, true, &F::setPreviewPage},
-        {0x56, 0x42, Command::any, false, &F::takeStatus},
-        {0xC0, 0xF0, Command::host, false, &F::beginFrames},
-        {0xC0, 0x00, Command::any, false, &F::takeFrame},
-        {0xC0, 0x01, Command::any, false, &F::takeLeds},
-    };
-    if (command[0] == 0x41)
-        return enterState(command, reply);
-    const auto found = std::ranges::find_if(table, [&](const Command& one) {
-        return one.command == command[0] && one.operation == command[1] && one.takenIn(firmwareState);
-    });
-    return found != std::end(table) && std::invoke(found->take, this, command, reply) && found->answered;
-}
-
-bool KeyboardFirmware::enterState(const Payload& command, Payload&)
-{
-    static constexpr State all[]{State::off, State::maintenance, State::collecting, State::host,
-                                 State::configuration};
-    const auto to = std::ranges::find(all, State(command[1]));
-    if (to == std::end(all))
-        return false;
-    firmwareState = *to;
-    if (*to == State::maintenance)
-        previewShown = false;
-    if (*to == State::off)
-        hostDrives = false;
-    return true;
-}
-
-bool KeyboardFirmware::askForChanges(const Payload& command, Payload&)
-{
-    profileReports = command[4] == 1;
-    effectReports = command[7] == 1;
-    return true;
-}
-
-bool KeyboardFirmware::acknowledge(const Payload& command, Payload&)
-{
-    if (command[4] == 1 && command[7] == 1)
-        ++ackCount;
-    return true;
-}
-
-bool KeyboardFirmware::askForKeys(const Payload& command, Payload&)
-{
-    keyReports = command[4] == 1;
-    return true;
-}
-
-bool KeyboardFirmware::reset(const Payload& command, Payload&)
-{
-    if (command[4] == resetCurrent) {
-        current() = factory();
-        return true;
-    }
-    if (command[4] != resetEverything)
-        return false;
     profiles.fill(factory());
-    stored.fill(factory().effects);
+    stored.fill(profiles[0].effects);
     useProfile(0);
-    return true;
-}
-
-bool KeyboardFirmware::save(const Payload&, Payload&)
-{
-    for (std::size_t i = 0; i < profiles.size(); ++i)
-        stored[i] = profiles[i].effects;
-    ++saveCount;
-    return true;
 }
 
 void KeyboardFirmware::useProfile(int number)
 {
     currentProfile = std::uint8_t(number);
-    previewShown = false;
+    now.previewShown = false;
     cursor.reset();
 }
 
-bool KeyboardFirmware::setProfile(const Payload& command, Payload&)
-{
-    if (command[4] >= profileCount)
-        return false;
-    useProfile(command[4]);
-    return true;
-}
-
-bool KeyboardFirmware::getProfile(const Payload&, Payload& reply)
-{
-    reply[4] = currentProfile;
-    return true;
-}
-
-bool KeyboardFirmware::setKey(const Payload& command, Payload&)
-{
-    Keys& keys = current().keys;
-    keys.actions[command[2]] = {command[3], command[4], command[5]};
-    if (command[3] == 0)
-        keys.map[command[2]] = wordAt(command, 4);
-    return true;
-}
-
-bool KeyboardFirmware::setKeyPage(const Payload& command, Payload&)
+Answer KeyboardFirmware::setKeyPage(const Command& command)
 {
     if (command[2] >= keyCount / keysOfPage)
-        return false;
+        return refused();
     for (std::size_t i = 0; i < keysOfPage; ++i) {
         const std::size_t key = keysOfPage * command[2] + i;
-        const std::uint16_t value = wordAt(command, dataFrom + 2 * i);
+        const std::uint16_t value = command.word(dataFrom + 2 * i);
         current().keys.map[key] = value;
         current().keys.actions[key] = {0, std::uint8_t(value), std::uint8_t(value >> 8)};
     }
-    return true;
+    return accepted();
 }
 
-bool KeyboardFirmware::getKeyPage(const Payload& command, Payload& reply)
+Answer KeyboardFirmware::getKeyPage(const Command& command) const
 {
     if (command[2] >= keyCount / keysOfPage)
-        return false;
+        return refused();
+    std::vector<std::uint8_t> values;
     for (std::size_t i = 0; i < keysOfPage; ++i) {
         const std::uint16_t value = current().keys.map[keysOfPage * command[2] + i];
-        reply[dataFrom + 2 * i] = std::uint8_t(value);
-        reply[dataFrom + 2 * i + 1] = std::uint8_t(value >> 8);
+        values.push_back(std::uint8_t(value));
+        values.push_back(std::uint8_t(value >> 8));
     }
-    return true;
+    return told(values);
 }
 
-bool KeyboardFirmware::setHeader(const Payload& command, Payload&)
+Answer KeyboardFirmware::setMode(std::uint8_t mode)
 {
-    if (command[2] >= macroCount)
-        return false;
-    Macro& macro = current().macros[command[2]];
-    std::copy_n(command.begin() + dataFrom, macro.header.size(), macro.header.begin());
-    cursor = Cursor{command[2], 0};
-    return true;
-}
-
-bool KeyboardFirmware::getHeader(const Payload& command, Payload& reply)
-{
-    if (command[2] >= macroCount)
-        return false;
-    std::ranges::copy(current().macros[command[2]].header, reply.begin() + dataFrom);
-    return true;
-}
-
-bool KeyboardFirmware::setName(const Payload& command, Payload&)
-{
-    if (command[2] >= macroCount)
-        return false;
-    Macro& macro = current().macros[command[2]];
-    std::copy_n(command.begin() + dataFrom, macro.name.size(), macro.name.begin());
-    return true;
-}
-
-bool KeyboardFirmware::getName(const Payload& command, Payload& reply)
-{
-    if (command[2] >= macroCount)
-        return false;
-    std::ranges::copy(current().macros[command[2]].name, reply.begin() + dataFrom);
-    return true;
-}
-
-bool KeyboardFirmware::writeMacro(const Payload& command, Payload&)
-{
-    if (!cursor || command[2] > mostChunkEvents)
-        return false;
-    const std::size_t begin = command[1] == 0x00 ? 0 : cursor->event;
-    if (begin + command[2] > macroEvents)
-        return false;
-    auto& events = current().macros[cursor->macro].events;
-    if (begin == 0)
-        events = emptyMacro().events;
-    std::copy_n(command.begin() + dataFrom, eventSize * command[2],
-                events.begin() + std::ptrdiff_t(eventSize * begin));
-    cursor->event = begin + command[2];
-    return true;
-}
-
-bool KeyboardFirmware::readMacro(const Payload& command, Payload& reply)
-{
-    if (!cursor || command[2] == 0 || command[2] > mostChunkEvents)
-        return false;
-    const std::size_t begin = command[1] == 0x10 ? 0 : cursor->event;
-    const auto& events = current().macros[cursor->macro].events;
-    std::ranges::copy(part(events, eventSize * begin, eventSize * command[2]), reply.begin() + dataFrom);
-    cursor->event = begin + command[2];
-    return true;
-}
-
-bool KeyboardFirmware::setMode(const Payload& command, Payload&)
-{
-    const std::uint8_t mode = command[4];
     if (mode != previewMode && mode >= effectCount)
-        return false;
-    previewShown = mode == previewMode;
-    if (!previewShown)
+        return refused();
+    now.previewShown = mode == previewMode;
+    if (!now.previewShown)
         current().effects.mode = mode;
-    return true;
+    return accepted();
 }
 
-bool KeyboardFirmware::getMode(const Payload&, Payload& reply)
+void KeyboardFirmware::resetParts(std::uint8_t bits)
 {
-    reply[4] = previewShown ? previewMode : current().effects.mode;
-    return true;
+    Settings fresh = factory();
+    if (bits & 1)
+        current().effects = fresh.effects;
+    if (bits & 2)
+        current().keys = fresh.keys;
+    if (bits & 4)
+        current().macros = fresh.macros;
 }
 
-bool KeyboardFirmware::resetParts(const Payload& command, Payload&)
+/// A page of an image, which 20 reads and the others write.
+Answer KeyboardFirmware::carryPage(const Command& command, std::span<std::uint8_t> image)
 {
-    struct Part {
-        int bit;
-        void (*apply)(Settings& settings, const Settings& factory);
-    };
-    static constexpr Part parts[]{
-        {1, [](Settings& settings, const Settings& factory) { settings.effects = factory.effects; }},
-        {2, [](Settings& settings, const Settings& factory) { settings.keys = factory.keys; }},
-        {4, [](Settings& settings, const Settings& factory) { settings.macros = factory.macros; }},
-    };
-    for (const Part& one : parts)
-        if (command[2] & one.bit)
-            one.apply(current(), factory());
-    return true;
+    if (command[2] >= image.size() / pageSize)
+        return refused();
+    return carried(command[1] != 0x20, command, dataFrom, image.subspan(pageSize * command[2], pageSize));
 }
 
-bool KeyboardFirmware::setDescriptor(const Payload& command, Payload&)
+void KeyboardFirmware::takeStatus(const Command& command)
 {
-    if (command[2] >= effectCount)
-        return false;
-    Descriptor& descriptor = current().effects.descriptors[command[2]];
-    descriptor = {command[4], command[5], wordAt(command, 6), {}};
-    std::copy_n(command.begin() + 8, descriptor.word.size(), descriptor.word.begin());
-    return true;
-}
-
-bool KeyboardFirmware::getDescriptor(const Payload& command, Payload& reply)
-{
-    if (command[2] >= effectCount)
-        return false;
-    const Descriptor& descriptor = current().effects.descriptors[command[2]];
-    reply[4] = descriptor.frames;
-    reply[5] = descriptor.extraWords;
-    reply[6] = std::uint8_t(descriptor.header);
-    reply[7] = std::uint8_t(descriptor.header >> 8);
-    return true;
-}
-
-bool KeyboardFirmware::setPage(const Payload& command, Payload&)
-{
-    if (command[2] >= imagePages)
-        return false;
-    std::copy_n(command.begin() + dataFrom, pageSize,
-                current().effects.image.begin() + std::ptrdiff_t(pageSize * command[2]));
-    return true;
-}
-
-bool KeyboardFirmware::getPage(const Payload& command, Payload& reply)
-{
-    if (command[2] >= imagePages)
-        return false;
-    std::ranges::copy(part(current().effects.image, pageSize * command[2], pageSize),
-                      reply.begin() + dataFrom);
-    return true;
-}
-
-bool KeyboardFirmware::beginPreview(const Payload& command, Payload&)
-{
-    preview = {};
-    preview.frames = command[8];
-    return true;
-}
-
-bool KeyboardFirmware::setPreviewPage(const Payload& command, Payload&)
-{
-    if (command[2] >= previewPages)
-        return false;
-    std::copy_n(command.begin() + dataFrom, pageSize,
-                preview.image.begin() + std::ptrdiff_t(pageSize * command[2]));
-    return true;
-}
-
-bool KeyboardFirmware::takeStatus(const Payload& command, Payload&)
-{
-    if (command[4] != 2 || command[5] > mostStatusLeds)
-        return false;
+    if (command[5] > mostStatusLeds)
+        return;
     for (std::size_t i = 0; i < command[5]; ++i)
-        if (const std::size_t led = command[6] + i; led < status.size())
-            status[led] = lightAt(command, statusFrom + 3 * i);
-    ++frameCount;
-    return true;
+        if (const std::size_t led = command[6] + i; led < now.status.size())
+            now.status[led] = lightAt(command.all(), statusFrom + 3 * i);
+    countFrame();
 }
 
-bool KeyboardFirmware::beginFrames(const Payload& command, Payload&)
+void KeyboardFirmware::takeLeds(const Command& command)
 {
-    hostDrives = command[4] == 1;
-    return true;
-}
-
-bool KeyboardFirmware::takeFrame(const Payload& command, Payload&)
-{
-    if (!hostDrives)
-        return false;
-    host.fill(lightAt(command, dataFrom));
-    ++frameCount;
-    return true;
-}
-
-bool KeyboardFirmware::takeLeds(const Payload& command, Payload&)
-{
-    if (!hostDrives || command[2] > mostLeds)
-        return false;
-    for (std::size_t i = 0; i < command[2]; ++i) {
-        const std::size_t at = dataFrom + 4 * i;
-        if (command[at] < host.size())
-            host[command[at]] = lightAt(command, at + 1);
-    }
-    ++frameCount;
-    return true;
-}
-
-bool KeyboardFirmware::happen(const std::string& event, const std::vector<int>& values)
-{
-    struct Event {
-        const char* name;
-        std::size_t values;
-        bool (KeyboardFirmware::*take)(const int* values, std::optional<Payload>& report);
-    };
-    static constexpr Event table[]{
-        {"profile", 1, &KeyboardFirmware::pressProfile},
-        {"effect", 1, &KeyboardFirmware::pressEffect},
-        {"key", 2, &KeyboardFirmware::pressKey},
-    };
-    const auto found = std::ranges::find_if(
-        table, [&](const Event& one) { return event == one.name && values.size() == one.values; });
-    if (found == std::end(table))
-        return false;
-    std::optional<Payload> report;
-    {
-        const std::lock_guard lock(mutex);
-        if (!std::invoke(found->take, this, values.data(), report))
-            return false;
-    }
-    if (report)
-        emit(*report);
-    return true;
-}
-
-std::vector<std::string> KeyboardFirmware::events() const
-{
-    return {"profile N", "effect MODE", "key NUMBER STATE"};
-}
-
-bool KeyboardFirmware::pressProfile(const int* values, std::optional<Payload>& report)
-{
-    if (!within(values[0], profileCount))
-        return false;
-    useProfile(values[0]);
-    if (profileReports)
-        report = Payload{0x42, 0x20, 0x00, currentProfile, 0x01};
-    return true;
-}
-
-bool KeyboardFirmware::pressEffect(const int* values, std::optional<Payload>& report)
-{
-    if (!within(values[0], effectCount))
-        return false;
-    current().effects.mode = std::uint8_t(values[0]);
-    previewShown = false;
-    if (effectReports)
-        report = Payload{0x42, 0x20, 0x00, currentProfile, 0, 0, 0, 0x01};
-    return true;
-}
-
-bool KeyboardFirmware::pressKey(const int* values, std::optional<Payload>& report)
-{
-    if (!within(values[0], 256) || !within(values[1], 256))
-        return false;
-    const std::uint8_t state = values[1] == 0   ? keyIsUp
-                               : values[1] == 1 ? keyIsDown
-                                                : std::uint8_t(values[1]);
-    if (keyReports)
-        report = Payload{0x43, 0x01, 0x00, 0x00, std::uint8_t(values[0]), state};
-    return true;
+    if (!now.hostDrives || command[2] > mostLeds)
+        return;
+    for (std::size_t at = dataFrom; at < dataFrom + 4 * std::size_t(command[2]); at += 4)
+        if (command[at] < now.fromHost.size())
+            now.fromHost[command[at]] = {command[at + 1], command[at + 2], command[at + 3]};
+    countFrame();
 }
 
 KeyboardFirmware::Lights KeyboardFirmware::shown() const
 {
-    if (hostDrives)
-        return host;
-    if (previewShown)
-        return played(preview.image, {preview.frames, 0, 0, {}});
+    if (now.hostDrives)
+        return now.fromHost;
+    if (now.previewShown)
+        return played(now.preview.image, {now.preview.frames, 0, 0, {}});
     const Effects& effects = current().effects;
     return played(effects.image, effects.descriptors[effects.mode]);
 }
@@ -739,7 +482,7 @@ KeyboardFirmware::Lights KeyboardFirmware::played(std::span<const std::uint8_t> 
     }
     for (std::size_t frame = 0; frame < effect.frames && entry + 4 <= image.size(); ++frame, entry += 4)
         paint(lights, part(image, 4 * std::size_t(wordAt(image, entry)), customSize),
-              effect.frames > 1 ? part(image, masks + model.maskBytes * frame, model.maskBytes)
+              effect.frames > 1 ? part(image, masks + maskBytes * frame, maskBytes)
                                 : std::span<const std::uint8_t>(everywhere));
     return lights;
 }
@@ -755,16 +498,15 @@ void KeyboardFirmware::paint(Lights& lights, std::span<const std::uint8_t> recor
     for (std::size_t led = 0; led < lights.size() && led / 8 < mask.size(); ++led) {
         if (!(mask[led / 8] >> led % 8 & 1))
             continue;
-        lights[led] = opcode == statusFrame ? status[led]
+        lights[led] = opcode == statusFrame ? now.status[led]
                       : opcode == custom    ? dimmed(lightAt(record, customColors + 3 * led), brightness)
                                             : dimmed(lightAt(record, recordColor), brightness);
     }
 }
 
-Picture KeyboardFirmware::picture() const
+Picture KeyboardFirmware::drawn() const
 {
-    const Lights lights = this->lights();
-    const std::size_t rows = std::size_t(model.rows);
+    const Lights lights = shown();
     Picture picture(rows);
     for (std::size_t row = 0; row < rows; ++row) {
         picture[row].name = "row " + std::to_string(row + 1);
@@ -774,76 +516,14 @@ Picture KeyboardFirmware::picture() const
     return picture;
 }
 
-KeyboardFirmware::State KeyboardFirmware::state() const
-{
-    const std::lock_guard lock(mutex);
-    return firmwareState;
-}
-
-int KeyboardFirmware::profile() const
-{
-    const std::lock_guard lock(mutex);
-    return currentProfile;
-}
-
-KeyboardFirmware::Effects KeyboardFirmware::effects(int profile) const
-{
-    const std::lock_guard lock(mutex);
-    return profiles.at(std::size_t(profile)).effects;
-}
-
-KeyboardFirmware::Effects KeyboardFirmware::savedEffects(int profile) const
-{
-    const std::lock_guard lock(mutex);
-    return stored.at(std::size_t(profile));
-}
-
-KeyboardFirmware::Keys KeyboardFirmware::keys(int profile) const
-{
-    const std::lock_guard lock(mutex);
-    return profiles.at(std::size_t(profile)).keys;
-}
-
 KeyboardFirmware::Macro KeyboardFirmware::macro(int profile, int number) const
 {
-    const std::lock_guard lock(mutex);
-    return profiles.at(std::size_t(profile)).macros.at(std::size_t(number));
-}
-
-bool KeyboardFirmware::driven() const
-{
-    const std::lock_guard lock(mutex);
-    return hostDrives;
-}
-
-bool KeyboardFirmware::previewing() const
-{
-    const std::lock_guard lock(mutex);
-    return previewShown;
+    return copyOf(profiles.at(std::size_t(profile)).macros.at(std::size_t(number)));
 }
 
 KeyboardFirmware::Lights KeyboardFirmware::lights() const
 {
-    const std::lock_guard lock(mutex);
-    return shown();
-}
-
-int KeyboardFirmware::frames() const
-{
-    const std::lock_guard lock(mutex);
-    return frameCount;
-}
-
-int KeyboardFirmware::acknowledgements() const
-{
-    const std::lock_guard lock(mutex);
-    return ackCount;
-}
-
-int KeyboardFirmware::saves() const
-{
-    const std::lock_guard lock(mutex);
-    return saveCount;
+    return found([this] { return shown(); });
 }
 
 } // namespace pyrux::sim

@@ -1,14 +1,6 @@
 #pragma once
 
-#include "simulator/firmware.h"
-
-#include <array>
-#include <cstddef>
-#include <cstdint>
-#include <mutex>
-#include <optional>
-#include <span>
-#include <vector>
+#include "simulator/models/echo_firmware.h"
 
 /// @file
 /// Firmware models of the keyboards whose lights run from an effect memory: QW210, QW220.
@@ -31,8 +23,7 @@
 ///     51 20 key a b c       what a key does; a 00: b and c are its value in the key map, low byte first
 ///     51/52 21 page         4-35: 16 values of the key map, low byte first; 16 pages
 ///     51/52 18 macro        4-6: header {key low, mode and key high, unused}; FF 3F: empty place. Written,
-///     it
-///                           points the cursor at the macro's area.
+///                           it points the cursor at the macro's area.
 ///     51/52 19 macro        4-19: name
 ///     51/52 28              4: effect 0 to 20; FF: the preview is shown, until another effect or profile
 ///     51 98 b               a bit each of the current profile goes back: 1 effects, 2 keys, 4 macros
@@ -40,8 +31,7 @@
 ///                           00 from its beginning, wiping it; 01 behind the ones before
 ///     53 10/11 n            reading likewise
 ///     56 14/15 effect       descriptor. Read: 4 frames, 5 extra words, 6, 7 header pointer; written: the
-///     same
-///                           and 8-11 the effect's word
+///                           same and 8-11 the effect's word
 ///     56 20/21 page         4-63: a page of the image, 0 to 32
 ///     56 81                 4 effect, 8 frames, 12-15 word: begins a preview. Its header is at offset 0 and
 ///     has
@@ -70,7 +60,7 @@
 
 namespace pyrux::sim {
 
-class KeyboardFirmware : public Firmware {
+class KeyboardFirmware : public EchoFirmware {
 public:
     static constexpr int profileCount = 5;
     static constexpr int keyCount = 256;
@@ -84,21 +74,7 @@ public:
     static constexpr std::uint8_t previewMode = 0xFF;
     static constexpr int fnKey = 60; ///< Number of the Fn key in key reports.
 
-    enum class State : std::uint8_t {
-        off = 0x00,
-        maintenance = 0x01,
-        collecting = 0x02,
-        host = 0x03,
-        configuration = 0x80
-    };
-
-    /// What tells one model from another.
-    struct Model {
-        const char* name;
-        std::uint16_t pid;
-        int rows;              ///< LEDs are numbered down the columns.
-        std::size_t maskBytes; ///< Of one mask.
-    };
+    enum State : States { off = 1, maintenance = 2, collecting = 4, host = 8, configuration = 16 };
 
     using Lights = std::array<Light, ledCount>; ///< By LED number.
     using Image = std::array<std::uint8_t, pageSize * imagePages>;
@@ -131,40 +107,30 @@ public:
         bool operator==(const Keys&) const = default;
     };
 
-    const Identity& identity() const override;
-    void powerOn() override;
-    void output(Bytes payload) override;
-
-    /// "profile N": the profile key makes profile 0 to 4 current.
-    /// "effect MODE": the effect key makes effect 0 to 20 current.
-    /// "key NUMBER STATE": key NUMBER of the key reports goes up (0) or down (1); another STATE stands in the
-    /// report as it is.
-    bool happen(const std::string& event, const std::vector<int>& values) override;
-    std::vector<std::string> events() const override;
-
-    /// Zones "row 1" and so on, from the top down.
-    Picture picture() const override;
-
     // What the device holds; the working memory unless said otherwise. Callable from any thread.
-    State state() const;
-    int profile() const;
-    Effects effects(int profile) const;
-    Effects savedEffects(int profile) const;
-    Keys keys(int profile) const;
+    State state() const { return State(stateNow()); }
+    int profile() const { return copyOf(currentProfile); }
+    Effects effects(int profile) const { return copyOf(profiles.at(std::size_t(profile)).effects); }
+    Effects savedEffects(int profile) const { return copyOf(stored.at(std::size_t(profile))); }
+    Keys keys(int profile) const { return copyOf(profiles.at(std::size_t(profile)).keys); }
     Macro macro(int profile, int number) const;
-    bool driven() const;          ///< The host drives the lights.
-    bool previewing() const;      ///< The preview is shown.
-    Lights lights() const;        ///< What `picture` shows, by LED number.
-    int frames() const;           ///< Reports with colors since power-on, status frames and the host's.
-    int acknowledgements() const; ///< Since power-on, with that of the start-up.
-    int saves() const;            ///< Since power-on.
+    bool driven() const { return copyOf(now.hostDrives); }       ///< The host drives the lights.
+    bool previewing() const { return copyOf(now.previewShown); } ///< The preview is shown.
+    Lights lights() const;                                       ///< What the picture shows, by LED number.
+    int acknowledgements() const { return copyOf(now.acks); } ///< Since power-on, with that of the start-up.
+    int saves() const { return copyOf(now.saves); }           ///< Since power-on.
 
 protected:
-    explicit KeyboardFirmware(const Model& model);
+    /// Events "profile N": the profile key makes profile 0 to 4 current; "effect MODE": the effect key makes
+    /// effect 0 to 20 current; "key NUMBER STATE": key NUMBER of the key reports goes up (0) or down (1),
+    /// another STATE stands in the report as it is. The zones of the picture are "row 1" and so on, from the
+    /// top down.
+    ///
+    /// LEDs are numbered down the columns of `rows`; `maskBytes` is the size of one mask. `frames` counts
+    /// status frames and the host's.
+    KeyboardFirmware(const char* name, std::uint16_t pid, std::size_t rows, std::size_t maskBytes);
 
 private:
-    using Payload = std::array<std::uint8_t, 64>;
-
     struct Settings {
         Keys keys;
         std::array<Macro, macroCount> macros;
@@ -176,93 +142,64 @@ private:
         std::array<std::uint8_t, pageSize * previewPages> image{};
     };
 
-    /// Where the next chunk of macro events goes to or comes from.
-    struct Cursor {
-        std::size_t macro = 0;
-        std::size_t event = 0;
+    /// What lasts as long as the power.
+    struct Session {
+        Preview preview;
+        bool previewShown = false;
+        Lights status{};
+        Lights fromHost{};
+        bool hostDrives = false;
+        bool profileReports = false;
+        bool effectReports = false;
+        bool keyReports = false;
+        int acks = 0;
+        int saves = 0;
     };
 
-    /// A row of the command table.
-    struct Command;
+    std::vector<Row> stateRows();
+    std::vector<Row> settingRows(States taken);
+    std::vector<Row> effectRows();
+    std::vector<Row> lightRows();
+    std::vector<Event> keyEvents();
+    void restart() override;
+    Picture drawn() const override;
 
-    // Called with `mutex` held. Each of the commands fills in the reply, which begins as the echo; false:
-    // silence.
-    bool answer(const Payload& command, Payload& reply);
-    bool enterState(const Payload& command, Payload& reply);
-    bool askForChanges(const Payload& command, Payload& reply);
-    bool acknowledge(const Payload& command, Payload& reply);
-    bool askForKeys(const Payload& command, Payload& reply);
-    bool reset(const Payload& command, Payload& reply);
-    bool save(const Payload& command, Payload& reply);
-    bool setProfile(const Payload& command, Payload& reply);
-    bool getProfile(const Payload& command, Payload& reply);
-    bool setKey(const Payload& command, Payload& reply);
-    bool setKeyPage(const Payload& command, Payload& reply);
-    bool getKeyPage(const Payload& command, Payload& reply);
-    bool setHeader(const Payload& command, Payload& reply);
-    bool getHeader(const Payload& command, Payload& reply);
-    bool setName(const Payload& command, Payload& reply);
-    bool getName(const Payload& command, Payload& reply);
-    bool writeMacro(const Payload& command, Payload& reply);
-    bool readMacro(const Payload& command, Payload& reply);
-    bool setMode(const Payload& command, Payload& reply);
-    bool getMode(const Payload& command, Payload& reply);
-    bool resetParts(const Payload& command, Payload& reply);
-    bool setDescriptor(const Payload& command, Payload& reply);
-    bool getDescriptor(const Payload& command, Payload& reply);
-    bool setPage(const Payload& command, Payload& reply);
-    bool getPage(const Payload& command, Payload& reply);
-    bool beginPreview(const Payload& command, Payload& reply);
-    bool setPreviewPage(const Payload& command, Payload& reply);
-    bool takeStatus(const Payload& command, Payload& reply);
-    bool takeFrame(const Payload& command, Payload& reply);
-    bool takeLeds(const Payload& command, Payload& reply);
-    bool beginFrames(const Payload& command, Payload& reply);
-
-    // Each changes the device and fills in the report of it, if the host has asked for such reports; false:
-    // it cannot happen now.
-    bool pressProfile(const int* values, std::optional<Payload>& report);
-    bool pressEffect(const int* values, std::optional<Payload>& report);
-    bool pressKey(const int* values, std::optional<Payload>& report);
+    void enter(State next);
+    void reset();
+    void useProfile(int number);
+    Answer setKeyPage(const Command& command);
+    Answer getKeyPage(const Command& command) const;
+    Answer setMode(std::uint8_t mode);
+    void resetParts(std::uint8_t bits);
+    Answer carryPage(const Command& command, std::span<std::uint8_t> image);
+    void takeStatus(const Command& command);
+    void takeLeds(const Command& command);
 
     Settings factory() const;
     Settings& current() { return profiles[currentProfile]; }
     const Settings& current() const { return profiles[currentProfile]; }
-    void useProfile(int number);
+    std::span<std::uint8_t> macroArea(std::size_t area) override { return current().macros[area].events; }
     Lights shown() const;
     Lights played(std::span<const std::uint8_t> image, const Descriptor& effect) const;
     void paint(Lights& lights, std::span<const std::uint8_t> record,
                std::span<const std::uint8_t> mask) const;
 
-    const Model& model;
-    const Identity& self;
-    mutable std::mutex mutex;
+    const std::size_t rows;
+    const std::size_t maskBytes;
     std::array<Settings, profileCount> profiles;
     std::array<Effects, profileCount> stored;
     std::uint8_t currentProfile = 0;
-    State firmwareState = State::off;
-    Preview preview;
-    bool previewShown = false;
-    std::optional<Cursor> cursor;
-    Lights status{};
-    Lights host{};
-    bool hostDrives = false;
-    bool profileReports = false;
-    bool effectReports = false;
-    bool keyReports = false;
-    int frameCount = 0;
-    int ackCount = 0;
-    int saveCount = 0;
+    Session now;
 };
 
 class QW210Firmware final : public KeyboardFirmware {
 public:
-    QW210Firmware();
+    QW210Firmware() : KeyboardFirmware("QW210", 0x0147, 7, 24) {}
 };
 
 class QW220Firmware final : public KeyboardFirmware {
 public:
-    QW220Firmware();
+    QW220Firmware() : KeyboardFirmware("QW220", 0x0145, 6, 20) {}
 };
 
 } // namespace pyrux::sim

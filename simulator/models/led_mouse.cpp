@@ -1,6 +1,6 @@
 #include "simulator/models/led_mouse.h"
 
-#include "simulator/models/identities.h"
+#include "simulator/models/lights.h"
 
 #include <algorithm>
 
@@ -8,257 +8,145 @@ namespace pyrux::sim {
 
 namespace {
 
-using Model = LedMouseFirmware::Model;
-
-/// The models. Never destroyed: a write may hang in one to the end of the process.
-struct Models {
-    Model rd215{"RD215", 0x0101, {0, 1, 2, 4, 176, 254}};
-    Model rd230{"RD230", 0x0141, {0, 1, 2, 4, 176, 254}};
-    Model rd240{"RD240", 0x0165, {0, 1, 2, 4, 5, 176, 254}};
-    Model rd110{"RD110", 0x015F, {0, 1, 2, 4, 5, 176, 254}};
-};
-
-const Models& models()
-{
-    static const Models& all = *new Models;
-    return all;
-}
-
-const Identity& identityOf(const Model& model)
-{
-    return standingIdentity(model.name, model.pid, 0x0102,
-                            {{.interface = 0, .usagePage = 0x0001, .usage = 0x0002},
-                             {.interface = 1, .usagePage = 0xFF00, .usage = 0x0001}},
-                            1);
-}
-
-constexpr std::uint8_t resetEverything = 0xFF;
-constexpr std::size_t parametersFrom = 5; // bytes of the reports that carry them
-constexpr std::size_t customFrom = 4;
+constexpr std::size_t customFrom = 4;                               // byte of the report that carries them
 constexpr std::size_t brightness = 4, red = 5, green = 6, blue = 7; // places in the parameters
 constexpr std::uint8_t customMode = 176, darkMode = 254;
 constexpr std::size_t mostLeds = 15; // of a frame
 
 } // namespace
 
-LedMouseFirmware::LedMouseFirmware(const Model& model) : model(model), self(identityOf(model))
+LedMouseFirmware::LedMouseFirmware(const char* name, std::uint16_t pid, std::vector<std::uint8_t> effectModes)
+    : RD210Firmware(identityOf(name, pid, 0x0102, besideMouse(), 1)), modes(std::move(effectModes))
 {
     working.fill(factoryEffects());
     saved = working;
+    takes({
+        {"41 02", done([this] { enter(live); })},
+        {"51 28", configuration,
+         [this](auto& c) { return hasMode(c[4]) ? carry(c, 4, current().mode) : refused(); }},
+        {"52 28", configuration, [this](auto& c) { return carry(c, 4, current().mode); }},
+        {"51 2B", configuration,
+         [this](auto& c) {
+             if (!hasMode(c[4]))
+                 return refused();
+             c.copy(5, current().parameters[c[4]]);
+             return told(c[4]);
+         }},
+        {"52 2B", configuration,
+         [this](auto& c) { return hasMode(c[4]) ? told(c[4], current().parameters[c[4]]) : refused(); }},
+        {"51/52 A8", configuration, [this](auto& c) { return carry(c, customFrom, current().custom); }},
+        {"C0 F0", live, [this](auto& c) { drivenByHost = c[4] == 1; }},
+        {"C0 00", live,
+         [this](auto& c) {
+             shown.fill({c[4], c[5], c[6]});
+             countFrame();
+         }},
+        {"C0 01", live, [this](auto& c) { takeLeds(c); }},
+    });
+    does(effectEvents());
 }
 
-RD215Firmware::RD215Firmware() : LedMouseFirmware(models().rd215) {}
-RD230Firmware::RD230Firmware() : LedMouseFirmware(models().rd230) {}
-RD240Firmware::RD240Firmware() : LedMouseFirmware(models().rd240) {}
-RD110Firmware::RD110Firmware() : LedMouseFirmware(models().rd110) {}
+/// What the effect button does, each with the one report in which it tells what is another.
+std::vector<Event> LedMouseFirmware::effectEvents()
+{
+    const auto changed = [this](bool profile, bool effect, bool data) {
+        return report(joined(0x42, 0x20, 0x00, currentProfile(), int(profile), 0, 0, int(effect), int(data)));
+    };
+    return {
+        {"effect",
+         {{"MODE", 0, 255}},
+         [this, changed](auto& values) {
+             if (!hasMode(values[0]))
+                 return refused();
+             current().mode = std::uint8_t(values[0]);
+             return changed(false, true, false);
+         }},
+        {"brightness",
+         {{"VALUE", 0, 255}},
+         [this, changed](auto& values) {
+             current().parameters[current().mode][brightness] = std::uint8_t(values[0]);
+             return changed(false, false, true);
+         }},
+        {"switch",
+         {{"N", 0, profileCount - 1}},
+         [this, changed](auto& values) {
+             setProfile(values[0]);
+             return changed(true, true, true);
+         }},
+    };
+}
 
 LedMouseFirmware::Effects LedMouseFirmware::factoryEffects() const
 {
     Effects effects;
-    for (const std::uint8_t mode : model.effectModes)
+    for (const std::uint8_t mode : modes)
         effects.parameters[mode] = {0, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
     return effects;
 }
 
-const Identity& LedMouseFirmware::identity() const
+void LedMouseFirmware::restart()
 {
-    return self;
-}
-
-void LedMouseFirmware::powerOn()
-{
-    RD210Firmware::powerOn();
-    const std::lock_guard lock(mutex);
+    RD210Firmware::restart();
     working = saved;
     drivenByHost = false;
     shown = {};
-    frameCount = 0;
+}
+
+void LedMouseFirmware::enter(State next)
+{
+    RD210Firmware::enter(next);
+    drivenByHost = drivenByHost && next == live;
+}
+
+void LedMouseFirmware::resetProfile()
+{
+    RD210Firmware::resetProfile();
+    current() = factoryEffects();
+}
+
+void LedMouseFirmware::resetEverything()
+{
+    RD210Firmware::resetEverything();
+    working.fill(factoryEffects());
+    saved = working;
+}
+
+void LedMouseFirmware::save()
+{
+    RD210Firmware::save();
+    saved = working;
 }
 
 bool LedMouseFirmware::hasMode(int mode) const
 {
-    return std::ranges::find(model.effectModes, mode) != model.effectModes.end();
+    return std::ranges::find(modes, mode) != modes.end();
 }
 
-std::optional<LedMouseFirmware::Payload> LedMouseFirmware::answer(const Payload& command)
+void LedMouseFirmware::takeLeds(const Command& command)
 {
-    if (command[0] == 0xC0) {
-        if (stateLocked() == State::live)
-            takeFrame(command);
-        return {};
-    }
-    std::optional<Payload> reply;
-    if (command[0] == 0x41 && command[1] == 0x02) {
-        setState(State::live);
-        reply = Payload{0x41, 0x02};
-    } else if ((command[0] == 0x51 || command[0] == 0x52) && stateLocked() == State::configuration) {
-        reply = answerEffect(command);
-    }
-    if (!reply)
-        reply = RD210Firmware::answer(command);
-    if (!reply)
-        return {};
-    if (command[0] == 0x41)
-        drivenByHost = drivenByHost && stateLocked() == State::live;
-    if (command[0] == 0x50 && command[1] == 0x55)
-        saved = working;
-    if (command[0] == 0x50 && command[1] == 0x10) {
-        if (command[4] == resetEverything) {
-            working.fill(factoryEffects());
-            saved = working;
-        } else {
-            current() = factoryEffects();
-        }
-    }
-    return reply;
-}
-
-void LedMouseFirmware::takeFrame(const Payload& command)
-{
-    switch (command[1]) {
-    case 0xF0:
-        drivenByHost = command[4] == 1;
+    if (command[2] > mostLeds)
         return;
-    case 0x00:
-        shown.fill({command[4], command[5], command[6]});
-        break;
-    case 0x01: {
-        if (command[2] > mostLeds)
-            return;
-        shown = {};
-        for (std::size_t i = 0; i < command[2]; ++i) {
-            const std::size_t at = 4 + 4 * i;
-            if (command[at] < shown.size())
-                shown[command[at]] = {command[at + 1], command[at + 2], command[at + 3]};
-        }
-        break;
-    }
-    default:
-        return;
-    }
-    ++frameCount;
+    shown = {};
+    for (std::size_t at = 4; at < 4 + 4 * std::size_t(command[2]); at += 4)
+        if (command[at] < shown.size())
+            shown[command[at]] = {command[at + 1], command[at + 2], command[at + 3]};
+    countFrame();
 }
 
-std::optional<LedMouseFirmware::Payload> LedMouseFirmware::answerEffect(const Payload& command)
+Picture LedMouseFirmware::drawn() const
 {
-    const bool set = command[0] == 0x51;
-    Payload reply{};
-    std::copy_n(command.begin(), 4, reply.begin());
-    // One way or the other: from the command into the settings, or from the settings into the reply.
-    const auto carry = [&](std::span<std::uint8_t> setting, std::size_t from) {
-        if (set)
-            std::copy_n(command.begin() + std::ptrdiff_t(from), setting.size(), setting.begin());
-        else
-            std::ranges::copy(setting, reply.begin() + std::ptrdiff_t(from));
-    };
-    switch (command[1]) {
-    case 0x28:
-        if (set && !hasMode(command[4]))
-            return {};
-        carry(std::span(&current().mode, 1), 4);
-        return reply;
-    case 0x2B:
-        if (!hasMode(command[4]))
-            return {};
-        reply[4] = command[4];
-        carry(current().parameters[command[4]], parametersFrom);
-        return reply;
-    case 0xA8:
-        carry(current().custom, customFrom);
-        return reply;
-    default:
-        return {};
-    }
-}
-
-bool LedMouseFirmware::happen(const std::string& event, const std::vector<int>& values)
-{
-    if (event != "effect" && event != "brightness" && event != "switch")
-        return RD210Firmware::happen(event, values);
-    if (values.size() != 1)
-        return false;
-    std::optional<Payload> report;
-    {
-        const std::lock_guard lock(mutex);
-        report = byItself(event, values.front());
-    }
-    if (!report)
-        return false;
-    emit(*report);
-    return true;
-}
-
-/// The report with which the device tells of what it has done; none: it cannot.
-std::optional<LedMouseFirmware::Payload> LedMouseFirmware::byItself(const std::string& event, int value)
-{
-    Payload report{0x42, 0x20, 0x00, profileLocked()};
-    if (event == "effect") {
-        if (!hasMode(value))
-            return {};
-        current().mode = std::uint8_t(value);
-        report[7] = 1;
-    } else if (event == "brightness") {
-        if (value < 0 || value > 255)
-            return {};
-        current().parameters[current().mode][brightness] = std::uint8_t(value);
-        report[8] = 1;
-    } else {
-        if (!setProfileLocked(value))
-            return {};
-        report[3] = profileLocked();
-        report[4] = report[7] = report[8] = 1;
-    }
-    return report;
-}
-
-std::vector<std::string> LedMouseFirmware::events() const
-{
-    std::vector<std::string> names = RD210Firmware::events();
-    for (const char* name : {"effect MODE", "brightness VALUE", "switch N"})
-        names.emplace_back(name);
-    return names;
-}
-
-LedMouseFirmware::Effects LedMouseFirmware::effects(int profile) const
-{
-    const std::lock_guard lock(mutex);
-    return working.at(std::size_t(profile));
-}
-
-LedMouseFirmware::Effects LedMouseFirmware::savedEffects(int profile) const
-{
-    const std::lock_guard lock(mutex);
-    return saved.at(std::size_t(profile));
-}
-
-bool LedMouseFirmware::driven() const
-{
-    const std::lock_guard lock(mutex);
-    return drivenByHost;
-}
-
-Picture LedMouseFirmware::picture() const
-{
-    const std::lock_guard lock(mutex);
     LightZone zone{"mouse", {shown.begin(), shown.end()}};
     if (drivenByHost)
         return {zone};
-    const Effects& effects = working[profileLocked()];
+    const Effects& effects = working[currentProfile()];
     const auto& own = effects.parameters.at(effects.mode);
-    const auto dimmed = [&](std::size_t color) { return std::uint8_t(own[color] * own[brightness] / 255); };
-    for (std::size_t led = 0; led < ledCount; ++led) {
-        const std::uint8_t* const custom = &effects.custom[3 * led];
-        zone.leds[led] = effects.mode == darkMode     ? Light{}
-                         : effects.mode == customMode ? Light{custom[0], custom[1], custom[2]}
-                                                      : Light{dimmed(red), dimmed(green), dimmed(blue)};
-    }
+    if (effects.mode == customMode)
+        zone.leds = lightsOf(effects.custom);
+    else
+        zone.leds.assign(ledCount, effects.mode == darkMode
+                                       ? Light{}
+                                       : dimmed({own[red], own[green], own[blue]}, own[brightness]));
     return {zone};
-}
-
-int LedMouseFirmware::frames() const
-{
-    const std::lock_guard lock(mutex);
-    return frameCount;
 }
 
 } // namespace pyrux::sim

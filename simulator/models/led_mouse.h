@@ -2,13 +2,7 @@
 
 #include "simulator/models/rd210.h"
 
-#include <array>
-#include <cstddef>
-#include <cstdint>
 #include <map>
-#include <optional>
-#include <string>
-#include <vector>
 
 /// @file
 /// Firmware models of the wired mice with lights: RD215, RD230, RD240, RD110.
@@ -18,16 +12,14 @@
 ///     41 02                 the state becomes live, in which the host drives the lights. Taken in any state.
 ///     42 10 00              acknowledges an event of the kinds profile, effect mode and effect data
 ///     51/52 28              4: effect mode of the current profile. A mode that the model does not have is
-///     met
-///                           with silence.
+///                           met with silence.
 ///     51/52 2B .. .. mode   5-12: parameters of an effect: speed, direction, two unused, brightness, red,
 ///                           green, blue. They come back as they were written.
 ///     51/52 A8              4-9: colors of the two LEDs in the custom effect
 ///     C0 F0 .. .. v         live state only: v 1 the frames that follow are shown
 ///     C0 00 .. .. r g b     frame: all LEDs
 ///     C0 01 n               frame: n (0 to 15) LEDs from byte 4 on, each index, red, green, blue; LEDs that
-///     are
-///                           not listed are dark, and those that the mouse does not have are skipped
+///                           are not listed are dark, and those that the mouse does not have are skipped
 ///
 /// Frames are not answered. Effects are settings of a profile: they are saved and reset with it.
 ///
@@ -39,13 +31,6 @@ class LedMouseFirmware : public RD210Firmware {
 public:
     static constexpr std::size_t ledCount = 2;
 
-    /// What tells one model from another.
-    struct Model {
-        const char* name;
-        std::uint16_t pid;
-        std::vector<std::uint8_t> effectModes;
-    };
-
     /// The effects of one profile, as bytes of the reports that carry them.
     struct Effects {
         std::uint8_t mode = 1;
@@ -55,67 +40,60 @@ public:
         bool operator==(const Effects&) const = default;
     };
 
-    const Identity& identity() const override;
-    void powerOn() override;
-
-    /// RD210's events, and:
-    /// "effect MODE": the effect button makes MODE current.
-    /// "brightness VALUE": the effect button sets the brightness of the current effect.
-    /// "switch N": profile N becomes current, and the one report tells that its effect is another too.
-    bool happen(const std::string& event, const std::vector<int>& values) override;
-    std::vector<std::string> events() const override;
-
-    Effects effects(int profile) const; ///< Of the working memory.
-    Effects savedEffects(int profile) const;
-    bool driven() const; ///< The host drives the lights.
-    int frames() const;  ///< Frames since power-on.
-
-    /// One zone, "mouse". While the host drives the lights: its last frame; else the current effect, in its
-    /// color and brightness or in the custom colors. Mode 254 is dark.
-    Picture picture() const override;
+    Effects effects(int profile) const { return copyOf(working.at(std::size_t(profile))); }
+    Effects savedEffects(int profile) const { return copyOf(saved.at(std::size_t(profile))); }
+    bool driven() const { return copyOf(drivenByHost); } ///< The host drives the lights.
 
 protected:
-    explicit LedMouseFirmware(const Model& model);
-
-    std::optional<Payload> answer(const Payload& command) override;
+    /// Events of RD210, and "effect MODE": the effect button makes MODE current; "brightness VALUE": it sets
+    /// the brightness of the current effect; "switch N": profile N becomes current, and the one report tells
+    /// that its effect is another too.
+    ///
+    /// The picture has one zone, "mouse". While the host drives the lights: its last frame; else the current
+    /// effect, in its color and brightness or in the custom colors. Mode 254 is dark.
+    LedMouseFirmware(const char* name, std::uint16_t pid, std::vector<std::uint8_t> effectModes);
 
 private:
     using AllEffects = std::array<Effects, profileCount>;
 
-    Effects factoryEffects() const;
-    Effects& current() { return working[profileLocked()]; }
-    bool hasMode(int mode) const;
-    void takeFrame(const Payload& command);
-    std::optional<Payload> answerEffect(const Payload& command);
-    std::optional<Payload> byItself(const std::string& event, int value);
+    void restart() override;
+    void enter(State next) override;
+    void resetProfile() override;
+    void resetEverything() override;
+    void save() override;
+    Picture drawn() const override;
 
-    const Model& model;
-    const Identity& self;
+    std::vector<Event> effectEvents();
+    Effects factoryEffects() const;
+    Effects& current() { return working[currentProfile()]; }
+    bool hasMode(int mode) const;
+    void takeLeds(const Command& command);
+
+    const std::vector<std::uint8_t> modes;
     AllEffects working;
     AllEffects saved;
     bool drivenByHost = false;
     std::array<Light, ledCount> shown{};
-    int frameCount = 0;
 };
 
 class RD215Firmware final : public LedMouseFirmware {
 public:
-    RD215Firmware();
+    RD215Firmware() : LedMouseFirmware("RD215", 0x0101, {0, 1, 2, 4, 176, 254}) {}
 };
 
 class RD230Firmware final : public LedMouseFirmware {
 public:
-    RD230Firmware();
+    RD230Firmware() : LedMouseFirmware("RD230", 0x0141, {0, 1, 2, 4, 176, 254}) {}
 };
 
 class RD240Firmware final : public LedMouseFirmware {
 public:
-    RD240Firmware();
+    RD240Firmware() : LedMouseFirmware("RD240", 0x0165, {0, 1, 2, 4, 5, 176, 254}) {}
 };
 
 class RD110Firmware final : public LedMouseFirmware {
 public:
-    RD110Firmware();
+    RD110Firmware() : LedMouseFirmware("RD110", 0x015F, {0, 1, 2, 4, 5, 176, 254}) {}
 };
 
 } // namespace pyrux::sim

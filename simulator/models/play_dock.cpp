@@ -1,5 +1,7 @@
 #include "simulator/models/play_dock.h"
 
+#include "simulator/models/lights.h"
+
 #include <algorithm>
 
 namespace pyrux::sim {
@@ -14,11 +16,6 @@ int highestSpeed(std::uint8_t effect)
     return effect == 0 ? 7 : 3;
 }
 
-bool isByte(int value)
-{
-    return value >= 0 && value <= 255;
-}
-
 } // namespace
 
 PlayDockFirmware::Settings::Settings()
@@ -26,94 +23,87 @@ PlayDockFirmware::Settings::Settings()
     effects.fill({1, 0xFF, 0xFF, 0xFF, 1});
 }
 
-const Identity& PlayDockFirmware::identity() const
+PlayDockFirmware::PlayDockFirmware()
+    : TableFirmware(identityOf("PLAY DOCK", 0x0153, 0x0107, besideVendorPage(), 0), hubForm)
 {
-    // Never destroyed: a write may hang in a model to the end of the process.
-    static const Identity& self = *new Identity{
-        .pid = 0x0153,
-        .release = 0x0107,
-        .serial = "PLAYDOCK-000001",
-        .product = "PLAY DOCK",
-        .collections = {{.interface = 0}, {.interface = 1, .usagePage = 0xFF01}},
-        .controlInterface = 0,
-    };
-    return self;
+    takes({
+        {"80 01 02 00/01",
+         [this](auto& c) {
+             drivenByHost = c[3] == 1;
+             shown = {};
+             return accepted();
+         }},
+        {"80 01 02", [] { return refused(); }},
+        {"80 03 02",
+         [this](auto& c) {
+             if (c[4] >= effectCount || c[5] > highestSpeed(c[4]))
+                 return refused();
+             working.effect = c[4];
+             c.copy(5, working.effects[c[4]]);
+             return accepted();
+         }},
+        {"80 03 01", [this] { return told(working.effect, working.effects[working.effect]); }},
+        {"80 04 01",
+         [this](auto& c) { return c[4] < effectCount ? told(c[4], working.effects[c[4]]) : refused(); }},
+        {"80 06 02",
+         [this](auto& c) {
+             const bool good = c[4] < effectCount;
+             if (good)
+                 working.effect = c[4];
+             return accepted(good);
+         }},
+        {"80 11 02", [this](auto& c) { return carried(true, c, 4, working.bottom); }},
+        {"80 11 01", [this] { return told(working.bottom); }},
+        {"80 B0 02", done([this] { saved = working; })},
+        {"80 B1 02", done([this] { working = saved; })},
+        {"80 B6 02", done([this] { working = saved = Settings(); })},
+        {"80 B4 01", [] { return told(version & 0xFF, version >> 8); }},
+        {"80 09", [this](auto& c) { takeFrame(c); }},
+    });
+    does(buttonEvents());
 }
 
-void PlayDockFirmware::powerOn()
+std::vector<Event> PlayDockFirmware::buttonEvents()
 {
-    const std::lock_guard lock(mutex);
+    return {
+        {"effect",
+         {{"MODE", 0, effectCount - 1}},
+         [this](auto& values) {
+             working.effect = std::uint8_t(values[0]);
+             return current();
+         }},
+        {"speed",
+         {{"VALUE", 0, 7}},
+         [this](auto& values) {
+             if (values[0] > highestSpeed(working.effect))
+                 return refused();
+             working.effects[working.effect][speed] = std::uint8_t(values[0]);
+             return current();
+         }},
+        {"bottom",
+         {{"RED", 0, 255}, {"GREEN", 0, 255}, {"BLUE", 0, 255}},
+         [this](auto& values) {
+             std::ranges::copy(values, working.bottom.begin());
+             return report(joined(0x80, 0x12, 0x03, allZones, working.bottom));
+         }},
+    };
+}
+
+void PlayDockFirmware::restart()
+{
     working = saved;
     drivenByHost = false;
     lastFlag = 0;
     shown = {};
-    forgetFrames();
 }
 
-void PlayDockFirmware::take(const Payload& command, Replies& replies)
+/// The report that the current effect is another one.
+Answer PlayDockFirmware::current() const
 {
-    if (command[0] != 0x80)
-        return;
-    if (command[1] == 0x09)
-        takeFrame(command);
-    else if (const auto reply = answer(command))
-        replies.push_back(*reply);
+    return report(joined(0x80, 0x10, 0x03, allZones, working.effect, working.effects[working.effect]));
 }
 
-std::optional<PlayDockFirmware::Payload> PlayDockFirmware::answer(const Payload& command)
-{
-    const std::uint8_t effect = command[4];
-    switch (command[1] << 8 | command[2]) {
-    case 0x0102:
-        if (command[3] > 1)
-            return refusal(command);
-        drivenByHost = command[3] == 1;
-        shown = {};
-        return success(command);
-    case 0x0302:
-        if (effect >= effectCount || command[5] > highestSpeed(effect))
-            return refusal(command);
-        working.effect = effect;
-        std::copy_n(command.begin() + 5, working.effects[effect].size(), working.effects[effect].begin());
-        return success(command);
-    case 0x0301:
-        return tell(command, working.effect);
-    case 0x0401:
-        return effect < effectCount ? tell(command, effect) : refusal(command);
-    case 0x0602:
-        if (effect >= effectCount)
-            return refusal(command);
-        working.effect = effect;
-        return success(command);
-    case 0x1102:
-        std::copy_n(command.begin() + 4, working.bottom.size(), working.bottom.begin());
-        return success(command);
-    case 0x1101:
-        return success(command, working.bottom);
-    case 0xB002:
-        saved = working;
-        return success(command);
-    case 0xB102:
-        working = saved;
-        return success(command);
-    case 0xB602:
-        working = saved = Settings();
-        return success(command);
-    case 0xB401:
-        return success(command, std::array{std::uint8_t(version & 0xFF), std::uint8_t(version >> 8)});
-    default:
-        return {};
-    }
-}
-
-PlayDockFirmware::Payload PlayDockFirmware::tell(const Payload& command, std::uint8_t effect) const
-{
-    Payload reply = success(command, working.effects[effect], 4);
-    reply[3] = effect;
-    return reply;
-}
-
-void PlayDockFirmware::takeFrame(const Payload& command)
+void PlayDockFirmware::takeFrame(const Command& command)
 {
     const std::size_t zone = command[2];
     if (!drivenByHost || zone < 1 || zone > zoneCount)
@@ -123,52 +113,8 @@ void PlayDockFirmware::takeFrame(const Payload& command)
     countFrame();
 }
 
-bool PlayDockFirmware::change(const std::string& event, const std::vector<int>& values)
+Picture PlayDockFirmware::drawn() const
 {
-    if (!std::ranges::all_of(values, isByte))
-        return false;
-    if (event == "bottom" && values.size() == 3) {
-        std::ranges::copy(values, working.bottom.begin());
-        return true;
-    }
-    if (event == "effect" && values.size() == 1 && values[0] < int(effectCount)) {
-        working.effect = std::uint8_t(values[0]);
-        return true;
-    }
-    if (event == "speed" && values.size() == 1 && values[0] <= highestSpeed(working.effect)) {
-        working.effects[working.effect][speed] = std::uint8_t(values[0]);
-        return true;
-    }
-    return false;
-}
-
-bool PlayDockFirmware::happen(const std::string& event, const std::vector<int>& values)
-{
-    Payload report{};
-    {
-        const std::lock_guard lock(mutex);
-        if (!change(event, values))
-            return false;
-        if (event == "bottom") {
-            report = success({0x80, 0x12}, working.bottom, 4);
-        } else {
-            report = success({0x80, 0x10}, working.effects[working.effect], 5);
-            report[4] = working.effect;
-        }
-        report[3] = allZones;
-    }
-    emit(report);
-    return true;
-}
-
-std::vector<std::string> PlayDockFirmware::events() const
-{
-    return {"effect MODE", "speed VALUE", "bottom RED GREEN BLUE"};
-}
-
-Picture PlayDockFirmware::picture() const
-{
-    const std::lock_guard lock(mutex);
     const Effect& effect = working.effects[working.effect];
     const Light own{effect[color], effect[color + 1], effect[color + 2]};
     Picture picture;
@@ -176,30 +122,6 @@ Picture PlayDockFirmware::picture() const
         picture.push_back({"zone " + std::to_string(zone + 1), {drivenByHost ? shown[zone] : own}});
     picture.push_back({"bottom", lightsOf(working.bottom)});
     return picture;
-}
-
-PlayDockFirmware::Settings PlayDockFirmware::settings() const
-{
-    const std::lock_guard lock(mutex);
-    return working;
-}
-
-PlayDockFirmware::Settings PlayDockFirmware::savedSettings() const
-{
-    const std::lock_guard lock(mutex);
-    return saved;
-}
-
-bool PlayDockFirmware::driven() const
-{
-    const std::lock_guard lock(mutex);
-    return drivenByHost;
-}
-
-std::uint8_t PlayDockFirmware::flag() const
-{
-    const std::lock_guard lock(mutex);
-    return lastFlag;
 }
 
 } // namespace pyrux::sim

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "simulator/models/hub.h"
-
-#include <optional>
+#include "simulator/models/table_firmware.h"
 
 /// @file
 /// Firmware model of PLAY_DOCK: a desk dock with three zones of light on top and body, and a light at its
@@ -32,7 +30,7 @@
 
 namespace pyrux::sim {
 
-class PlayDockFirmware final : public HubFirmware {
+class PlayDockFirmware final : public TableFirmware {
 public:
     static constexpr std::size_t zoneCount = 3;
     static constexpr std::size_t effectCount = 9;
@@ -49,29 +47,22 @@ public:
         bool operator==(const Settings&) const = default;
     };
 
-    const Identity& identity() const override;
-    void powerOn() override;
+    /// Events "effect MODE": the button chooses effect 0 to 8; "speed VALUE": it gives the current effect the
+    /// speed 0 to 3 (effect 0: the rate 0 to 7); "bottom RED GREEN BLUE": it gives the bottom a color. The
+    /// zones of the picture are "zone 1" to "zone 3" and "bottom", one LED each.
+    PlayDockFirmware();
 
-    /// "effect MODE": the button chooses effect 0 to 8.
-    /// "speed VALUE": the button gives the current effect the speed 0 to 3 (effect 0: the rate 0 to 7).
-    /// "bottom RED GREEN BLUE": the button gives the bottom a color.
-    bool happen(const std::string& event, const std::vector<int>& values) override;
-    std::vector<std::string> events() const override;
-
-    /// Zones "zone 1" to "zone 3" and "bottom", one LED each.
-    Picture picture() const override;
-
-    Settings settings() const;
-    Settings savedSettings() const;
-    bool driven() const;       ///< The host drives the zones.
-    std::uint8_t flag() const; ///< Byte 3 of the last frame.
+    Settings settings() const { return copyOf(working); }
+    Settings savedSettings() const { return copyOf(saved); }
+    bool driven() const { return copyOf(drivenByHost); }   ///< The host drives the zones.
+    std::uint8_t flag() const { return copyOf(lastFlag); } ///< Byte 3 of the last frame.
 
 private:
-    void take(const Payload& command, Replies& replies) override;
-    std::optional<Payload> answer(const Payload& command);
-    void takeFrame(const Payload& command);
-    Payload tell(const Payload& command, std::uint8_t effect) const;
-    bool change(const std::string& event, const std::vector<int>& values);
+    std::vector<Event> buttonEvents();
+    void restart() override;
+    Picture drawn() const override;
+    void takeFrame(const Command& command);
+    Answer current() const;
 
     Settings working;
     Settings saved;

@@ -1,9 +1,6 @@
 #include "simulator/models/power_supply.h"
 
-#include "simulator/models/identities.h"
-
 #include <algorithm>
-#include <cctype>
 #include <condition_variable>
 #include <cstdio>
 
@@ -32,12 +29,6 @@ constexpr std::array<Model, PsuCtrlFirmware::variants> lines{{
     {"PT_LINE_850_MULTI", 0x01A1, 850, true, "C1.2"},
 }};
 
-const Identity& identityOf(const Model& model)
-{
-    return standingIdentity(model.name, model.pid, 0x0100,
-                            {{.interface = -1, .usagePage = 0xFF00, .usage = 0x0001}}, -1);
-}
-
 constexpr Curve factoryCurve{{{30, 10}, {40, 30}, {60, 50}, {70, 70}}};
 constexpr int customMode = 5;
 constexpr std::array<int, 4> builtInFloors{10, 25, 40, 100}; // percent at 30 degrees and below, by mode
@@ -53,14 +44,10 @@ constexpr int swing(int round, int top, int slowness)
     return place <= top ? place : 2 * top - place;
 }
 
-bool isDigit(char c)
+/// The value of a digit; of other characters one that no command has.
+int valueOf(std::uint8_t character)
 {
-    return c >= '0' && c <= '9';
-}
-
-int valueOf(char c)
-{
-    return c - '0';
+    return character >= '0' && character <= '9' ? character - '0' : -1;
 }
 
 std::string formatted(const char* format, int a, int b = 0, int c = 0)
@@ -104,8 +91,28 @@ struct PowerSupplyFirmware::Stream {
 };
 
 PowerSupplyFirmware::PowerSupplyFirmware(const Model& of)
-    : model(of), self(identityOf(of)), inForce(factoryCurve), stored(factoryCurve), version(of.version)
+    : TableFirmware(identityOf(of.name, of.pid, 0x0100,
+                               {{.interface = -1, .reports = {{.output = 16, .input = 16}}}}, -1),
+                    {}),
+      model(of), inForce(factoryCurve), stored(factoryCurve), version(of.version)
 {
+    takes({
+        {Head::text("[MQ]"), [this] { return report(joined(formatted("[M%d]", mode))); }},
+        {Head::text("[M.]"), [this](auto& c) { setFanMode(valueOf(c[2])); }},
+        {Head::text("[Q.]"), [this](auto& c) { return tellPoint(valueOf(c[2])); }},
+        {Head::text("[m.....]"), [this](auto& c) { setPoint(c); }},
+        {Head::text("[OQ]"), [this] { return report(joined(formatted("[O%d]", rails))); }},
+        {Head::text("[O.]"),
+         [this](auto& c) {
+             if (const int next = valueOf(c[2]); next >= 1 && next <= 3)
+                 rails = next;
+         }},
+        {Head::text("[SQ]"), [this] { return version.empty() ? silence() : report(joined(version)); }},
+    });
+    does({
+        {"load", {{"PERCENT", 0, 100}}, [this](auto& values) { fixedLoad = values[0]; }},
+        {"vary", {}, [this] { fixedLoad.reset(); }},
+    });
 }
 
 PowerSupplyFirmware::~PowerSupplyFirmware()
@@ -120,13 +127,18 @@ void PowerSupplyFirmware::powerOn()
 {
     powerOff();
     const Lock streamLock(streamMutex);
-    const Lock lock(mutex);
-    round = 0;
-    stored = inForce;
-    if (pause.count() <= 0)
+    TableFirmware::powerOn();
+    const std::chrono::milliseconds every = copyOf(pause);
+    if (every.count() <= 0)
         return;
     streaming = std::make_shared<Stream>();
-    thread = std::thread([this, stream = streaming, every = pause] { run(stream, every); });
+    thread = std::thread([this, stream = streaming, every] { run(stream, every); });
+}
+
+void PowerSupplyFirmware::restart()
+{
+    round = 0;
+    stored = inForce;
 }
 
 void PowerSupplyFirmware::powerOff()
@@ -219,58 +231,6 @@ int PowerSupplyFirmware::fanPercent(int decidegrees) const
     return points.back().percent;
 }
 
-void PowerSupplyFirmware::output(Bytes payload)
-{
-    const auto end = std::ranges::find(payload, 0);
-    const std::string command(payload.begin(), end);
-    if (command.size() < 4 || command.front() != '[' || command.back() != ']')
-        return;
-    std::string reply;
-    {
-        const Lock lock(mutex);
-        reply = answer(command);
-    }
-    if (!reply.empty())
-        send(reply);
-}
-
-/// What a command in brackets does, and the answer; empty: none.
-std::string PowerSupplyFirmware::answer(const std::string& command)
-{
-    if (command == "[MQ]")
-        return formatted("[M%d]", mode);
-    if (command == "[OQ]")
-        return formatted("[O%d]", rails);
-    if (command == "[SQ]")
-        return version;
-    if (command.size() == 8 && command[1] == 'm') {
-        setPoint(command);
-        return {};
-    }
-    if (command.size() != 4 || !isDigit(command[2]))
-        return {};
-    const int value = valueOf(command[2]);
-    switch (command[1]) {
-    case 'M':
-        setFanMode(value);
-        break;
-    case 'O':
-        if (value >= 1 && value <= 3)
-            rails = value;
-        break;
-    case 'Q':
-        if (value >= 1 && value <= int(inForce.size())) {
-            const Point& point = inForce[std::size_t(value - 1)];
-            const std::string place = formatted("[m%d%02d", value, point.degrees);
-            return place + (point.percent >= 100 ? "10]" : formatted("%02d]", point.percent / 10 + 1));
-        }
-        break;
-    default:
-        break;
-    }
-    return {};
-}
-
 void PowerSupplyFirmware::setFanMode(int next)
 {
     if (next < 1 || next > customMode)
@@ -280,36 +240,28 @@ void PowerSupplyFirmware::setFanMode(int next)
     mode = next;
 }
 
-void PowerSupplyFirmware::setPoint(const std::string& command)
+/// [mnTTSS]
+void PowerSupplyFirmware::setPoint(const Command& command)
 {
-    const std::string digits = command.substr(2, 5);
-    if (!std::ranges::all_of(digits, isDigit))
-        return;
-    const int number = valueOf(digits[0]);
-    if (number < 1 || number > int(stored.size()))
-        return;
-    const int hundreds = valueOf(digits[3]), tens = valueOf(digits[4]);
+    std::array<int, 5> digits;
+    for (std::size_t i = 0; i < digits.size(); ++i)
+        digits[i] = valueOf(command[2 + i]);
+    const auto [number, tenDegrees, degrees, hundreds, tens] = digits;
     const int percent = hundreds == 1 ? 100 + 10 * tens : 100 * hundreds + 10 * tens - 10;
-    if (percent < 0 || percent > 100)
+    if (std::ranges::min(digits) < 0 || number < 1 || number > int(stored.size()) || percent < 0 ||
+        percent > 100)
         return;
-    stored[std::size_t(number - 1)] = {10 * valueOf(digits[1]) + valueOf(digits[2]), percent};
+    stored[std::size_t(number - 1)] = {10 * tenDegrees + degrees, percent};
 }
 
-bool PowerSupplyFirmware::happen(const std::string& event, const std::vector<int>& values)
+Answer PowerSupplyFirmware::tellPoint(int number) const
 {
-    const Lock lock(mutex);
-    if (event == "load" && values.size() == 1 && values[0] >= 0 && values[0] <= 100)
-        fixedLoad = values[0];
-    else if (event == "vary" && values.empty())
-        fixedLoad.reset();
-    else
-        return false;
-    return true;
-}
-
-std::vector<std::string> PowerSupplyFirmware::events() const
-{
-    return {"load PERCENT", "vary"};
+    if (number < 1 || number > int(inForce.size()))
+        return refused();
+    const Point& point = inForce[std::size_t(number - 1)];
+    return report(
+        joined(formatted("[m%d%02d", number, point.degrees),
+               point.percent >= 100 ? std::string("10]") : formatted("%02d]", point.percent / 10 + 1)));
 }
 
 void PowerSupplyFirmware::setPause(std::chrono::milliseconds next)
@@ -328,30 +280,6 @@ void PowerSupplyFirmware::setVersion(const std::string& text)
 {
     const Lock lock(mutex);
     version = text;
-}
-
-int PowerSupplyFirmware::fanMode() const
-{
-    const Lock lock(mutex);
-    return mode;
-}
-
-int PowerSupplyFirmware::railMode() const
-{
-    const Lock lock(mutex);
-    return rails;
-}
-
-Curve PowerSupplyFirmware::curve() const
-{
-    const Lock lock(mutex);
-    return inForce;
-}
-
-Curve PowerSupplyFirmware::storedCurve() const
-{
-    const Lock lock(mutex);
-    return stored;
 }
 
 } // namespace pyrux::sim

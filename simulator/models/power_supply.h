@@ -1,22 +1,17 @@
 #pragma once
 
-#include "simulator/firmware.h"
+#include "simulator/models/table_firmware.h"
 
-#include <array>
 #include <chrono>
-#include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
-#include <string>
 #include <thread>
-#include <vector>
 
 /// @file
 /// Firmware models of the digital power supplies: VOLTGRID, and the lines that share PSUCTRL.
 ///
-/// They speak short ASCII texts in brackets, with zeros behind. By themselves they send, one report after the
-/// other, round by round:
+/// They speak short ASCII texts in brackets, with zeros behind, in reports of 16 bytes. By themselves they
+/// send, one report after the other, round by round:
 ///
 ///     [P1a.bc]        power factor
 ///     [Vnabc.d]       voltage of channel n, 1 to 6, in V
@@ -24,15 +19,14 @@
 ///     [T1abc.d]       temperature in degrees
 ///     [R1abcd]        fan speed in rpm
 ///
-/// Channel 1 is the AC input, 2 the 5 V rail, 3 the 3.3 V rail, 4 to 6 the second, the first and the third 12
-/// V rail. They take these commands, and answer the questions among them:
+/// Channel 1 is the AC input, 2 the 5 V rail, 3 the 3.3 V rail, 4 to 6 the second, the first and the third
+/// 12 V rail. They take these commands, and answer the questions among them:
 ///
 ///     [MQ]            fan mode: [Mn]
 ///     [Mn]            fan mode n becomes current: 1 to 4 are built in, 5 is the custom curve
 ///     [Qn]            point n of the custom curve, 1 to 4: [mnTTSS], as below
 ///     [mnTTSS]        point n: the temperature, and the speed as hundreds and tens. Below 100 percent the
-///     tens are
-///                     one more than the speed's, so that 50 is "06".
+///                     tens are one more than the speed's, so that 50 is "06".
 ///     [OQ]            rail mode: [On]
 ///     [On]            rail mode n, 1 to 3, becomes current
 ///     [SQ]            version, without brackets: "C1.2" or "F1.2"
@@ -45,7 +39,7 @@
 
 namespace pyrux::sim {
 
-class PowerSupplyFirmware : public Firmware {
+class PowerSupplyFirmware : public TableFirmware {
 public:
     static constexpr std::size_t channels = 6;
 
@@ -76,14 +70,8 @@ public:
 
     ~PowerSupplyFirmware() override;
 
-    const Identity& identity() const override { return self; }
     void powerOn() override;
     void powerOff() override;
-    void output(Bytes payload) override;
-
-    /// "load PERCENT": the load stays at so much of the rated one. "vary": it goes up and down again.
-    bool happen(const std::string& event, const std::vector<int>& values) override;
-    std::vector<std::string> events() const override;
 
     /// The pause between two reports of the stream, from the next power-on; 0: it sends nothing by itself.
     void setPause(std::chrono::milliseconds pause);
@@ -93,12 +81,16 @@ public:
     void sendRound();
     void setVersion(const std::string& text);
 
-    int fanMode() const;
-    int railMode() const;
-    Curve curve() const;       ///< The one that is in force.
-    Curve storedCurve() const; ///< With the points that wait for mode 5 to be entered.
+    int fanMode() const { return copyOf(mode); }
+    int railMode() const { return copyOf(rails); }
+    Curve curve() const { return copyOf(inForce); } ///< The one that is in force.
+    Curve storedCurve() const
+    {
+        return copyOf(stored);
+    } ///< With the points that wait for mode 5 to be entered.
 
 protected:
+    /// Events "load PERCENT": the load stays at so much of the rated one; "vary": it goes up and down again.
     explicit PowerSupplyFirmware(const Model& model);
 
 private:
@@ -108,16 +100,15 @@ private:
     Measurements nextRound();
     Measurements simulated(int loadPercent) const;
     int fanPercent(int decidegrees) const;
-    std::string answer(const std::string& command);
+    void restart() override;
     void setFanMode(int mode);
-    void setPoint(const std::string& command);
+    void setPoint(const Command& command);
+    Answer tellPoint(int number) const;
     void send(const std::string& text);
     void run(const std::shared_ptr<Stream>& stream, std::chrono::milliseconds pause);
 
     const Model& model;
-    const Identity& self;
 
-    mutable std::mutex mutex;
     std::chrono::milliseconds pause{20};
     std::optional<Measurements> fixed;
     std::optional<int> fixedLoad;

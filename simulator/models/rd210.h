@@ -1,13 +1,6 @@
 #pragma once
 
-#include "simulator/firmware.h"
-
-#include <array>
-#include <cstddef>
-#include <cstdint>
-#include <mutex>
-#include <optional>
-#include <span>
+#include "simulator/models/echo_firmware.h"
 
 /// @file
 /// Firmware model of the wired mouse RD210.
@@ -57,7 +50,7 @@
 
 namespace pyrux::sim {
 
-class RD210Firmware : public Firmware {
+class RD210Firmware : public EchoFirmware {
 public:
     static constexpr int profileCount = 5;
     static constexpr int buttonCount = 13;
@@ -65,7 +58,7 @@ public:
     static constexpr int macroEvents = 200;
 
     /// `live`: the host drives the lights; only of mice that have some.
-    enum class State : std::uint8_t { off = 0x00, maintenance = 0x01, live = 0x02, configuration = 0x80 };
+    enum State : States { off = 1, maintenance = 2, live = 4, configuration = 8 };
 
     using MacroArea = std::array<std::uint8_t, 4 * macroEvents>;
 
@@ -85,50 +78,40 @@ public:
         bool operator==(const Settings&) const = default;
     };
 
-    RD210Firmware();
-
-    const Identity& identity() const override;
-    void powerOn() override;
-    void output(Bytes payload) override;
-
-    /// "dpi LEVEL": the DPI button makes level 0 to 6 current, which must be enabled.
-    /// "profile N": the profile button makes profile 0 to 4 current.
-    /// "key NUMBER STATE": key NUMBER of the key reports goes up (0) or down (1); another STATE stands in the
-    /// report as it is.
-    /// "surface A B": the learning of the surface ends with a result.
-    bool happen(const std::string& event, const std::vector<int>& values) override;
-    std::vector<std::string> events() const override;
+    /// Events "dpi LEVEL": the DPI button makes level 0 to 6 current, which must be enabled; "profile N": the
+    /// profile button makes profile 0 to 4 current; "key NUMBER STATE": key NUMBER of the key reports goes up
+    /// (0) or down (1), another STATE stands in the report as it is; "surface A B": the learning of the
+    /// surface ends with a result.
+    RD210Firmware() : RD210Firmware(identityOf("RD210", 0x012F, 0x0103, besideMouse(), 1)) {}
 
     // What the device holds. Callable from any thread; working memory and current profile unless said
     // otherwise.
-    State state() const;
-    bool configurable() const { return state() == State::configuration; }
-    int profile() const;
-    int savedProfile() const;
-    Settings settings(int profile) const;
-    Settings savedSettings(int profile) const;
+    State state() const { return State(stateNow()); }
+    bool configurable() const { return state() == configuration; }
+    int profile() const { return copyOf(working.profile); }
+    int savedProfile() const { return copyOf(saved.profile); }
+    Settings settings(int profile) const { return copyOf(working.profiles.at(std::size_t(profile))); }
+    Settings savedSettings(int profile) const { return copyOf(saved.profiles.at(std::size_t(profile))); }
     int level() const; ///< Current DPI level, by its number.
     std::uint16_t key(int button) const;
-    MacroArea macro(int button) const;   ///< The button's own area, whatever is assigned to it.
-    bool recording() const;              ///< The host has begun a macro recording.
-    bool learning() const;               ///< The surface is being learned.
-    int profileAcknowledgements() const; ///< Since power-on, with that of the start-up.
-    int dpiAcknowledgements() const;     ///< Likewise.
-    int saves() const;                   ///< Since power-on.
+    MacroArea macro(int button) const; ///< The button's own area, whatever is assigned to it.
+    bool recording() const { return copyOf(now.recording); } ///< The host has begun a macro recording.
+    bool learning() const { return copyOf(now.learning); }   ///< The surface is being learned.
+    /// Since power-on, with that of the start-up.
+    int profileAcknowledgements() const { return copyOf(now.profileAcks); }
+    int dpiAcknowledgements() const { return copyOf(now.dpiAcks); } ///< Likewise.
+    int saves() const { return copyOf(now.saves); }                 ///< Since power-on.
 
 protected:
-    using Payload = std::array<std::uint8_t, 64>;
+    explicit RD210Firmware(Identity identity);
 
-    // Called with `mutex` held.
-
-    /// The reply to a command; none: silence.
-    virtual std::optional<Payload> answer(const Payload& command);
-    State stateLocked() const { return firmwareState; }
-    void setState(State to);
-    std::uint8_t profileLocked() const { return working.profile; }
-    bool setProfileLocked(int profile);
-
-    mutable std::mutex mutex;
+    void restart() override;
+    virtual void enter(State next);
+    virtual void resetProfile();
+    virtual void resetEverything();
+    virtual void save();
+    std::uint8_t currentProfile() const { return working.profile; }
+    bool setProfile(int profile);
 
 private:
     struct Memory {
@@ -136,66 +119,34 @@ private:
         std::array<Settings, profileCount> profiles;
     };
 
-    /// Where the next chunk of macro events goes to or comes from.
-    struct Cursor {
-        std::size_t area = 0;
-        std::size_t event = 0;
+    /// What lasts as long as the power.
+    struct Session {
+        bool recording = false;
+        bool learning = false;
+        int profileAcks = 0;
+        int dpiAcks = 0;
+        int saves = 0;
     };
 
-    /// A row of the command table.
-    struct Command;
-    /// A block of settings that is written and read as it stands.
-    struct Block;
-
     static Memory factoryMemory();
+    std::vector<Row> stateRows();
+    std::vector<Row> settingRows();
+    std::vector<Event> buttonEvents();
 
     Settings& current() { return working.profiles[working.profile]; }
     const Settings& current() const { return working.profiles[working.profile]; }
     std::uint16_t* keyAt(std::uint8_t address, std::uint8_t page);
     int levelAtPlace(std::size_t place) const;
-    static const Block& block(std::uint8_t number);
+    std::span<std::uint8_t> macroArea(std::size_t area) override { return current().macros[area]; }
 
-    // Each fills in the reply, which begins as the echo; false: silence. Called with `mutex` held.
-    bool enterState(const Payload& command, Payload& reply);
-    bool askForReports(const Payload& command, Payload& reply);
-    bool acknowledge(const Payload& command, Payload& reply);
-    bool resetProfile(const Payload& command, Payload& reply);
-    bool save(const Payload& command, Payload& reply);
-    bool setProfile(const Payload& command, Payload& reply);
-    bool getProfile(const Payload& command, Payload& reply);
-    bool setBlock(const Payload& command, Payload& reply);
-    bool getBlock(const Payload& command, Payload& reply);
-    bool setWheel(const Payload& command, Payload& reply);
-    bool setKey(const Payload& command, Payload& reply);
-    bool getKey(const Payload& command, Payload& reply);
-    bool setAssignment(const Payload& command, Payload& reply);
-    bool getAssignment(const Payload& command, Payload& reply);
-    bool setName(const Payload& command, Payload& reply);
-    bool getName(const Payload& command, Payload& reply);
-    bool resetParts(const Payload& command, Payload& reply);
-    bool writeMacro(const Payload& command, Payload& reply);
-    bool readMacro(const Payload& command, Payload& reply);
-    bool getLearning(const Payload& command, Payload& reply);
-    bool setLearning(const Payload& command, Payload& reply);
-
-    // Each changes the device and fills in a report if the host is told; false: it cannot happen now.
-    bool pressDpi(const int* values, std::optional<Payload>& report);
-    bool pressProfile(const int* values, std::optional<Payload>& report);
-    bool pressKey(const int* values, std::optional<Payload>& report);
-    bool learnSurface(const int* values, std::optional<Payload>& report);
-
-    void pointAt(const std::array<std::uint8_t, 3>& assignment);
-    std::optional<std::size_t> chunkBegin(const Payload& command) const;
+    Answer carryKey(const Command& command);
+    Answer carryAssignment(const Command& command);
+    void resetParts(std::uint8_t bits);
+    Answer pressDpi(int level);
 
     Memory working;
     Memory saved;
-    State firmwareState = State::off;
-    std::optional<Cursor> cursor;
-    bool recordingKeys = false;
-    bool learningSurface = false;
-    int profileAcks = 0;
-    int dpiAcks = 0;
-    int saveCount = 0;
+    Session now;
 };
 
 } // namespace pyrux::sim

@@ -1,6 +1,6 @@
 #include "simulator/models/strand_hub.h"
 
-#include "simulator/models/identities.h"
+#include "simulator/models/lights.h"
 
 #include <algorithm>
 #include <bit>
@@ -20,14 +20,6 @@ constexpr std::size_t dataFrom = 5;     // in the reports that name a place
 constexpr std::uint8_t customEffect = 9;
 constexpr std::size_t firstEntries = 7;
 constexpr std::size_t entrySize = 8;
-
-const Identity& identityOf(const char* name, std::uint16_t pid)
-{
-    return standingIdentity(name, pid, 0x0105,
-                            {{.interface = 0, .usagePage = 0x0001, .usage = 0x0000},
-                             {.interface = 1, .usagePage = 0xFF00, .usage = 0x0001}},
-                            1);
-}
 
 Settings factorySettings()
 {
@@ -64,38 +56,183 @@ std::vector<Light> still(const Zone& zone, std::size_t leds)
     return std::vector<Light>(leds, {effect[2], effect[3], effect[4]});
 }
 
-template <class Container>
-void copyInto(Container& to, std::span<const std::uint8_t> from)
-{
-    std::ranges::copy(from.first(std::min(from.size(), to.size())), to.begin());
-}
-
 } // namespace
 
 StrandFirmware::StrandFirmware(const char* name, std::uint16_t pid)
-    : self(identityOf(name, pid)), working(factorySettings()), saved(working)
+    : TableFirmware(identityOf(name, pid, 0x0105,
+                               {{.interface = 0, .usagePage = 0x0001, .usage = 0x0000}, {.interface = 1}}, 1),
+                    hubForm),
+      working(factorySettings()), saved(working)
 {
     attached[0] = {20, 16, 12};
     discovered = attached;
+    takes(effectRows());
+    takes(portRows());
+    takes(deviceRows());
+    does({
+        {"attach",
+         {{"PORT", 1, portCount}, {"LEDS", 4, ledCount}},
+         [this](auto& values) {
+             Chain& chain = attached[std::size_t(values[0] - 1)];
+             if (chain.size() == fanCount)
+                 return refused();
+             chain.push_back(std::uint8_t(values[1]));
+             return silence();
+         }},
+        {"detach",
+         {{"PORT", 1, portCount}},
+         [this](auto& values) {
+             Chain& chain = attached[std::size_t(values[0] - 1)];
+             if (chain.empty())
+                 return refused();
+             chain.pop_back();
+             return silence();
+         }},
+    });
 }
 
 StrandHubFirmware::StrandHubFirmware() : StrandFirmware("STRANDHUB", 0x0173) {}
 StrandHubV2Firmware::StrandHubV2Firmware() : StrandFirmware("STRANDHUBV2", 0x01C9) {}
 
-void StrandFirmware::powerOn()
+template <class Act>
+auto StrandFirmware::onPorts(Act act)
 {
-    const std::lock_guard lock(mutex);
-    working = saved;
-    discovered = attached;
-    drivenByHost = false;
-    custom.reset();
-    frame.reset();
-    shown = {};
-    identifiedPlace = {};
-    forgetFrames();
+    return [act](const Command& command) {
+        const Ports ports = portsOf(command[3]);
+        return ports.empty() ? refused(badPort) : act(command, ports);
+    };
 }
 
-std::vector<std::size_t> StrandFirmware::portsOf(std::uint8_t mask)
+template <class Act>
+auto StrandFirmware::onZones(Act act)
+{
+    return [this, act](const Command& command) {
+        const Zones zones = zonesOf(command[3], command[4]);
+        if (zones.empty())
+            return refused(portsOf(command[3]).empty() ? badPort : badSubPort);
+        return act(command, zones);
+    };
+}
+
+std::vector<Row> StrandFirmware::effectRows()
+{
+    return {
+        {"80 01 02",
+         [this](auto& c) {
+             if (c[3] > 1)
+                 return refused(badType);
+             now.drivenByHost = c[3] == 1;
+             now.frame.end();
+             return accepted();
+         }},
+        {"80 03 02", onZones([](auto& c, const Zones& zones) {
+             if (c[5] >= effectCount)
+                 return refused(badEffect);
+             for (Zone* const zone : zones) {
+                 zone->effect = c[5];
+                 c.copy(6, zone->effects[c[5]]);
+             }
+             return accepted();
+         })},
+        {"80 03 01", onZones([](auto& c, const Zones& zones) {
+             const Zone& zone = *zones.front();
+             return told(c[3], c[4], zone.effect, zone.effects[zone.effect]);
+         })},
+        {"80 04 01", onZones([](auto& c, const Zones& zones) {
+             if (c[5] >= effectCount)
+                 return refused(badEffect);
+             return told(c[3], c[4], c[5], zones.front()->effects[c[5]]);
+         })},
+        {"80/81 0C 01",
+         onZones([this](auto& c, const Zones& zones) { return tellEffects(c, *zones.front()); })},
+        {".. 08 02", onZones([this](auto& c, const Zones& zones) { return takeCustom(c, zones); })},
+        {".. 08 01", onZones([this](auto& c, const Zones& zones) { return tellCustom(c, zones); })},
+        {".. 09", [this](auto& c) { takeFrame(c); }},
+    };
+}
+
+std::vector<Row> StrandFirmware::portRows()
+{
+    return {
+        {"80 06 02", [this](auto& c) { return takeSize(c); }},
+        {"80 06 01", onPorts([this](auto& c, const Ports& ports) {
+             const Port& port = working.ports[ports.front()];
+             return told(c[3], port.chainLength, port.leds);
+         })},
+        {"80 07 01", onPorts([this](auto& c, const Ports& ports) {
+             const std::vector<std::uint8_t> leds = fanLeds(ports.front());
+             return told(c[3], leds.size(), leds);
+         })},
+        {"80 0A 02", onZones([this](auto& c, const Zones&) {
+             now.identified = {c[3], c[4]};
+             return accepted();
+         })},
+        {"80 0B 02", onPorts([this](auto& c, const Ports& ports) {
+             if (c[4] != strand && c[4] != fans)
+                 return refused(badType);
+             for (const std::size_t port : ports)
+                 working.ports[port].type = c[4];
+             return accepted();
+         })},
+        {"80 0B 01", onPorts([this](auto& c, const Ports& ports) {
+             return told(c[3], working.ports[ports.front()].type);
+         })},
+        {"80 0D 02", onPorts([this](auto& c, const Ports& ports) { return takeNumbers(c, ports); })},
+        {"80 10 02", onPorts([this](auto& c, const Ports& ports) {
+             for (const std::size_t port : ports)
+                 c.copy(4, working.ports[port].overlay);
+             return accepted();
+         })},
+        {"80 10 01", onPorts([this](auto& c, const Ports& ports) {
+             return told(c[3], working.ports[ports.front()].overlay);
+         })},
+        {"80 B2 02", onPorts([this](auto&, const Ports& ports) {
+             discover(ports);
+             return accepted();
+         })},
+        {"80 B5 02", onPorts([this](auto& c, const Ports&) { return carried(true, c, 4, working.owner); })},
+        {"80 B5 01", [this] { return told(working.owner); }},
+    };
+}
+
+std::vector<Row> StrandFirmware::deviceRows()
+{
+    return {
+        {"80 11 02", [this](auto& c) { return carried(true, c, 3, std::span(&working.overlayMode, 1)); }},
+        {"80 11 01", [this] { return told(working.overlayMode); }},
+        {"80 B0 02", done([this] { saved = working; })},
+        {"80 B1 02",
+         [this](auto& c) {
+             if (c[3] > 2)
+                 return refused(badType);
+             restore(c[3]);
+             return accepted();
+         }},
+        {"80 B4 01", [] { return told(version & 0xFF, version >> 8); }},
+        {"80 B6 02", done([this] { saved = working = factorySettings(); })},
+        {"80 C0 02", [this](auto& c) { return carried(true, c, 3, std::span(&working.multilayer, 1)); }},
+        {"80 C0 01", [this] { return told(working.multilayer); }},
+    };
+}
+
+void StrandFirmware::restart()
+{
+    working = saved;
+    discovered = attached;
+    now = {};
+}
+
+/// Fans that were plugged in or pulled off since the last look lose their numbers.
+void StrandFirmware::discover(const Ports& ports)
+{
+    for (const std::size_t port : ports)
+        if (discovered[port] != attached[port]) {
+            discovered[port] = attached[port];
+            working.ports[port].order = Port{}.order;
+        }
+}
+
+StrandFirmware::Ports StrandFirmware::portsOf(std::uint8_t mask)
 {
     return bitsOf(mask, portCount);
 }
@@ -113,9 +250,9 @@ std::vector<std::size_t> StrandFirmware::subPortsOf(std::uint8_t mask)
     return numbers;
 }
 
-std::vector<Zone*> StrandFirmware::zonesOf(std::uint8_t ports, std::uint8_t subPorts)
+StrandFirmware::Zones StrandFirmware::zonesOf(std::uint8_t ports, std::uint8_t subPorts)
 {
-    std::vector<Zone*> zones;
+    Zones zones;
     for (const std::size_t port : portsOf(ports))
         for (const std::size_t subPort : subPortsOf(subPorts))
             zones.push_back(&working.ports[port].zones[subPort]);
@@ -136,168 +273,10 @@ std::vector<std::uint8_t> StrandFirmware::fanLeds(std::size_t number) const
     return leds;
 }
 
-void StrandFirmware::take(const Payload& command, Replies& replies)
-{
-    if (command[1] == 0x09) {
-        takeFrame(command);
-        return;
-    }
-    std::optional<Payload> reply;
-    if (command[1] == 0x08 && command[2] == 2)
-        reply = takeCustom(command);
-    else if (command[1] == 0x08 && command[2] == 1)
-        reply = tellCustom(command);
-    else if (command[0] == 0x80 || (command[0] == 0x81 && command[1] == 0x0C))
-        reply = command[2] == 2 ? answerWrite(command) : command[2] == 1 ? answerRead(command) : std::nullopt;
-    if (reply)
-        replies.push_back(*reply);
-}
-
-std::optional<StrandFirmware::Payload> StrandFirmware::answerWrite(const Payload& command)
-{
-    switch (command[1]) {
-    case 0x01:
-        if (command[3] > 1)
-            return refusal(command, badType);
-        drivenByHost = command[3] == 1;
-        frame.reset();
-        return success(command);
-    case 0x03: {
-        const std::vector<Zone*> zones = zonesOf(command[3], command[4]);
-        if (zones.empty())
-            return refusal(command, portsOf(command[3]).empty() ? badPort : badSubPort);
-        if (command[5] >= effectCount)
-            return refusal(command, badEffect);
-        for (Zone* const zone : zones) {
-            zone->effect = command[5];
-            copyInto(zone->effects[command[5]], std::span(command).subspan(6));
-        }
-        return success(command);
-    }
-    case 0x06:
-        return takeSize(command);
-    case 0x0A:
-        if (zonesOf(command[3], command[4]).empty())
-            return refusal(command, portsOf(command[3]).empty() ? badPort : badSubPort);
-        identifiedPlace = {command[3], command[4]};
-        return success(command);
-    case 0x0B:
-        if (portsOf(command[3]).empty())
-            return refusal(command, badPort);
-        if (command[4] != strand && command[4] != fans)
-            return refusal(command, badType);
-        for (const std::size_t port : portsOf(command[3]))
-            working.ports[port].type = command[4];
-        return success(command);
-    case 0x0D:
-        return takeNumbers(command);
-    case 0x10:
-        if (portsOf(command[3]).empty())
-            return refusal(command, badPort);
-        for (const std::size_t port : portsOf(command[3]))
-            copyInto(working.ports[port].overlay, std::span(command).subspan(4));
-        return success(command);
-    case 0x11:
-        working.overlayMode = command[3];
-        return success(command);
-    case 0xB0:
-        saved = working;
-        return success(command);
-    case 0xB1:
-        if (command[3] > 2)
-            return refusal(command, badType);
-        restore(command[3]);
-        return success(command);
-    case 0xB2:
-        if (portsOf(command[3]).empty())
-            return refusal(command, badPort);
-        for (const std::size_t port : portsOf(command[3]))
-            if (discovered[port] != attached[port]) {
-                discovered[port] = attached[port];
-                working.ports[port].order = Port{}.order;
-            }
-        return success(command);
-    case 0xB5:
-        if (portsOf(command[3]).empty())
-            return refusal(command, badPort);
-        copyInto(working.owner, std::span(command).subspan(4));
-        return success(command);
-    case 0xB6:
-        working = factorySettings();
-        saved = working;
-        return success(command);
-    case 0xC0:
-        working.multilayer = command[3];
-        return success(command);
-    default:
-        return {};
-    }
-}
-
-std::optional<StrandFirmware::Payload> StrandFirmware::answerRead(const Payload& command)
-{
-    switch (command[1]) {
-    case 0x11:
-        return success(command, std::span(&working.overlayMode, 1));
-    case 0xB4:
-        return success(command, std::array{std::uint8_t(version & 0xFF), std::uint8_t(version >> 8)});
-    case 0xB5:
-        return success(command, working.owner);
-    case 0xC0:
-        return success(command, std::span(&working.multilayer, 1));
-    default:
-        return answerPlace(command);
-    }
-}
-
-/// Questions about a port or a fan.
-std::optional<StrandFirmware::Payload> StrandFirmware::answerPlace(const Payload& command)
-{
-    std::vector<std::uint8_t> data{command[3]};
-    const auto tell = [&](std::span<const std::uint8_t> values) {
-        data.insert(data.end(), values.begin(), values.end());
-        return success(command, data);
-    };
-    const std::vector<std::size_t> ports = portsOf(command[3]);
-    const bool withSubPort = command[1] == 0x03 || command[1] == 0x04 || command[1] == 0x0C;
-    if (withSubPort) {
-        const std::vector<Zone*> zones = zonesOf(command[3], command[4]);
-        if (zones.empty())
-            return refusal(command, ports.empty() ? badPort : badSubPort);
-        const Zone& zone = *zones.front();
-        if (command[1] == 0x0C)
-            return tellEffects(command, zone);
-        const std::uint8_t effect = command[1] == 0x03 ? zone.effect : command[5];
-        if (effect >= effectCount)
-            return refusal(command, badEffect);
-        data.push_back(command[4]);
-        data.push_back(effect);
-        return tell(zone.effects[effect]);
-    }
-    if (command[1] != 0x06 && command[1] != 0x07 && command[1] != 0x0B && command[1] != 0x10)
-        return {};
-    if (ports.empty())
-        return refusal(command, badPort);
-    const Port& port = working.ports[ports.front()];
-    switch (command[1]) {
-    case 0x06:
-        return tell(std::array{port.chainLength, port.leds});
-    case 0x07: {
-        const std::vector<std::uint8_t> leds = fanLeds(ports.front());
-        data.push_back(std::uint8_t(leds.size()));
-        return tell(leds);
-    }
-    case 0x0B:
-        return tell(std::span(&port.type, 1));
-    default:
-        return tell(port.overlay);
-    }
-}
-
-StrandFirmware::Payload StrandFirmware::tellEffects(const Payload& command, const Zone& zone) const
+Answer StrandFirmware::tellEffects(const Command& command, const Zone& zone) const
 {
     const bool first = command[0] == 0x80;
-    std::vector<std::uint8_t> data{command[3], command[4]};
+    std::vector<std::uint8_t> data = joined(command[3], command[4]);
     if (first)
         data.push_back(std::uint8_t(effectCount));
     const std::size_t end = first ? firstEntries : effectCount;
@@ -306,29 +285,26 @@ StrandFirmware::Payload StrandFirmware::tellEffects(const Payload& command, cons
         std::ranges::copy(zone.effects[effect], entry.begin() + 1);
         data.insert(data.end(), entry.begin(), entry.end());
     }
-    return success(command, data);
+    return told(data);
 }
 
-StrandFirmware::Payload StrandFirmware::takeSize(const Payload& command)
+Answer StrandFirmware::takeSize(const Command& command)
 {
     const std::uint8_t number = command[3], chain = command[4], leds = command[5];
     if (number >= portCount && number != everything)
-        return refusal(command, badPort);
+        return refused(badPort);
     if (chain < 1 || chain > 10 || leds < 4 || leds > 60 || chain * leds > int(ledCount))
-        return refusal(command, badSize);
+        return refused(badSize);
     for (std::size_t port = 0; port < portCount; ++port)
         if (number == everything || number == port) {
             working.ports[port].chainLength = chain;
             working.ports[port].leds = leds;
         }
-    return success(command);
+    return accepted();
 }
 
-StrandFirmware::Payload StrandFirmware::takeNumbers(const Payload& command)
+Answer StrandFirmware::takeNumbers(const Command& command, const Ports& ports)
 {
-    const std::vector<std::size_t> ports = portsOf(command[3]);
-    if (ports.empty())
-        return refusal(command, badPort);
     auto order = working.ports[ports.front()].order;
     const auto before = order;
     std::uint8_t taken = 0, given = 0;
@@ -337,100 +313,96 @@ StrandFirmware::Payload StrandFirmware::takeNumbers(const Payload& command)
         if (old == 0 && next == 0)
             continue;
         if (!std::has_single_bit(old) || !std::has_single_bit(next) || old >> fanCount || next >> fanCount)
-            return refusal(command, badSubPort);
+            return refused(badSubPort);
         order[std::size_t(std::countr_zero(next))] = before[std::size_t(std::countr_zero(old))];
         taken |= old;
         given |= next;
     }
     // A number that is given to one fan has been another's, which needs one too.
     if (taken != given)
-        return refusal(command, badSubPort);
+        return refused(badSubPort);
     for (const std::size_t port : ports)
         working.ports[port].order = order;
-    return success(command);
+    return accepted();
 }
 
-StrandFirmware::Payload StrandFirmware::takeCustom(const Payload& command)
+Answer StrandFirmware::takeCustom(const Command& command, const Zones& zones)
 {
+    PlaceTransfer& custom = now.custom;
     const std::uint8_t part = command[0] & ~lastPart;
-    const std::vector<Zone*> zones = zonesOf(command[3], command[4]);
-    if (zones.empty())
-        return refusal(command, portsOf(command[3]).empty() ? badPort : badSubPort);
-    if (part == 0)
-        custom = Transfer{command[3], command[4]};
-    if (!custom || custom->next != part || custom->ports != command[3] || custom->subPorts != command[4] ||
-        part * partBytes >= custom->colors.size()) {
-        custom.reset();
-        return refusal(command, badPart);
+    if (part == 0) {
+        custom.begin(Colors{}.size());
+        custom.ports = command[3];
+        custom.subPorts = command[4];
     }
-    ++custom->next;
-    const std::span<std::uint8_t> place = std::span(custom->colors).subspan(part * partBytes);
-    std::copy_n(command.begin() + dataFrom, std::min(partBytes, place.size()), place.begin());
+    if (custom.whole() || custom.ports != command[3] || custom.subPorts != command[4] ||
+        !custom.add(part, command.bytes(dataFrom, partBytes))) {
+        custom.end();
+        return refused(badPart);
+    }
     if (command[0] & lastPart) {
         for (Zone* const zone : zones)
-            zone->custom = custom->colors;
-        custom.reset();
+            std::ranges::copy(custom.data, zone->custom.begin());
+        custom.end();
     }
-    return success(command, std::span(command).subspan(3, 2));
+    return told(command[3], command[4]);
 }
 
-StrandFirmware::Payload StrandFirmware::tellCustom(const Payload& command)
+Answer StrandFirmware::tellCustom(const Command& command, const Zones& zones)
 {
     const std::size_t from = (command[0] & ~lastPart) * partBytes;
-    const std::vector<Zone*> zones = zonesOf(command[3], command[4]);
-    if (zones.empty())
-        return refusal(command, portsOf(command[3]).empty() ? badPort : badSubPort);
-    if (from >= Colors{}.size())
-        return refusal(command, badPart);
-    std::vector<std::uint8_t> data{command[3], command[4]};
-    const auto colors = std::span(zones.front()->custom).subspan(from);
-    const auto part = colors.first(std::min(partBytes, colors.size()));
-    data.insert(data.end(), part.begin(), part.end());
-    return success(command, data);
+    const std::span<const std::uint8_t> colors = zones.front()->custom;
+    if (from >= colors.size())
+        return refused(badPart);
+    return told(command[3], command[4], colors.subspan(from, std::min(partBytes, colors.size() - from)));
 }
 
-void StrandFirmware::takeFrame(const Payload& command)
+void StrandFirmware::takeFrame(const Command& command)
 {
     struct Part {
         std::uint8_t number;
-        std::size_t from, to, bytes; ///< Place in the report, place in the frame.
+        std::size_t from, bytes; ///< Place in the report.
     };
-    static constexpr std::array<Part, 3> parts{{{0x00, 5, 0, 59}, {0x01, 2, 59, 62}, {0x82, 2, 121, 59}}};
+    static constexpr std::array<Part, 3> parts{{{0x00, 5, 59}, {0x01, 2, 62}, {0x82, 2, 59}}};
+    PlaceTransfer& frame = now.frame;
     const auto part = std::ranges::find(parts, command[0], &Part::number);
-    if (part == parts.begin())
-        frame = Transfer{command[2], command[3]};
-    if (part == parts.end() || !frame || frame->next != part - parts.begin() ||
-        (part == parts.begin() && command[4] != ledCount)) {
-        frame.reset();
+    if (part == parts.begin()) {
+        frame.begin(Colors{}.size());
+        frame.ports = command[2];
+        frame.subPorts = command[3];
+    }
+    if (part == parts.end() || (part == parts.begin() && command[4] != ledCount)) {
+        frame.end();
         return;
     }
-    ++frame->next;
-    std::copy_n(command.begin() + std::ptrdiff_t(part->from), part->bytes,
-                frame->colors.begin() + std::ptrdiff_t(part->to));
-    if (frame->next < parts.size())
+    if (!frame.add(std::uint8_t(part - parts.begin()), command.bytes(part->from, part->bytes)) ||
+        !frame.whole())
         return;
-    if (drivenByHost)
-        show(*frame);
-    frame.reset();
+    if (now.drivenByHost)
+        show(frame);
+    frame.end();
 }
 
-void StrandFirmware::show(const Transfer& whole)
+void StrandFirmware::show(const PlaceTransfer& frame)
 {
-    const std::vector<std::size_t> ports = portsOf(whole.ports);
-    const std::vector<std::size_t> subPorts = subPortsOf(whole.subPorts);
+    const Ports ports = portsOf(frame.ports);
+    const std::vector<std::size_t> subPorts = subPortsOf(frame.subPorts);
+    Colors whole;
+    std::ranges::copy(frame.data, whole.begin());
     for (const std::size_t port : ports) {
-        if (whole.subPorts != 0) {
+        auto& shown = now.shown[port];
+        if (frame.subPorts != 0) {
             for (const std::size_t subPort : subPorts)
-                shown[port][subPort] = whole.colors;
+                shown[subPort] = whole;
             continue;
         }
-        shown[port] = {};
-        shown[port][0] = whole.colors;
-        std::span<const std::uint8_t> rest = whole.colors;
+        shown = {};
+        shown[0] = whole;
+        std::span<const std::uint8_t> rest = whole;
         std::size_t fan = 0;
         for (const std::uint8_t leds : fanLeds(port)) {
             const auto part = rest.first(std::min(rest.size(), std::size_t(3 * leds)));
-            copyInto(shown[port][++fan], part);
+            std::ranges::copy(part, shown[++fan].begin());
             rest = rest.subspan(part.size());
         }
     }
@@ -460,35 +432,14 @@ void StrandFirmware::restore(std::uint8_t what)
     }
 }
 
-bool StrandFirmware::happen(const std::string& event, const std::vector<int>& values)
+Picture StrandFirmware::drawn() const
 {
-    const std::lock_guard lock(mutex);
-    if (values.empty() || values[0] < 1 || values[0] > int(portCount))
-        return false;
-    Chain& chain = attached[std::size_t(values[0] - 1)];
-    if (event == "attach" && values.size() == 2 && values[1] >= 4 && values[1] <= int(ledCount) &&
-        chain.size() < fanCount)
-        chain.push_back(std::uint8_t(values[1]));
-    else if (event == "detach" && values.size() == 1 && !chain.empty())
-        chain.pop_back();
-    else
-        return false;
-    return true;
-}
-
-std::vector<std::string> StrandFirmware::events() const
-{
-    return {"attach PORT LEDS", "detach PORT"};
-}
-
-Picture StrandFirmware::picture() const
-{
-    const std::lock_guard lock(mutex);
     Picture zones;
     const auto add = [&](std::string name, std::size_t port, std::size_t subPort, std::size_t leds) {
-        const std::span<const std::uint8_t> colors = shown[port][subPort];
-        zones.push_back({std::move(name), drivenByHost ? lightsOf(colors.first(3 * leds))
-                                                       : still(working.ports[port].zones[subPort], leds)});
+        const std::span<const std::uint8_t> colors = now.shown[port][subPort];
+        zones.push_back({std::move(name), now.drivenByHost
+                                              ? lightsOf(colors.first(3 * leds))
+                                              : still(working.ports[port].zones[subPort], leds)});
     };
     for (std::size_t i = 0; i < portCount; ++i) {
         const Port& port = working.ports[i];
@@ -504,30 +455,6 @@ Picture StrandFirmware::picture() const
         }
     }
     return zones;
-}
-
-StrandFirmware::Settings StrandFirmware::settings() const
-{
-    const std::lock_guard lock(mutex);
-    return working;
-}
-
-StrandFirmware::Settings StrandFirmware::savedSettings() const
-{
-    const std::lock_guard lock(mutex);
-    return saved;
-}
-
-bool StrandFirmware::driven() const
-{
-    const std::lock_guard lock(mutex);
-    return drivenByHost;
-}
-
-std::array<std::uint8_t, 2> StrandFirmware::identified() const
-{
-    const std::lock_guard lock(mutex);
-    return identifiedPlace;
 }
 
 } // namespace pyrux::sim

@@ -1,13 +1,6 @@
 #pragma once
 
-#include "simulator/models/hub.h"
-
-#include <array>
-#include <cstddef>
-#include <cstdint>
-#include <optional>
-#include <string>
-#include <vector>
+#include "simulator/models/table_firmware.h"
 
 /// @file
 /// Firmware models of the strand controllers STRANDHUB and STRANDHUBV2: three ports, each with a
@@ -62,7 +55,7 @@
 
 namespace pyrux::sim {
 
-class StrandFirmware : public HubFirmware {
+class StrandFirmware : public TableFirmware {
 public:
     static constexpr std::size_t portCount = 3;
     static constexpr std::size_t fanCount = 5;
@@ -109,63 +102,69 @@ public:
         bool operator==(const Settings&) const = default;
     };
 
-    const Identity& identity() const override { return self; }
-    void powerOn() override;
-
-    /// "attach PORT LEDS": a fan more at the end of a port's chain.
-    /// "detach PORT": the last fan is pulled off.
-    bool happen(const std::string& event, const std::vector<int>& values) override;
-    std::vector<std::string> events() const override;
-
-    /// Zones "port 1" to "port 3" for strands, "port 1 fan 1" and so on for fans.
-    Picture picture() const override;
-
-    Settings settings() const;
-    Settings savedSettings() const;
-    bool driven() const;                            ///< The host drives the lights.
-    std::array<std::uint8_t, 2> identified() const; ///< M and S of the last identify since power-on.
+    Settings settings() const { return copyOf(working); }
+    Settings savedSettings() const { return copyOf(saved); }
+    bool driven() const { return copyOf(now.drivenByHost); } ///< The host drives the lights.
+    /// M and S of the last identify since power-on.
+    std::array<std::uint8_t, 2> identified() const { return copyOf(now.identified); }
 
 protected:
+    /// Events "attach PORT LEDS": a fan more at the end of a port's chain; "detach PORT": the last fan is
+    /// pulled off. The zones of the picture are "port 1" to "port 3" for strands, "port 1 fan 1" and so on
+    /// for fans.
     StrandFirmware(const char* name, std::uint16_t pid);
 
 private:
     using Chain = std::vector<std::uint8_t>; ///< LEDs of each fan.
+    using Ports = std::vector<std::size_t>;
+    using Zones = std::vector<Zone*>;
 
-    /// Reports that belong together.
-    struct Transfer {
+    /// Reports that belong together, for the places of two masks.
+    struct PlaceTransfer : Transfer {
         std::uint8_t ports = 0, subPorts = 0;
-        std::uint8_t next = 0;
-        Colors colors{};
     };
 
-    void take(const Payload& command, Replies& replies) override;
-    std::optional<Payload> answerWrite(const Payload& command);
-    std::optional<Payload> answerRead(const Payload& command);
-    std::optional<Payload> answerPlace(const Payload& command);
-    Payload tellEffects(const Payload& command, const Zone& zone) const;
-    Payload takeSize(const Payload& command);
-    Payload takeNumbers(const Payload& command);
-    Payload takeCustom(const Payload& command);
-    Payload tellCustom(const Payload& command);
-    void takeFrame(const Payload& command);
-    void show(const Transfer& frame);
-    void restore(std::uint8_t what);
+    /// What lasts as long as the power.
+    struct Session {
+        bool drivenByHost = false;
+        PlaceTransfer custom;
+        PlaceTransfer frame;
+        std::array<std::array<Colors, 1 + fanCount>, portCount> shown{};
+        std::array<std::uint8_t, 2> identified{};
+    };
 
-    static std::vector<std::size_t> portsOf(std::uint8_t mask);
+    std::vector<Row> effectRows();
+    std::vector<Row> portRows();
+    std::vector<Row> deviceRows();
+    void restart() override;
+    Picture drawn() const override;
+
+    /// Handlers that get the ports, or the zones, that a command names; none is refused.
+    template <class Act>
+    auto onPorts(Act act);
+    template <class Act>
+    auto onZones(Act act);
+
+    Answer tellEffects(const Command& command, const Zone& zone) const;
+    Answer takeSize(const Command& command);
+    Answer takeNumbers(const Command& command, const Ports& ports);
+    Answer takeCustom(const Command& command, const Zones& zones);
+    Answer tellCustom(const Command& command, const Zones& zones);
+    void takeFrame(const Command& command);
+    void show(const PlaceTransfer& frame);
+    void restore(std::uint8_t what);
+    void discover(const Ports& ports);
+
+    static Ports portsOf(std::uint8_t mask);
     static std::vector<std::size_t> subPortsOf(std::uint8_t mask);
-    std::vector<Zone*> zonesOf(std::uint8_t ports, std::uint8_t subPorts);
+    Zones zonesOf(std::uint8_t ports, std::uint8_t subPorts);
     std::vector<std::uint8_t> fanLeds(std::size_t port) const;
 
-    const Identity& self;
     Settings working;
     Settings saved;
     std::array<Chain, portCount> attached;
     std::array<Chain, portCount> discovered;
-    bool drivenByHost = false;
-    std::optional<Transfer> custom;
-    std::optional<Transfer> frame;
-    std::array<std::array<Colors, 1 + fanCount>, portCount> shown{};
-    std::array<std::uint8_t, 2> identifiedPlace{};
+    Session now;
 };
 
 class StrandHubFirmware final : public StrandFirmware {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/models/hub.h"
+#include "simulator/models/table_firmware.h"
 
 #include <map>
 
@@ -11,9 +11,8 @@
 /// Commands; bytes are payload bytes, counted from 0. Only the reads are answered.
 ///
 ///     41 session            00 none, 01 effect, 03 host, 80 color
-///     51 28 .. .. mode      effect session or color session: the mode that is played; 04 the four colors, E0
-///     the
-///                           layers
+///     51 28 .. .. mode      effect session or color session: the mode that is played; 04 the four colors,
+///                           E0 the layers
 ///     51 2B .. layer .. mode speed a b c brightness red green blue
 ///                           (layer in byte 2, mode in byte 4) the same sessions: parameters of a mode, or
 ///                           with layer 1 one of the four layers, in turn
@@ -32,11 +31,11 @@
 
 namespace pyrux::sim {
 
-class TintHubFirmware final : public HubFirmware {
+class TintHubFirmware final : public TableFirmware {
 public:
     static constexpr std::size_t portCount = 4;
 
-    enum class Session : std::uint8_t { none = 0x00, effect = 0x01, host = 0x03, color = 0x80 };
+    enum Session : States { none = 1, effect = 2, host = 4, color = 8 };
 
     using Effect = std::array<std::uint8_t, 8>; ///< Bytes 5 to 12 of 51 2B.
     using Colors = std::array<std::uint8_t, 3 * portCount>;
@@ -62,29 +61,23 @@ public:
 
     static constexpr Effect factoryEffect{0, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
 
-    const Identity& identity() const override;
-    void powerOn() override;
-    bool happen(const std::string&, const std::vector<int>&) override { return false; }
-    std::vector<std::string> events() const override { return {}; }
+    /// There are no events. The zones of the picture are "port 1" to "port 4", one LED each.
+    TintHubFirmware();
 
-    /// Zones "port 1" to "port 4", one LED each.
-    Picture picture() const override;
-
-    Settings settings() const;
-    Settings savedSettings() const;
-    Session session() const;
-    bool driven() const; ///< The host drives the ports.
-    int stores() const;  ///< Since power-on.
+    Settings settings() const { return copyOf(working); }
+    Settings savedSettings() const { return copyOf(saved); }
+    Session session() const { return Session(stateNow()); }
+    bool driven() const { return copyOf(framesShown); } ///< The host drives the ports.
+    int stores() const { return copyOf(storeCount); }   ///< Since power-on.
 
 private:
-    void take(const Payload& command, Replies& replies) override;
-    void takeWrite(const Payload& command);
-    void takeRead(const Payload& command, Replies& replies) const;
-    void takeFrame(const Payload& command);
+    void restart() override;
+    Picture drawn() const override;
+    void enter(Session next);
+    void addLayer(const Command& command);
 
     Settings working;
     Settings saved;
-    Session current = Session::none;
     bool framesShown = false;
     bool colorsFollow = false;
     int storeCount = 0;

@@ -20,7 +20,7 @@ using Texts = std::vector<std::string>;
 
 std::string textOf(Bytes report)
 {
-    EXPECT_EQ(report.size(), 64U);
+    EXPECT_EQ(report.size(), 16U);
     const auto end = std::ranges::find(report, 0);
     EXPECT_TRUE(std::all_of(end, report.end(), [](std::uint8_t byte) { return byte == 0; }));
     return {report.begin(), end};
