@@ -50,8 +50,7 @@ public:
     };
 
     /// Events "effect MODE": the button gives the ports effect 0 to 8; "rgb MODE": it gives the strip mode 0
-    /// to
-    /// 6. The zones of the picture are "port 1" to "port 4" and "strip".
+    /// to 6. The zones of the picture are "port 1" to "port 4" and "strip".
     GlowHub2Firmware();
 
     Settings settings() const { return copyOf(kept); }

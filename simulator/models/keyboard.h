@@ -34,8 +34,7 @@
 ///                           same and 8-11 the effect's word
 ///     56 20/21 page         4-63: a page of the image, 0 to 32
 ///     56 81                 4 effect, 8 frames, 12-15 word: begins a preview. Its header is at offset 0 and
-///     has
-///                           no extra words.
+///                           has no extra words.
 ///     56 83 page            4-63: a page of the preview, 0 to 51
 ///     56 42 .. .. 02 n k    status frame: n (to 18) LEDs from number k on, three bytes each from byte 8
 ///     C0 F0 .. .. 1         host state: the frames that follow are shown

@@ -1,5 +1,7 @@
 #include "interfaces.h"
 
+#include "simulator/models.h"
+
 #include <gtest/gtest.h>
 
 #include <utility>
@@ -119,6 +121,61 @@ TEST(Interfaces, aDeviceThatIsNotCompositeHasInterface0)
     const sim::Identity identity = device({{.interface = -1, .usagePage = 0xFF00, .usage = 1}}, -1);
     EXPECT_EQ(interfacesOf(identity).size(), 1U);
     EXPECT_EQ(controlInterfaceOf(identity), 0U);
+}
+
+TEST(Interfaces, haveTheLengthsOfTheirReports)
+{
+    const auto interfaces =
+        interfacesOf(device({{.interface = 0, .reports = {{.output = 512, .input = 64}}},
+                             {.interface = 1, .usagePage = 0x000C, .reports = {{.output = 0, .input = 5}}}}));
+    ASSERT_EQ(interfaces.size(), 2U);
+    EXPECT_EQ(interfaces[0].reportLength, 512);
+    EXPECT_TRUE(interfaces[0].hasOutputEndpoint);
+    EXPECT_FALSE(interfaces[0].hasIds);
+    EXPECT_EQ(interfaces[0].descriptor,
+              (Bytes{0x06, 0x00, 0xFF, 0x09, 0x01, 0xA1, 0x01, 0x15, 0x00, 0x26, 0xFF, 0x00, 0x75, 0x08,
+                     0x95, 0x40, 0x09, 0x01, 0x81, 0x02, 0x96, 0x00, 0x02, 0x09, 0x02, 0x91, 0x02, 0xC0}));
+    EXPECT_EQ(interfaces[1].reportLength, 5);
+    EXPECT_FALSE(interfaces[1].hasOutputEndpoint);
+    EXPECT_TRUE(interfaces[1].carriesModel);
+    EXPECT_EQ(interfaces[1].descriptor, (Bytes{0x05, 0x0C, 0x09, 0x01, 0xA1, 0x01, 0x15, 0x00, 0x26, 0xFF,
+                                               0x00, 0x75, 0x08, 0x95, 0x05, 0x09, 0x01, 0x81, 0x02, 0xC0}));
+}
+
+TEST(Interfaces, numberTheirReports)
+{
+    const auto interfaces = interfacesOf(
+        device({{.interface = 0,
+                 .reports = {{.id = 6, .output = 20, .input = 20}, {.id = 7, .output = 32, .input = 0}}},
+                {.interface = 0, .usagePage = 0xFF01, .reports = {{.id = 8, .output = 0, .input = 2}}}}));
+    ASSERT_EQ(interfaces.size(), 1U);
+    EXPECT_EQ(interfaces[0].reportLength, 33); // with the id
+    EXPECT_TRUE(interfaces[0].hasIds);
+    EXPECT_EQ(interfaces[0].descriptor,
+              (Bytes{0x06, 0x00, 0xFF, 0x09, 0x01, 0xA1, 0x01, 0x15, 0x00, 0x26, 0xFF, 0x00, 0x75, 0x08, 0x85,
+                     0x06, 0x95, 0x14, 0x09, 0x01, 0x81, 0x02, 0x09, 0x02, 0x91, 0x02, 0x85, 0x07, 0x95, 0x20,
+                     0x09, 0x02, 0x91, 0x02, 0xC0, 0x06, 0x01, 0xFF, 0x09, 0x01, 0xA1, 0x01, 0x15, 0x00, 0x26,
+                     0xFF, 0x00, 0x75, 0x08, 0x85, 0x08, 0x95, 0x02, 0x09, 0x01, 0x81, 0x02, 0xC0}));
+}
+
+TEST(Interfaces, ofPowerSuppliesHave16Bytes)
+{
+    for (const char* name : {"voltgrid", "psuCtrl"}) {
+        const auto interfaces = interfacesOf(sim::makeFirmware(name)->identity());
+        ASSERT_EQ(interfaces.size(), 1U);
+        EXPECT_EQ(interfaces[0].reportLength, 16) << name;
+        EXPECT_EQ(interfaces[0].number, -1);
+        EXPECT_TRUE(interfaces[0].carriesModel);
+    }
+}
+
+TEST(Interfaces, tellWhereTheModelSpeaks)
+{
+    const auto interfaces = interfacesOf(sim::makeFirmware("rd210")->identity());
+    ASSERT_EQ(interfaces.size(), 2U);
+    EXPECT_FALSE(interfaces[0].carriesModel);
+    EXPECT_TRUE(interfaces[1].carriesModel);
+    EXPECT_EQ(interfaces[1].reportLength, 64);
 }
 
 } // namespace
