@@ -6,11 +6,18 @@ namespace pyrux::sim {
 
 namespace {
 
+constexpr std::size_t eventSize = MacroEvent().size();
 constexpr std::size_t mostChunkEvents = 15;
 constexpr std::uint8_t keyIsUp = 0x40;
 constexpr std::uint8_t keyIsDown = 0xC0;
 
 } // namespace
+
+void fillWith(const MacroEvent& event, std::span<std::uint8_t> area)
+{
+    for (std::size_t i = 0; i < area.size(); ++i)
+        area[i] = event[i % event.size()];
+}
 
 std::vector<Row> EchoFirmware::macroRows(States taken)
 {
@@ -18,12 +25,6 @@ std::vector<Row> EchoFirmware::macroRows(States taken)
         {"53 00/01", taken, [this](auto& c) { return writeEvents(c); }},
         {"53 10/11", taken, [this](auto& c) { return readEvents(c); }},
     };
-}
-
-void EchoFirmware::wipe(std::span<std::uint8_t> area, const MacroRules& rules)
-{
-    for (std::size_t i = 0; i < area.size(); ++i)
-        area[i] = rules.end[i % eventSize];
 }
 
 Answer EchoFirmware::writeEvents(const Command& command)
@@ -36,7 +37,7 @@ Answer EchoFirmware::writeEvents(const Command& command)
     if (eventSize * end > area.size())
         return refused();
     if (begin == 0)
-        wipe(area, rules);
+        fillWith(rules.end, area);
     command.copy(dataFrom, area.subspan(eventSize * begin, eventSize * command[2]));
     cursor->event = end;
     return accepted();

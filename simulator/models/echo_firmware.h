@@ -15,16 +15,21 @@
 
 namespace pyrux::sim {
 
+/// One macro event, as on the wire.
+using MacroEvent = std::array<std::uint8_t, 4>;
+
+/// Puts the same event into all places of an area.
+void fillWith(const MacroEvent& event, std::span<std::uint8_t> area);
+
 class EchoFirmware : public TableFirmware {
 protected:
     static constexpr std::size_t dataFrom = 4; ///< Of the reports that carry more than a byte.
-    static constexpr std::size_t eventSize = 4;
 
     /// How a device keeps its macros.
     struct MacroRules {
-        std::array<std::uint8_t, eventSize> end;    ///< The event that stands where nothing was written.
-        std::array<std::uint8_t, eventSize> beyond; ///< What is read past the end of an area.
-        std::uint8_t leastWritten;                  ///< Events of one report.
+        MacroEvent end;            ///< The event that stands where nothing was written.
+        MacroEvent beyond;         ///< What is read past the end of an area.
+        std::uint8_t leastWritten; ///< Events of one report.
     };
 
     /// Where the next chunk of macro events goes to or comes from.
@@ -52,7 +57,6 @@ protected:
     /// 00 from its beginning, wiping it, 01 behind the ones before; 53 10/11 n reads likewise.
     std::vector<Row> macroRows(States taken);
     virtual std::span<std::uint8_t> macroArea(std::size_t area) = 0;
-    static void wipe(std::span<std::uint8_t> area, const MacroRules& rules);
 
     /// The report that key `values[0]` goes up (0) or down (1); another state stands in it as it is.
     static Answer keyReport(const std::vector<int>& values);

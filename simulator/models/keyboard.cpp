@@ -9,7 +9,7 @@ namespace pyrux::sim {
 
 namespace {
 
-constexpr std::array<std::uint8_t, 4> endEvent{0x00, 0xFC, 0xFE, 0xFF};
+constexpr MacroEvent endEvent{0x00, 0xFC, 0xFE, 0xFF};
 constexpr std::uint16_t ownFunction = 0x00FF;
 constexpr std::size_t keysOfPage = 16;
 constexpr std::size_t mostLeds = 15;
@@ -165,8 +165,7 @@ KeyboardFirmware::Effects assembled(std::size_t maskBytes)
 KeyboardFirmware::Macro emptyMacro()
 {
     KeyboardFirmware::Macro macro;
-    for (std::size_t i = 0; i < macro.events.size(); ++i)
-        macro.events[i] = endEvent[i % endEvent.size()];
+    fillWith(endEvent, macro.events);
     return macro;
 }
 

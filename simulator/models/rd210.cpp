@@ -21,7 +21,7 @@ constexpr std::uint16_t shiftFunction = 0x01EA;
 constexpr std::uint8_t shiftKeyAddress = 0xD8;
 constexpr std::array<std::uint8_t, 3> noMacro{0xFF, 0x3F, 0x00};
 
-constexpr std::array<std::uint8_t, 4> endEvent{0x00, 0xFC, 0x00, 0x00};
+constexpr MacroEvent endEvent{0x00, 0xFC, 0x00, 0x00};
 
 using Settings = RD210Firmware::Settings;
 
@@ -48,8 +48,7 @@ Settings factorySettings()
     settings.shiftKey = shiftFunction;
     settings.assignments.fill(noMacro);
     for (auto& area : settings.macros)
-        for (std::size_t i = 0; i < area.size(); ++i)
-            area[i] = endEvent[i % endEvent.size()];
+        fillWith(endEvent, area);
     return settings;
 }
 

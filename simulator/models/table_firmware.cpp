@@ -40,6 +40,13 @@ void TableFirmware::takes(std::vector<Row> more)
     rows.insert(rows.begin(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
 }
 
+void TableFirmware::takes(const Channel& on, std::vector<Row> more)
+{
+    for (Row& row : more)
+        row.on = on;
+    takes(std::move(more));
+}
+
 void TableFirmware::does(std::vector<Event> more)
 {
     std::ranges::move(more, std::back_inserter(happenings));
@@ -58,13 +65,14 @@ void TableFirmware::outputOn(const Channel& on, Bytes payload)
     Answer answer;
     {
         const std::lock_guard lock(mutex);
-        const auto row = std::ranges::find_if(
-            rows, [&](const Row& one) { return one.in & stateBit && one.head.fits(command.all()); });
+        const auto row = std::ranges::find_if(rows, [&](const Row& one) {
+            return one.in & stateBit && one.on.value_or(on) == on && one.head.fits(command.all());
+        });
         if (row != rows.end())
             answer = row->take(command);
     }
     for (const auto& one : formed(answer, &command))
-        emit(on, one);
+        emit(answer.on.value_or(on), one);
 }
 
 bool TableFirmware::happen(const std::string& event, const std::vector<int>& values)
@@ -81,7 +89,7 @@ bool TableFirmware::happen(const std::string& event, const std::vector<int>& val
         answer = row->take(values);
     }
     for (const auto& one : formed(answer, nullptr))
-        emit(one);
+        emit(answer.on.value_or(controlChannel(self)), one);
     return answer.kind != Answer::Kind::refused;
 }
 

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <string>
 #include <type_traits>
@@ -122,6 +123,7 @@ struct Answer {
     std::size_t from = 0;                ///< Where they stand in the report; 0: at the usual place.
     std::uint8_t code = 1;               ///< Of a refusal.
     std::vector<std::vector<std::uint8_t>> reports = {}; ///< As they are.
+    std::optional<Channel> on = {}; ///< None: where the command came from, or the control channel.
 };
 
 inline Answer silence()
@@ -148,6 +150,12 @@ inline Answer accepted(bool good)
 inline Answer report(std::vector<std::uint8_t> payload)
 {
     return {.kind = Answer::Kind::reports, .reports = {std::move(payload)}};
+}
+
+/// The same by another way than that of the command, or of the commands.
+inline Answer reportOn(const Channel& on, std::vector<std::uint8_t> payload)
+{
+    return {.kind = Answer::Kind::reports, .reports = {std::move(payload)}, .on = on};
 }
 
 /// Bytes, from those of the parts: each a byte or a range of them.
@@ -243,7 +251,8 @@ struct Row {
     }
 
     Head head;
-    States in = anyState; ///< The command is taken in these.
+    States in = anyState;      ///< The command is taken in these.
+    std::optional<Channel> on; ///< And here; none: anywhere.
     Handler<Command> take;
 };
 
@@ -281,6 +290,7 @@ protected:
     /// For constructors. What comes later goes in front, so that a model may take its family's commands in
     /// another way; its events come after the others.
     void takes(std::vector<Row> rows);
+    void takes(const Channel& on, std::vector<Row> rows); ///< Only there.
     void does(std::vector<Event> rows);
 
     /// A value as it is now, and what a function finds, for any thread.

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace pyrux::sim {
@@ -38,6 +39,9 @@ public:
             {Head::text("[M.]"), [](auto& c) { return report(joined(c[2])); }},
             {"C0", lit, [this] { countFrame(); }},
         });
+        takes({3, 5}, {{"56", [] { return told(0x33); }}, {"57", [] {
+                                                               return reportOn({0, 0}, {0x57, 0x99});
+                                                           }}});
         does({
             {"turn",
              {{"DEGREES", -90, 90}, {"SPEED", 1, 3}},
@@ -45,6 +49,11 @@ public:
                  return values[1] == 2 ? refused() : report(joined(0x42, values[0], values[1]));
              }},
             {"rest", {}, [] {}},
+            {"blink",
+             {},
+             [] {
+                 return reportOn({3, 5}, {0x43});
+             }},
         });
     }
 
@@ -60,7 +69,7 @@ TEST_F(TableFirmwareTest, tellsOfItself)
     EXPECT_EQ(device.identity().product, "TRIAL LAMP");
     EXPECT_EQ(device.identity().serial, "TRIALLAMP-000001");
     EXPECT_EQ(device.identity().vid, 0x3A7E);
-    EXPECT_EQ(device.events(), (std::vector<std::string>{"turn DEGREES SPEED", "rest"}));
+    EXPECT_EQ(device.events(), (std::vector<std::string>{"turn DEGREES SPEED", "rest", "blink"}));
     EXPECT_TRUE(device.picture().empty());
 }
 
@@ -153,6 +162,22 @@ TEST_F(TableFirmwareTest, answersWhereItWasAsked)
     EXPECT_EQ(heard[0].second, bytesOf("53 01 02 00 01 02 00 00"));
     EXPECT_EQ(heard[1].first, (Channel{0, 0}));
     EXPECT_EQ(heard[1].second.size(), 64U);
+}
+
+TEST_F(TableFirmwareTest, keepsTheCommandsOfAnInterfaceThere)
+{
+    std::vector<std::pair<Channel, std::string>> heard;
+    device.connect(Firmware::Sink([&](const Channel& from, Bytes bytes) {
+        heard.push_back({from, textOf(bytes)});
+    }));
+    device.output(bytesOf("56"));
+    EXPECT_TRUE(heard.empty());
+    device.outputOn({3, 5}, bytesOf("56"));
+    device.outputOn({3, 5}, bytesOf("57")); // answered elsewhere
+    EXPECT_TRUE(device.happen("blink", {}));
+    const std::vector<std::pair<Channel, std::string>> expected{
+        {{3, 5}, "56 00 00 00 33"}, {{0, 0}, "57 99"}, {{3, 5}, "43"}};
+    EXPECT_EQ(heard, expected);
 }
 
 std::string asked(TableFirmware& device, const std::string& command)
