@@ -18,10 +18,11 @@ if(CCACHE AND ENV_PROGRAM)
 endif()
 
 # Warnings apply to the project's own targets: link pyrux_warnings. g++ 12 sees overlaps in every text put in front of
-# a string (-Wrestrict), and on 32 bits overreads in every comparison of vectors (-Wstringop-overread), which are not there.
+# a string (-Wrestrict, -Wstringop-overflow), and on 32 bits overreads in every comparison of vectors
+# (-Wstringop-overread), which are not there.
 add_library(pyrux_warnings INTERFACE)
 target_compile_options(pyrux_warnings INTERFACE -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Werror
-    "$<$<CXX_COMPILER_ID:GNU>:-Wshadow=local;-Wno-restrict;-Wno-stringop-overread>")
+    "$<$<CXX_COMPILER_ID:GNU>:-Wshadow=local;-Wno-restrict;-Wno-stringop-overread;-Wno-stringop-overflow>")
 
 # Not optimised: the tests mostly wait, and optimising instrumented code takes four times as long to compile.
 if(PYRUX_SANITIZE)

@@ -30,7 +30,10 @@ public:
     /// Where its messages go.
     platform::ThreadId id() const { return threadId; }
 
-    /// Ends the thread behind the messages that it has. Not to be called on the thread itself.
+    /// Lets the thread end after the messages that it has. Safe from any thread.
+    void askToStop();
+
+    /// The same, and waits for the end. Not to be called on the thread itself.
     void stop();
 
     /// The same, but gives up after `limit`; at once when called on the thread itself.
@@ -38,7 +41,6 @@ public:
     bool stopWithin(std::chrono::milliseconds limit);
 
 private:
-    void askToStop();
     void run(const Take& take);
 
     platform::ThreadId threadId = 0;

@@ -23,12 +23,12 @@ constexpr Report setPreviewPage{0x56, 0x83}; // 3: page, 5 to 64
 
 constexpr std::size_t pageBytes = 60;
 constexpr std::size_t memoryBytes = 3072; // what lies behind the last page reads as zeros
-constexpr std::size_t numberedMatch = 3;  // a reply repeats the number of the effect or the page
 
 /// Whether a reply is the answer to a command.
 bool answers(const Reply& reply, const Report& command)
 {
-    return std::ranges::equal(reply.part(0, numberedMatch), command.payload().first(numberedMatch));
+    return std::ranges::equal(reply.part(0, keys::numberedMatch),
+                              command.payload().first(keys::numberedMatch));
 }
 
 /// A page of an image, filled up with zeros.
@@ -48,7 +48,7 @@ EffectMemory::Loaded EffectMemory::load(EffectCache& cache)
     Descriptors descriptors{};
     for (std::uint8_t effect = 0; effect < effectCount; ++effect) {
         const Report command = cmd::getDescriptor.at(3, effect);
-        if (link.get(command, reply, numberedMatch))
+        if (link.get(command, reply, keys::numberedMatch))
             return silent;
         if (answers(reply, command))
             descriptors[effect] = {reply[4], reply[5], reply.u16(6)};
@@ -56,7 +56,7 @@ EffectMemory::Loaded EffectMemory::load(EffectCache& cache)
     std::array<std::uint8_t, memoryBytes> memory{};
     for (std::size_t page = 0; page < layout.pages; ++page) {
         const Report command = cmd::getPage.at(3, std::uint8_t(page));
-        if (link.get(command, reply, numberedMatch))
+        if (link.get(command, reply, keys::numberedMatch))
             return silent;
         if (answers(reply, command))
             std::ranges::copy(reply.part(4, pageBytes), memory.begin() + std::ptrdiff_t(page * pageBytes));
@@ -78,12 +78,13 @@ _error EffectMemory::store(const EffectCache& cache)
                                    .at(6, descriptor.extraWords)
                                    .at16(7, descriptor.header)
                                    .at32(9, layout.rows[effect].word);
-        if (const _error failure = link.get(command, reply, numberedMatch))
+        if (const _error failure = link.get(command, reply, keys::numberedMatch))
             return failure;
     }
     // Deliberate: always as many pages, whatever the image's size; a longer one is cut.
     for (std::size_t page = 0; page < layout.pages; ++page)
-        if (const _error failure = link.get(pageOf(cmd::setPage, image->memory, page), reply, numberedMatch))
+        if (const _error failure =
+                link.get(pageOf(cmd::setPage, image->memory, page), reply, keys::numberedMatch))
             return failure;
     return E_OK;
 }
@@ -96,11 +97,12 @@ _error EffectMemory::preview(std::uint8_t effect, const EffectData& data)
     Reply reply;
     const EffectRow& row = layout.rows[effect];
     const Report announcement = cmd::previewEffect.at(5, effect).at(9, row.frames).at32(13, row.word);
-    if (const _error failure = link.get(announcement, reply, numberedMatch))
+    if (const _error failure = link.get(announcement, reply, keys::numberedMatch))
         return failure;
     // Deliberate: an image of whole pages has one more, empty page behind it.
     for (std::size_t page = 0; page <= image->size() / pageBytes; ++page)
-        if (const _error failure = link.get(pageOf(cmd::setPreviewPage, *image, page), reply, numberedMatch))
+        if (const _error failure =
+                link.get(pageOf(cmd::setPreviewPage, *image, page), reply, keys::numberedMatch))
             return failure;
     link.get(keys::editOn, reply);
     link.get(keys::showPreview, reply);

@@ -1,33 +1,19 @@
 #include "devices/keyboards/keyboard.h"
 
-#include "core/log.h"
 #include "devices/keyboards/keyboard_commands.h"
+#include "pyrux/keyboard_records.h"
 
-#include <algorithm>
-#include <bitset>
-#include <span>
-#include <string>
-#include <string_view>
+#include <array>
+#include <utility>
 
 namespace pyrux {
 
 namespace {
 
-namespace cmd { // numbers are report bytes; a reply counts from 0
+namespace cmd { // numbers are report bytes
 constexpr Report changesOn{0x42, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x01};
 constexpr Report changeAck{0x42, 0x10, 0x00, 0x00, 0x01, 0x00, 0x00, 0x01};
 constexpr Report keysOn{0x43, 0x00, 0x00, 0x00, 0x01};
-constexpr Report resetProfile{0x50, 0x10}; // 5: 0xFF for all profiles
-constexpr Report commit{0x50, 0x55};
-constexpr Report setProfile{0x51, 0x00}; // 5: profile
-constexpr Report setKey{0x51, 0x20};     // 3: key, 4 to 6: action
-constexpr Report setKeys{0x51, 0x21};    // 3: page, 5 to 36: actions
-constexpr Report resetPart{0x51, 0x98};  // 3: mask
-constexpr Report getProfile{0x52, 0x00}; // reply 4: profile
-constexpr Report getKeys{0x52, 0x21};    // 3: page; reply 4 to 35: actions
-constexpr Report allKeys{0xC0, 0x00};    // 5 to 7: color
-constexpr Report someKeys{0xC0, 0x01};   // 3: count, 5: LED and color of each key
-constexpr Report drive{0xC0, 0xF0, 0x00, 0x00, 0x01};
 } // namespace cmd
 
 template <std::uint32_t event>
@@ -43,316 +29,127 @@ constexpr std::array<DeviceEvent<NotifyRecord>, 2> changes{{
     {{0x42, 0x20, 0x00}, 7, " effect change", cmd::changeAck, changed<KEYBOARD_EFFECT_CHANGED>},
 }};
 
-constexpr std::int32_t firstPaceMs = 10; // until a host drives the lights
-constexpr std::uint8_t keyMapPages = 16;
-constexpr std::size_t keysPerPage = 16;
-constexpr std::size_t colorBytes = 3;
-constexpr std::size_t bytesPerKey = 4; // in a frame
-constexpr std::size_t keysPerFrame = 15;
+constexpr std::int32_t firstPaceMs = 10;            // until a host drives the lights
 constexpr std::chrono::milliseconds frameTime{150}; // a status frame takes less, unless the device hangs
-constexpr std::size_t frameLane = 0;                // a frame replaces the one before, whatever its kind
 
-/// Cuts a frame of a host into reports. Keys that the list does not name go black.
-class FrameReports {
-public:
-    explicit FrameReports(const KeyboardLayout& layout) : layout(layout)
-    {
-        if (layout.skippedLed)
-            done.set(*layout.skippedLed);
-    }
+LinkRules linkRules(const KeyboardLayout& layout)
+{
+    return {.model = layout.model,
+            .mode = usbHid::Mode::timed,
+            .wait = std::chrono::milliseconds(3000),
+            .runningMatchCount = true,
+            .paceMs = layout.lights ? std::optional(firstPaceMs) : std::nullopt};
+}
 
-    std::vector<Report> cut(const std::vector<DirectKeyColor>& list)
-    {
-        for (const DirectKeyColor& key : list) {
-            if (takes(key.key))
-                put({std::uint8_t(key.key), key.red, key.green, key.blue});
-            else
-                put({}); // deliberate: keeps its place
-        }
-        finish();
-        for (std::uint8_t led = 0; led < layout.directLeds; ++led)
-            if (!done[led])
-                put({led});
-        finish();
-        return std::move(reports);
-    }
+std::unique_ptr<DirectLighting> makeLights(DeviceLink& link, const KeyboardLayout& layout)
+{
+    return layout.lights ? std::make_unique<DirectLighting>(link, *layout.lights) : nullptr;
+}
 
-private:
-    bool takes(std::int32_t led)
-    {
-        if (led < 0 || led >= layout.directLeds || done[std::size_t(led)])
-            return false;
-        done.set(std::size_t(led));
-        return true;
-    }
+std::unique_ptr<StatusEffect> makeStatus(DeviceLink& link, const KeyboardLayout& layout, ProfileState& state)
+{
+    const std::optional<std::uint8_t> effect = layout.effects.systemStatus;
+    return effect ? std::make_unique<StatusEffect>(link, layout.status, *effect, state) : nullptr;
+}
 
-    void put(const std::array<std::uint8_t, bytesPerKey>& entry)
-    {
-        if (count == keysPerFrame)
-            finish();
-        current = current.at(5 + count++ * bytesPerKey, entry);
-    }
-
-    void finish()
-    {
-        if (count)
-            reports.push_back(current.at(3, std::uint8_t(count)));
-        current = cmd::someKeys;
-        count = 0;
-    }
-
-    const KeyboardLayout& layout;
-    std::bitset<256> done;
-    std::vector<Report> reports;
-    Report current = cmd::someKeys;
-    std::size_t count = 0;
-};
+std::optional<KeyReports> makeKeyReports(const KeyboardLayout& layout)
+{
+    return layout.keys ? std::optional(KeyReports(*layout.keys)) : std::nullopt;
+}
 
 } // namespace
 
-Keyboard::Keyboard(const std::string& path, const KeyboardLayout& layout)
-    : NotifyingDevice(path, {.model = layout.model,
-                             .mode = usbHid::Mode::timed,
-                             .wait = std::chrono::milliseconds(3000),
-                             .runningMatchCount = true,
-                             .paceMs = firstPaceMs}),
-      layout(layout), effectMemory(link, layout.effects), effects(layout.effects)
+KeyboardCore::KeyboardCore(const std::string& path, const KeyboardLayout& layout)
+    : LinkedDevice(path, linkRules(layout)), keyReports(makeKeyReports(layout)), layout(layout),
+      profiles(link, state, layout.partialResets), keyMap(link), macros(link, closed),
+      lights(makeLights(link, layout)), status(makeStatus(link, layout, state)),
+      effects(link, layout.model, layout.effects, state, status.get())
 {
+}
+
+void KeyboardCore::begin(std::function<void(const Reply&)> take)
+{
+    if (link.opened())
+        link.start(std::move(take));
     if (!link.opened())
         return;
-    link.start([this](const Reply& reply) { take(reply); });
-    set(keys::serviceOn);
-    set(keys::editEnds);
-    loadEffects();
-    setActiveEffect(readEffectMode());
-    send(cmd::changesOn);
-    send(cmd::changeAck);
-    set(cmd::keysOn);
-    if (layout.effects.systemStatus)
-        statusEffect = std::make_unique<StatusEffect>(
-            layout.chart, [this] { return statusShown(); },
-            [this](std::span<const std::uint8_t> frame) { showStatus(frame); });
+    keys::set(link, keys::serviceOn);
+    keys::set(link, keys::editEnds);
+    effects.load();
+    link.write({cmd::changesOn, cmd::changeAck});
+    if (keyReports)
+        keys::set(link, cmd::keysOn);
+    threadless = status && !status->start();
 }
 
-Keyboard::~Keyboard()
+std::int32_t KeyboardCore::openFailed() const
 {
-    statusEffect.reset();
-    link.stop();
+    return threadless ? 1 : LinkedDevice::openFailed();
 }
 
-void Keyboard::noteClosed()
+void KeyboardCore::noteClosed()
 {
     LinkedDevice::noteClosed();
-    if (statusEffect)
-        statusEffect->askToStop();
+    if (status)
+        status->askToStop();
 }
 
-void Keyboard::sayGoodbye()
+void KeyboardCore::sayGoodbye()
 {
     if (link.unplugged())
         return;
-    if (statusEffect)
-        statusEffect->stopWithin(frameTime);
+    if (status)
+        status->stopWithin(frameTime);
     link.resume();
-    set(keys::serviceOn);
-    endEdit();
-    endEdit(); // deliberate: twice
+    keys::set(link, keys::serviceOn);
+    keys::endEdit(link);
+    keys::endEdit(link); // deliberate: twice
 }
 
-bool Keyboard::endThreads(std::chrono::steady_clock::time_point deadline)
+bool KeyboardCore::endThreads(std::chrono::steady_clock::time_point deadline)
 {
     const bool linkEnded = link.endThreads(deadline);
-    return (!statusEffect || statusEffect->stopWithin(timeUntil(deadline))) && linkEnded;
+    return (!status || status->stopWithin(timeUntil(deadline))) && linkEnded;
 }
 
-_error Keyboard::get(const Report& command, Reply& reply, std::size_t matchLength)
+/// The recording itself is the keyboard's.
+_error KeyboardCore::startRecordMacro()
 {
-    return link.get(command, reply, matchLength);
+    return keys::set(link, keys::serviceOn);
 }
 
-_error Keyboard::set(const Report& command, std::size_t matchLength)
+/// Recording disturbs the lights.
+_error KeyboardCore::stopRecordMacro()
 {
-    Reply reply;
-    return get(command, reply, matchLength);
+    keys::set(link, keys::editOn);
+    return effects.showAgain();
 }
 
-void Keyboard::endEdit()
-{
-    if (link.isOpen())
-        set(keys::editEnds);
-}
-
-_error Keyboard::setLightingInit()
-{
-    link.queue().clearLanes();
-    const std::array results{send(keys::hostDriven), send(cmd::drive), send(cmd::allKeys)};
-    {
-        const std::lock_guard lock(frameLock);
-        lightingReport = cmd::allKeys;
-    }
-    link.queue().paceDelayMs = layout.frameGapMs;
-    const auto failure = std::ranges::find_if(results, [](_error result) { return result != E_OK; });
-    return failure == results.end() ? E_OK : *failure;
-}
-
-_error Keyboard::setLightingUninit()
-{
-    link.queue().clearLanes();
-    return set(keys::editEnds);
-}
-
-_error Keyboard::setLightingPortColor(const std::uint8_t* rgb)
-{
-    if (!rgb)
-        return E_INVALID_SET;
-    // Deliberate: without a `setLightingInit` before, the report has no command.
-    const std::lock_guard lock(frameLock);
-    lightingReport = lightingReport.at(5, std::span(rgb, colorBytes));
-    link.queue().push(frameLane, lightingReport);
-    return E_OK;
-}
-
-_error Keyboard::setSyncLightingData(const std::vector<DirectKeyColor>& list)
-{
-    if (!list.empty())
-        link.queue().push(frameLane, FrameReports(layout).cut(list));
-    return E_OK;
-}
-
-_error Keyboard::setLightingTurnOff()
-{
-    link.queue().clearLanes();
-    return send(cmd::allKeys);
-}
-
-_error Keyboard::changeProfileId(std::uint8_t id)
-{
-    if (id >= profiles)
-        return E_INVALID_SET;
-    set(keys::editOn);
-    const _error result = set(cmd::setProfile.at(5, id));
-    if (!result)
-        currentProfile = id;
-    reloadNeeded = true; // deliberate: also when the device has not answered
-    return result;
-}
-
-_error Keyboard::getCurrProfileId(std::uint8_t* id)
-{
-    if (!id)
-        return E_INVALID_GET;
-    set(keys::editOn);
-    Reply reply;
-    const _error result = get(cmd::getProfile, reply);
-    if (!result && reply.begins({0x52, 0x00})) {
-        *id = reply[4];
-        currentProfile = *id;
-    }
-    return result;
-}
-
-_error Keyboard::resetProfile(std::uint8_t scope)
-{
-    set(keys::serviceOn);
-    const _error result = set(cmd::resetProfile.at(5, scope ? 0xFF : 0x00));
-    if (!scope)
-        set(cmd::commit); // deliberate: a reset of all profiles is not committed
-    endEdit();
-    reloadNeeded = true;
-    return result;
-}
-
-_error Keyboard::resetPartial(std::uint8_t part)
-{
-    if (part >= layout.partialResets)
-        return E_INVALID_SET;
-    set(keys::editOn);
-    const _error result = set(cmd::resetPart.at(3, std::uint8_t(1 << part)));
-    if (part == 0 && !result)
-        reloadNeeded = true;
-    return result;
-}
-
-_error Keyboard::setKeyMapping(std::uint32_t count, const KeyMapEntry* entries)
-{
-    if (!entries && count)
-        return E_INVALID_SET;
-    set(keys::editOn);
-    for (const KeyMapEntry& entry : std::span(entries, count))
-        if (const _error failure = set(cmd::setKey.at(3, entry.key).at(4, entry.action), mappingMatch))
-            return failure;
-    return E_OK;
-}
-
-_error Keyboard::setKeyMappingAll(const KeyMapTable* table)
-{
-    if (!table)
-        return E_INVALID_SET;
-    set(keys::editOn);
-    for (std::uint8_t page = 0; page < keyMapPages; ++page) {
-        Report report = cmd::setKeys.at(3, page);
-        for (std::size_t i = 0; i < keysPerPage; ++i)
-            report = report.at16(5 + 2 * i, table->values[page * keysPerPage + i]);
-        if (const _error failure = set(report, numberedMatch))
-            return failure;
-    }
-    return E_OK;
-}
-
-_error Keyboard::getKeyMappingAll(KeyMapTable* table)
-{
-    if (!table)
-        return E_INVALID_GET;
-    set(keys::editOn);
-    for (std::uint8_t page = 0; page < keyMapPages; ++page) {
-        Reply reply;
-        if (const _error failure = get(cmd::getKeys.at(3, page), reply, numberedMatch))
-            return failure;
-        if (!reply.begins({0x52, 0x21, page}))
-            continue; // the answer to another call
-        for (std::size_t i = 0; i < keysPerPage; ++i)
-            table->values[page * keysPerPage + i] = reply.u16(4 + 2 * i);
-    }
-    return E_OK;
-}
-
-void Keyboard::take(const Reply& reply)
-{
-    if (takeChange(reply))
-        return;
-    if (reply.begins({0x43, 0x01}))
-        takeKey(reply[4], reply[5]);
-    else
-        link.deliver(reply);
-}
-
-bool Keyboard::takeChange(const Reply& reply)
+const DeviceEvent<NotifyRecord>* KeyboardCore::changeIn(const Reply& report)
 {
     for (const DeviceEvent<NotifyRecord>& change : changes) {
-        if (!change.fits(reply))
+        if (!change.fits(report))
             continue;
         if (&change == &changes.front())
-            reloadNeeded = true; // before a host that is told can ask
-        tell(change, reply);
-        return true;
+            state.reloadNeeded = true; // before a host that is told can ask
+        return &change;
     }
-    return false;
+    return nullptr;
 }
 
-void Keyboard::takeKey(std::uint8_t number, std::uint8_t state)
+Keyboard::Keyboard(const std::string& path, const KeyboardLayout& layout) : NotifyingDevice(path, layout)
 {
-    constexpr std::uint8_t up = 0x40;
-    constexpr std::uint8_t down = 0xC0;
-    if (state != up && state != down)
-        return;
-    if (number == layout.fnKey)
-        layout.fnHeld = state == down;
-    std::uint16_t value = USAGE_NO_KEY;
-    if (number < layout.keyUsages.size())
-        value = layout.keyUsages[number];
-    if (layout.fnHeld && (value != USAGE_FN || layout.fnRaisesItself))
-        value = std::uint16_t(value + USAGE_FN);
-    tell(NotifyRecord{.event = state == down ? KEYBOARD_KEY_DOWN : KEYBOARD_KEY_UP, .value = value});
+    begin([this](const Reply& report) { take(report); });
+}
+
+void Keyboard::take(const Reply& report)
+{
+    if (const DeviceEvent<NotifyRecord>* change = changeIn(report))
+        tell(*change, report);
+    else if (!keyReports || !KeyReports::isOne(report))
+        link.deliver(report);
+    else if (const std::optional<NotifyRecord> key = keyReports->read(report))
+        tell(*key);
 }
 
 } // namespace pyrux

@@ -89,28 +89,43 @@ struct EffectLayout {
     }
 };
 
+/// A keyboard's lights under a host's control.
+struct DirectLightRow {
+    std::uint8_t leds = 139;                  ///< Of a frame key by key.
+    std::optional<std::uint8_t> skippedLed{}; ///< One of these that is never sent.
+    std::int32_t frameGapMs = 1;              ///< Pause between frames of a fast host, in ms.
+};
+
+/// What a keyboard tells of its keys.
+struct KeyReportRow {
+    std::span<const std::uint16_t> usages; ///< By matrix number; 0 after its end.
+    std::uint8_t fnKey = 60;               ///< Matrix number of the Fn key.
+    std::atomic<bool>& fnHeld;             ///< Whether Fn is held: one flag per model, not per device.
+    bool fnRaisesItself = false;           ///< While Fn is held its own value is raised too.
+};
+
 /// What a status effect type beyond those that there are does.
 enum class OtherStatusTypes {
     refused,   ///< Before anything is sent.
     endEffect, ///< The keyboard or the service is told, then the current effect becomes 255.
 };
 
-/// What tells one keyboard of the family from another.
+/// The status effect of a keyboard that has one among its effects.
+struct StatusRow {
+    std::string_view serviceName; ///< The model in commands to the resident service.
+    OtherStatusTypes otherTypes = OtherStatusTypes::refused;
+    bool customEnds = false; ///< `setEffectMode` with the custom effect ends it.
+    StatusChart chart{};
+};
+
+/// What tells one keyboard of the family from another. A row that is missing is a part that it lacks.
 struct KeyboardLayout {
     const ModelRow& model;
-    std::string_view serviceName;             ///< The model in commands to the resident service.
-    std::span<const std::uint16_t> keyUsages; ///< Of key reports, by matrix number; 0 behind its end.
-    std::uint8_t fnKey = 60;                  ///< Matrix number of the Fn key.
-    std::atomic<bool>& fnHeld;                ///< Whether Fn is held: one flag per model, not per device.
-    bool fnRaisesItself = false;              ///< While Fn is held its own value is raised too.
-    std::uint8_t partialResets = 3;           ///< Parts that `resetPartial` knows.
-    std::uint8_t directLeds = 139;            ///< Of `setSyncLightingData`.
-    std::optional<std::uint8_t> skippedLed{}; ///< One of these that is never sent.
-    std::int32_t frameGapMs = 1;              ///< Pause between frames of a fast host, in ms.
-    OtherStatusTypes otherStatusTypes = OtherStatusTypes::refused;
-    bool customEndsStatus = false; ///< `setEffectMode` with the custom effect ends a status effect.
+    std::uint8_t partialResets = 3; ///< Parts that `resetPartial` knows.
     EffectLayout effects{};
-    StatusChart chart{};
+    std::optional<DirectLightRow> lights{};
+    std::optional<KeyReportRow> keys{};
+    StatusRow status{};
 };
 
 } // namespace pyrux

@@ -11,9 +11,9 @@ std::atomic<bool> fnHeld{false};
 
 constexpr KeyboardLayout ownLayout{
     .model = QW210::model,
-    .serviceName = "qw210",
-    .keyUsages = fullSizeKeys,
-    .fnHeld = fnHeld,
+    .lights = DirectLightRow{},
+    .keys = KeyReportRow{.usages = fullSizeKeys, .fnHeld = fnHeld},
+    .status = {.serviceName = "qw210"},
 };
 
 } // namespace

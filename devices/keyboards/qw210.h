@@ -13,9 +13,9 @@ public:
     explicit QW210(const std::string& path);
 };
 
-class PYRUX_QW210 final : public KeyboardHost<QW210, PYRUX_QW210_Base> {
+class PYRUX_QW210 final : public FullKeyboardHost<QW210, PYRUX_QW210_Base> {
 public:
-    using KeyboardHost::KeyboardHost;
+    using DirectLightHost::DirectLightHost;
 };
 
 } // namespace pyrux

@@ -19,14 +19,13 @@ constexpr auto keyUsages = [] {
 
 constexpr KeyboardLayout ownLayout{
     .model = QW220::model,
-    .serviceName = "qw220",
-    .keyUsages = keyUsages,
-    .fnHeld = fnHeld,
-    .directLeds = 137,
-    .otherStatusTypes = OtherStatusTypes::endEffect,
-    .customEndsStatus = true,
     .effects = {.maskBytes = 20, .zoneBytes = 160},
-    .chart = {.columns = 23, .firstLed = 0, .ledsPerColumn = 6, .ledsSent = 138},
+    .lights = DirectLightRow{.leds = 137},
+    .keys = KeyReportRow{.usages = keyUsages, .fnHeld = fnHeld},
+    .status = {.serviceName = "qw220",
+               .otherTypes = OtherStatusTypes::endEffect,
+               .customEnds = true,
+               .chart = {.columns = 23, .firstLed = 0, .ledsPerColumn = 6, .ledsSent = 138}},
 };
 
 } // namespace

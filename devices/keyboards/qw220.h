@@ -13,9 +13,9 @@ public:
     explicit QW220(const std::string& path);
 };
 
-class PYRUX_QW220 final : public KeyboardHost<QW220, PYRUX_QW220_Base> {
+class PYRUX_QW220 final : public FullKeyboardHost<QW220, PYRUX_QW220_Base> {
 public:
-    using KeyboardHost::KeyboardHost;
+    using DirectLightHost::DirectLightHost;
 };
 
 } // namespace pyrux

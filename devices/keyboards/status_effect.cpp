@@ -1,104 +1,133 @@
 #include "devices/keyboards/status_effect.h"
 
-#include "pyrux/keyboard_records.h"
-#include "services/service_manager.h"
-#include "services/spectrum.h"
+#include "core/state.h"
+#include "devices/keyboards/keyboard_commands.h"
+#include "services/tw_service.h"
 
 #include <algorithm>
-#include <utility>
+#include <cstddef>
 
 namespace pyrux {
 
-StatusEffect::StatusEffect(const StatusChart& chart, Shown shown, Show show)
-    : chart(chart), shown(std::move(shown)), show(std::move(show)), levels(std::size_t(chart.columns), -1)
+namespace {
+
+namespace cmd {                                       // numbers are report bytes
+constexpr Report frame{0x56, 0x42, 0x00, 0x00, 0x02}; // 6: count, 7: first LED, 9: colors
+/// The program of the effect: one record that leaves the lights to a host.
+constexpr Report program{0x56, 0x81, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00,
+                         0x01, 0x00, 0x00, 0x00, 0xBB, 0x0B, 0x55, 0x55};
+constexpr Report image{0x56, 0x83, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x04, 0xF0, 0x00, 0xC1};
+} // namespace cmd
+
+constexpr std::uint32_t otherType = 2; // the first that is none
+constexpr std::size_t colorBytes = 3;
+
+} // namespace
+
+StatusEffect::StatusEffect(DeviceLink& link, const StatusRow& row, std::uint8_t effect, ProfileState& state)
+    : link(link), row(row), effect(effect), state(state),
+      painter(
+          row.chart, [this] { return shown(); },
+          [this](std::span<const std::uint8_t> colors) { show(colors); })
 {
-    thread = std::thread([this] { run(); });
-    {
-        std::unique_lock lock(mutex);
-        changed.wait(lock, [&] { return ready; });
+}
+
+_error StatusEffect::set(const SystemStatusEffect* params)
+{
+    return params ? begin(*params) : E_INVALID_SET;
+}
+
+void StatusEffect::beginAgain()
+{
+    begin({type, companion});
+}
+
+void StatusEffect::giveWay()
+{
+    if (row.customEnds)
+        begin({otherType, 0});
+}
+
+_error StatusEffect::begin(const SystemStatusEffect& params)
+{
+    const bool other = params.statusEffectType >= otherType;
+    if (other && row.otherTypes == OtherStatusTypes::refused)
+        return E_INVALID_SET;
+    if (!backgroundMode)
+        askService(params.statusEffectType);
+    else if (const _error failure = prepareFrames())
+        return failure;
+    if (other) {
+        state.setEffect(EFFECT_PREVIEW);
+        return E_OK;
     }
-    PYRUX_SERVICE& services = PYRUX_SERVICE::instance();
-    load = services.subscribe("cpuusage", threadId);
-    spectrum = services.subscribe("amplitude", threadId);
+    type = params.statusEffectType;
+    companion = params.companion;
+    state.setEffect(effect);
+    return E_OK;
 }
 
-StatusEffect::~StatusEffect()
+/// Puts the lights under a host's control.
+_error StatusEffect::prepareFrames()
 {
-    askToStop();
-    thread.join();
+    if (keys::set(link, cmd::program) || keys::set(link, cmd::image))
+        return E_INVALID_SET;
+    keys::set(link, keys::editOn);
+    keys::set(link, keys::showPreview);
+    return E_OK;
 }
 
-void StatusEffect::askToStop()
+/// Hands the effect over to the resident service. What it answers, or whether it is there, does not matter.
+void StatusEffect::askService(std::uint32_t wanted)
 {
-    {
-        const std::lock_guard lock(mutex);
-        if (stopping)
+    TW_SERVICE().sendToHostService(
+        deviceCommand(row.serviceName, "setSystemStatusEffect", {{"type", wanted}}));
+}
+
+_error StatusEffect::registerNotify(SystemStatusCallback callback)
+{
+    if (!callback)
+        return E_INVALID_SET;
+    notify.set(callback);
+    return E_OK;
+}
+
+_error StatusEffect::unRegisterNotify()
+{
+    notify.set(nullptr);
+    return E_OK;
+}
+
+std::optional<std::uint32_t> StatusEffect::shown() const
+{
+    if (state.effect() != effect)
+        return std::nullopt;
+    return type;
+}
+
+/// In background mode the keyboard shows a frame, otherwise the host may.
+void StatusEffect::show(std::span<const std::uint8_t> frame)
+{
+    if (backgroundMode)
+        paint(frame);
+    else
+        notify.call(frame.data());
+}
+
+/// Does not wait for replies.
+void StatusEffect::paint(std::span<const std::uint8_t> frame)
+{
+    const StatusChart& chart = row.chart;
+    for (std::size_t first = 0; first < chart.ledsSent; first += reportLeds) {
+        const std::size_t count = std::min<std::size_t>(reportLeds, chart.ledsSent - first);
+        const bool last = first + count == chart.ledsSent;
+        const auto said = last && chart.lastReportSays ? *chart.lastReportSays : std::uint8_t(count);
+        const std::size_t from = std::min(first * colorBytes, frame.size());
+        const auto colors = frame.subspan(from, std::min(count * colorBytes, frame.size() - from));
+        const Report report = cmd::frame.at(6, said).at(7, std::uint8_t(first)).at(9, colors);
+        if (link.send(report) == E_NOT_OPEN)
             return;
-        load.end();
-        spectrum.end();
-        stopping = true;
     }
-    changed.notify_all();
-    platform::postThreadMessage(threadId, {MSG_QUIT_THREAD});
-}
-
-bool StatusEffect::stopWithin(std::chrono::milliseconds limit)
-{
-    askToStop();
-    if (std::this_thread::get_id() == thread.get_id())
-        return false;
-    std::unique_lock lock(mutex);
-    return changed.wait_for(lock, limit, [&] { return finished; });
-}
-
-bool StatusEffect::stopAsked()
-{
-    const std::lock_guard lock(mutex);
-    return stopping;
-}
-
-void StatusEffect::run()
-{
-    const auto messages = platform::ThreadMessages::open();
-    {
-        const std::lock_guard lock(mutex);
-        threadId = platform::currentThreadId();
-        ready = true;
-    }
-    changed.notify_all();
-    while (!stopAsked())
-        if (const auto message = messages->wait(std::chrono::hours(1)))
-            take(*message);
-    const std::lock_guard lock(mutex);
-    finished = true;
-    changed.notify_all();
-}
-
-void StatusEffect::take(const platform::ThreadMessage& message)
-{
-    if (message.number != MSG_CPU_USAGE && message.number != MSG_AMPLITUDE)
-        return;
-    const std::optional<std::uint32_t> type = shown();
-    if (!type) {
-        // Nobody looks: samples are taken slowly.
-        std::unique_lock lock(mutex);
-        changed.wait_for(lock, std::chrono::milliseconds(100), [&] { return stopping; });
-        return;
-    }
-    if (message.number == MSG_CPU_USAGE && *type == STATUS_CPU_USAGE) {
-        std::shift_right(levels.begin(), levels.end(), 1);
-        levels.front() = levelOfLoad(chart, payloadOf<MSG_CPU_USAGE>(message));
-        draw();
-    } else if (message.number == MSG_AMPLITUDE && *type == STATUS_AUDIO_SPECTRUM) {
-        levels = spectrumToLevels(payloadOf<MSG_AMPLITUDE>(message), chart.columns, chart.rows);
-        draw();
-    }
-}
-
-void StatusEffect::draw()
-{
-    const std::vector<std::uint8_t> frame = chartFrame(chart, levels);
-    show(frame);
 }
 
 } // namespace pyrux

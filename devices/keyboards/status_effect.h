@@ -1,65 +1,59 @@
 #pragma once
 
-#include "devices/keyboards/status_chart.h"
-#include "platform/thread_messages.h"
-#include "services/service.h"
+#include "devices/keyboards/keyboard_layout.h"
+#include "devices/keyboards/profiles.h"
+#include "devices/keyboards/status_painter.h"
+#include "pyrux/error.h"
+#include "pyrux/keyboard_records.h"
+#include "transport/device_link.h"
+#include "transport/notify.h"
 
+#include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
-#include <functional>
-#include <mutex>
 #include <optional>
 #include <span>
-#include <thread>
-#include <vector>
 
 namespace pyrux {
 
-/// Charts the processor load or the spectrum of what is played, on a thread of its own that is told by the
-/// services.
+/// The effect that charts what the computer does. The service's library, in background mode, paints the
+/// keyboard; an application's asks the service for it and hands the frames to a callback of the host.
 class StatusEffect {
 public:
-    using Shown =
-        std::function<std::optional<std::uint32_t>()>; ///< The type to chart; none: the effect is off.
-    using Show = std::function<void(std::span<const std::uint8_t> frame)>;
+    /// @param effect  its number among the keyboard's effects
+    StatusEffect(DeviceLink& link, const StatusRow& row, std::uint8_t effect, ProfileState& state);
 
-    /// @param shown, show  called on the thread
-    StatusEffect(const StatusChart& chart, Shown shown, Show show);
-    ~StatusEffect();
-    StatusEffect(const StatusEffect&) = delete;
-    StatusEffect& operator=(const StatusEffect&) = delete;
+    _error set(const SystemStatusEffect* params);
+    _error registerNotify(SystemStatusCallback callback);
+    _error unRegisterNotify();
 
-    /// The thread, for messages to it.
-    platform::ThreadId id() const { return threadId; }
+    /// Begins with the parameters that were set last.
+    void beginAgain();
 
-    /// Leaves the services and lets the thread end. Safe from any thread.
-    void askToStop();
+    /// Ends for the sake of the custom effect, on a keyboard where that is so.
+    void giveWay();
 
-    /// The same, and waits for the end; not on the thread itself.
-    /// @return whether the thread has ended
-    bool stopWithin(std::chrono::milliseconds limit);
+    // The thread that paints, as `StatusPainter` has it.
+    bool start() { return painter.start(); }
+    void askToStop() { painter.askToStop(); }
+    bool stopWithin(std::chrono::milliseconds limit) { return painter.stopWithin(limit); }
 
 private:
-    void run();
-    void take(const platform::ThreadMessage& message);
-    void draw();
-    bool stopAsked();
+    _error begin(const SystemStatusEffect& params);
+    _error prepareFrames();
+    void askService(std::uint32_t wanted);
+    std::optional<std::uint32_t> shown() const;
+    void show(std::span<const std::uint8_t> frame);
+    void paint(std::span<const std::uint8_t> frame);
 
-    const StatusChart& chart;
-    const Shown shown;
-    const Show show;
-    std::vector<std::int32_t> levels; ///< Of the columns, the newest first.
-
-    std::mutex mutex; ///< Guards what follows.
-    std::condition_variable changed;
-    bool ready = false;
-    bool stopping = false;
-    bool finished = false;
-    platform::ThreadId threadId = 0;
-    Subscription load;
-    Subscription spectrum;
-    std::thread thread;
+    DeviceLink& link;
+    const StatusRow& row;
+    const std::uint8_t effect;
+    ProfileState& state;
+    Notify<SystemStatusCallback> notify;
+    std::atomic<std::uint32_t> type{0};
+    std::atomic<std::uint32_t> companion{0};
+    StatusPainter painter; // ends before what it uses goes
 };
 
 } // namespace pyrux

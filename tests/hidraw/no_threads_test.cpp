@@ -3,6 +3,7 @@
 #include "tests/hidraw/no_threads.h"
 
 #include "core/debug_console.h"
+#include "devices/keyboards/status_painter.h"
 #include "services/hardware_names.h"
 #include "services/message_thread.h"
 #include "services/service_manager.h"
@@ -74,6 +75,16 @@ TEST(WithoutThreads, messageThreadsDoNotStart)
     EXPECT_TRUE(thread.stopWithin(0ms));
     EXPECT_FALSE(thread.start([](const platform::ThreadMessage&) { FAIL(); }));
     thread.stop();
+}
+
+TEST(WithoutThreads, nobodyPaintsTheStatus)
+{
+    const NoThreads none;
+    const StatusChart chart;
+    StatusPainter painter(
+        chart, [] { return std::optional<std::uint32_t>(0); }, [](std::span<const std::uint8_t>) { FAIL(); });
+    EXPECT_FALSE(painter.start());
+    EXPECT_TRUE(painter.stopWithin(0ms));
 }
 
 TEST(WithoutThreads, servicesStandAndTellNothing)

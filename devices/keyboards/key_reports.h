@@ -1,0 +1,25 @@
+#pragma once
+
+#include "devices/keyboards/keyboard_layout.h"
+#include "pyrux/records.h"
+#include "transport/report.h"
+
+#include <optional>
+
+namespace pyrux {
+
+/// The reports of keys that go down and up, as hosts are told of them.
+class KeyReports {
+public:
+    explicit KeyReports(const KeyReportRow& row) : row(row) {}
+
+    static bool isOne(const Reply& report) { return report.begins({0x43, 0x01}); }
+
+    /// @return no value: a state that is neither down nor up
+    std::optional<NotifyRecord> read(const Reply& report) const;
+
+private:
+    const KeyReportRow& row;
+};
+
+} // namespace pyrux
