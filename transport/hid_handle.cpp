@@ -77,6 +77,7 @@ std::shared_ptr<HidHandle> HidHandle::open(const std::string& path, bool nonbloc
     if (!handle->reading.open(handle->place) || !handle->writing.open(handle->place))
         return nullptr;
     hid_set_nonblocking(handle->reading.raw, nonblocking ? 1 : 0);
+    handle->waiting = platform::DeviceWait::open(handle->place);
     return handle;
 }
 

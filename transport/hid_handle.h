@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/device_wait.h"
+
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -44,6 +46,9 @@ public:
     /// hid_get_input_report's result; -1 also when another call of this sort, or `writeAside`, hangs.
     int inputReport(std::span<std::uint8_t> buffer);
 
+    /// Null: input can only be looked for.
+    platform::DeviceWait* input() const { return waiting.get(); }
+
 private:
     /// hidapi frees and sets the error text of a hid_device in every call, without a lock, and a read frees
     /// it before it waits. So only one call at a time is made on one; calls that must not wait for each other
@@ -83,6 +88,7 @@ private:
     const std::string place;
     Line reading;
     Line writing;
+    std::unique_ptr<platform::DeviceWait> waiting;
     Line aside; ///< Opened by the first call that needs it; few devices do.
 };
 

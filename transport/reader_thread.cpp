@@ -9,6 +9,13 @@
 
 namespace pyrux {
 
+namespace {
+
+/// A polled channel on which nothing has been found for so long is waited for, where the system can do that.
+constexpr std::chrono::milliseconds silentFor{100};
+
+} // namespace
+
 bool ReaderThread::start(std::function<void(const Reply&)> take, std::function<void()> ended)
 {
     running = true;
@@ -78,6 +85,8 @@ void ReaderThread::reportFailure() const
 void ReaderThread::run(const std::function<void(const Reply&)>& take)
 {
     int failures = 0;
+    std::chrono::milliseconds silence{0}; ///< Of a polled channel.
+    bool marked = false;
     for (;;) {
         std::array<std::uint8_t, Reply::size> buffer{};
         const std::span<std::uint8_t> room =
@@ -86,9 +95,17 @@ void ReaderThread::run(const std::function<void(const Reply&)>& take)
         if (count == nothingRead)
             return;
         if (count > 0) {
+            silence = {};
+            marked = false;
             take(Reply(room.first(std::size_t(count))));
         } else if (count == 0) {
-            pause(rules.polledPause);
+            if (marked)
+                channel.awaitInput();
+            else
+                pause(rules.polledPause);
+            silence =
+                std::min(silence + std::max(rules.polledPause, std::chrono::milliseconds(1)), silentFor);
+            marked = silence == silentFor && channel.markInput();
         } else if (failures == rules.survivedFailures) {
             reportFailure();
             return;

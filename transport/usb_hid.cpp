@@ -9,9 +9,12 @@ namespace pyrux {
 
 namespace {
 
-/// A blocking read is cut into slices of this length: an idle device costs ten wake-ups a second, and closing
-/// one waits no longer than this.
+/// A read is cut into slices of this length, and closing a device waits no longer than this. Where the system
+/// can wait for a device and for the end of its reads at once, that takes over behind a slice of silence.
 constexpr int sliceMs = 100;
+
+/// One wake-up a second for a silent device, should ever a word get lost.
+constexpr std::chrono::milliseconds longestSilence{1000};
 
 } // namespace
 
@@ -68,9 +71,49 @@ int usbHid::readBlocking(std::span<std::uint8_t> buffer)
             return nothingRead;
         if (mode == Mode::polled)
             return from->read(buffer);
-        if (const int count = from->readTimeout(buffer, sliceMs); count != 0)
+        int count = from->readTimeout(buffer, sliceMs);
+        if (count == 0)
+            count = readAfterSilence(*from, buffer);
+        if (count != 0)
             return count;
     }
+}
+
+/// Waits while nothing comes. 0: something has, or the reads end, or there can be no such wait.
+int usbHid::readAfterSilence(HidHandle& from, std::span<std::uint8_t> buffer) const
+{
+    platform::DeviceWait* const input = from.input();
+    for (bool more = input != nullptr; more && !readsEnded;) {
+        input->mark();
+        if (const int count = from.readTimeout(buffer, 0); count != 0)
+            return count;
+        more = !input->wait(longestSilence);
+    }
+    return 0;
+}
+
+bool usbHid::markInput()
+{
+    const std::shared_ptr<HidHandle> from = current();
+    if (!from || !from->input())
+        return false;
+    from->input()->mark();
+    return true;
+}
+
+void usbHid::awaitInput()
+{
+    const std::shared_ptr<HidHandle> from = current();
+    if (from && from->input() && !readsEnded)
+        from->input()->wait(longestSilence);
+}
+
+void usbHid::endReads()
+{
+    readsEnded = true;
+    const std::shared_ptr<HidHandle> from = current();
+    if (from && from->input())
+        from->input()->wake();
 }
 
 int usbHid::readLimited(std::span<std::uint8_t> buffer, int limitMs)

@@ -36,7 +36,7 @@ public:
     bool open(Mode mode);
     bool isOpen() const { return current() != nullptr; }
 
-    /// Closes the channel; calls that are inside are let out. Takes at most one slice of a blocking read.
+    /// Closes the channel; calls that are inside are let out.
     void closeChannel();
 
     /// The normal way to send: one write at a time, also across threads.
@@ -48,8 +48,8 @@ public:
     /// @return E_OK; E_NOT_OPEN; E_WRITE_TIMEOUT when the system refuses
     _error writeDirect(std::span<const std::uint8_t> report);
 
-    /// Waits for an input report; on a polled channel looks for one. Reads in slices, so that `closeChannel`
-    /// and `endReads` get it to return.
+    /// Waits for an input report; on a polled channel looks for one. `closeChannel` and `endReads` get it to
+    /// return, at once from a device that has been silent for a while, else within 100 ms.
     /// @return hidapi's count, -1 for an error; `nothingRead` for a closed channel
     int readBlocking(std::span<std::uint8_t> buffer);
 
@@ -65,11 +65,20 @@ public:
     /// @return E_OK or E_INVALID_GET
     _error getInputReport(std::span<std::uint8_t, 5> buffer);
 
-    /// Lets blocking reads return `nothingRead` from now on.
-    void endReads() { readsEnded = true; }
+    /// For readers of a polled channel that have found nothing for a while: from now on input ends a wait.
+    /// One more look has to follow, and then `awaitInput`.
+    /// @return false: the system cannot wait for this device
+    bool markInput();
+
+    /// Waits for input since `markInput`, for the end of the reads, or one second.
+    void awaitInput();
+
+    /// Lets blocking reads return `nothingRead` from now on, and ends waits for input.
+    void endReads();
 
 private:
     std::shared_ptr<HidHandle> current() const;
+    int readAfterSilence(HidHandle& from, std::span<std::uint8_t> buffer) const;
     int readLimited(std::span<std::uint8_t> buffer, int limitMs);
 
     std::string path_;

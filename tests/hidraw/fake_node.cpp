@@ -10,7 +10,6 @@
 #include <fcntl.h>
 #include <link.h>
 #include <linux/hidraw.h>
-#include <map>
 #include <mutex>
 #include <poll.h>
 #include <stdexcept>
@@ -24,7 +23,9 @@ namespace pyrux::test {
 struct FakeNode::State {
     std::string path;
     std::mutex mutex;
-    std::map<int, int> peers; ///< This program's end by the end that was handed out.
+    /// The end that was handed out and this program's, in the order of opening, which is that of delivery.
+    std::vector<std::pair<int, int>> peers;
+    std::atomic<int> awaiting{0}; ///< Calls of poll that wait for it and for something else.
     std::atomic<bool> refusing{false};
 };
 
@@ -52,7 +53,7 @@ std::shared_ptr<FakeNode::State> nodeOf(int descriptor)
     const std::lock_guard lock(nodesMutex);
     for (const auto& one : nodes) {
         const std::lock_guard inside(one->mutex);
-        if (one->peers.contains(descriptor))
+        if (std::ranges::count(one->peers, descriptor, &std::pair<int, int>::first) > 0)
             return one;
     }
     return nullptr;
@@ -68,9 +69,9 @@ int openNode(FakeNode::State& node, int flags)
     fcntl(ends[1], F_SETFL, O_NONBLOCK);
     const std::lock_guard lock(node.mutex);
     // A number that is handed out again belongs to a descriptor that has been closed.
-    if (const auto old = node.peers.find(ends[0]); old != node.peers.end())
-        close(old->second);
-    node.peers[ends[0]] = ends[1];
+    std::erase_if(node.peers,
+                  [&](const auto& one) { return one.first == ends[0] && close(one.second) == 0; });
+    node.peers.emplace_back(ends[0], ends[1]);
     return ends[0];
 }
 
@@ -174,6 +175,11 @@ int FakeNode::openDescriptors() const
     return int(std::ranges::count_if(state->peers, [](const auto& one) { return isOpen(one.second); }));
 }
 
+bool FakeNode::isAwaited() const
+{
+    return state->awaiting > 0;
+}
+
 SlowRelease::SlowRelease(std::chrono::microseconds time)
 {
     hidapi = hidapiCode();
@@ -255,7 +261,12 @@ __attribute__((visibility("default"))) ssize_t write(int descriptor, const void*
 __attribute__((visibility("default"))) int poll(pollfd* files, nfds_t count, int limit)
 {
     static auto* const original = real<int(pollfd*, nfds_t, int)>("poll");
+    const auto node = count > 1 ? nodeOf(files[0].fd) : nullptr;
+    if (node)
+        ++node->awaiting;
     const int result = original(files, count, limit);
+    if (node)
+        --node->awaiting;
     if (limit != 0)
         ++wakeups;
     return result;

@@ -38,6 +38,9 @@ public:
     /// Descriptors of the node that are open.
     int openDescriptors() const;
 
+    /// Somebody waits in poll for the node and for something else.
+    bool isAwaited() const;
+
     struct State;
 
 private:

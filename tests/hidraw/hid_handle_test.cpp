@@ -46,9 +46,9 @@ TEST(RealHidapi, leavesNothingOpen)
     {
         const auto handle = HidHandle::open(node.path(), true);
         ASSERT_TRUE(handle);
-        EXPECT_EQ(node.openDescriptors(), 2);
+        EXPECT_EQ(node.openDescriptors(), 3); // to read, to write, and to wait for input with
         handle->writeAside(command);
-        EXPECT_EQ(node.openDescriptors(), 3);
+        EXPECT_EQ(node.openDescriptors(), 4);
     }
     EXPECT_EQ(node.openDescriptors(), 0);
     EXPECT_FALSE(HidHandle::open("/dev/hidraw899999", false));
