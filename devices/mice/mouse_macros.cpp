@@ -40,7 +40,7 @@ _error MouseMacros::startRecordMacro()
 
 _error MouseMacros::stopRecordMacro()
 {
-    return link.set(modes::configOn);
+    return modes.configure();
 }
 
 _error MouseMacros::setMacro(MouseMacroRecord* macro)

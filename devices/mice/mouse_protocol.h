@@ -1,5 +1,6 @@
 #pragma once
 
+#include "pyrux/error.h"
 #include "transport/device_link.h"
 #include "transport/report.h"
 
@@ -15,12 +16,12 @@ inline constexpr Report configOn{0x41, 0x80};  // the device accepts configurati
 } // namespace modes
 
 /// How the parts of a mouse ask for the state that they need. Nobody keeps track of it: each operation asks
-/// anew, and what the device answers does not matter.
+/// anew, and what the device answers does not matter as a rule.
 class MouseModes {
 public:
     explicit MouseModes(DeviceLink& link) : link(link) {}
 
-    void configure() { link.set(modes::configOn); }
+    _error configure() { return link.set(modes::configOn); }
     void serve() { link.set(modes::serviceOn); }
 
     /// Ends either state, unless the channel has been closed meanwhile.

@@ -11,8 +11,8 @@ constexpr Report hello{0x43, 0x00, 0x00, 0x00, 0x01};
 } // namespace
 
 WiredMouse::WiredMouse(const std::string& path, const MouseTraits& traits)
-    : NotifyingDevice(path, {.model = traits.model, .paceMs = traits.paceMs}), traits(traits),
-      keys(traits.keys)
+    : NotifyingDevice(path, {.model = traits.model, .paceMs = traits.paceMs}), MouseParts(link, row, closed),
+      traits(traits), keys(traits.keys)
 {
     if (!link.opened())
         return;

@@ -2,18 +2,10 @@
 
 #include "core/models.h"
 #include "devices/linked_device.h"
-#include "devices/mice/button_map.h"
-#include "devices/mice/dpi_order.h"
-#include "devices/mice/mouse_bank.h"
-#include "devices/mice/mouse_combo.h"
 #include "devices/mice/mouse_keys.h"
-#include "devices/mice/mouse_macros.h"
-#include "devices/mice/mouse_performance.h"
+#include "devices/mice/mouse_parts.h"
 #include "devices/mice/mouse_profiles.h"
-#include "devices/mice/mouse_protocol.h"
-#include "devices/mice/mouse_reset.h"
 #include "devices/mice/surface_learning.h"
-#include "devices/mice/wheel_tilt.h"
 #include "pyrux/records.h"
 #include "transport/report.h"
 
@@ -45,27 +37,15 @@ struct MouseTraits {
 ///
 /// Every command waits for its reply, which repeats its first two bytes, or as many as its call names, so
 /// that a reply that does not begin as asked for shows as a missing one.
-class WiredMouse : public NotifyingDevice<NotifyCallback> {
+class WiredMouse : public NotifyingDevice<NotifyCallback>, public MouseParts {
 public:
     WiredMouse(const std::string& path, const MouseTraits& traits);
     ~WiredMouse() override;
 
     void sayGoodbye() override;
 
-protected:
-    MouseModes modes{link};
-    MouseBank bank{link};
-    WheelTilt wheel{link};
-    DpiOrder order{link};
-
-public:
     MouseProfiles profiles{link, modes, row};
-    MouseMacros macros{link, modes, wheel, closed};
-    ButtonMap buttonMap{link, modes, bank, wheel, order, macros};
-    MouseCombo combo{modes, bank, buttonMap};
-    MousePerformance performance{link, modes, bank, order, row};
     SurfaceLearning learning{link, modes, performance};
-    MouseReset reset{link, modes, wheel, performance};
 
 private:
     void take(const Reply& reply);
