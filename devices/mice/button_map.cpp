@@ -6,11 +6,13 @@ namespace pyrux {
 
 namespace {
 
-namespace cmd {                                  // numbers are report bytes; a reply counts from 0
-constexpr Report setButton{0x51, 0x20};          // 3: address, 4: page, 5 and 6: code
-constexpr Report getButton{0x52, 0x20};          // 3: address, 4: page; reply 4 and 5: code
+// clang-format off
+namespace cmd { // numbers are report bytes; a reply counts from 0
+constexpr Report setButton   {0x51, 0x20};       // 3: address, 4: page, 5 and 6: code
+constexpr Report getButton   {0x52, 0x20};       // 3: address, 4: page; reply 4 and 5: code
 constexpr Report getComboCode{0x52, 0x20, 0xD8}; // reply 4 and 5: what the combo button does otherwise
 } // namespace cmd
+// clang-format on
 
 constexpr std::size_t addressedMatch = 4;    // a reply repeats address and page too
 constexpr std::uint8_t addressedButtons = 8; // those on the first page

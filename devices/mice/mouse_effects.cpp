@@ -7,15 +7,16 @@ namespace pyrux {
 
 namespace {
 
-namespace cmd {                             // numbers are report bytes; a reply counts from 0
-constexpr Report setEffectMode{0x51, 0x28}; // 5: mode
-// 5: mode, 6: speed, 7: direction, 10: brightness, 11 to 13: color
-constexpr Report setGeneralEffect{0x51, 0x2B};
-constexpr Report setCustomEffect{0x51, 0xA8};  // 5 to 10: colors
-constexpr Report getEffectMode{0x52, 0x28};    // reply 4: mode
+// clang-format off
+namespace cmd { // numbers are report bytes; a reply counts from 0
+constexpr Report setEffectMode   {0x51, 0x28}; // 5: mode
+constexpr Report setGeneralEffect{0x51, 0x2B}; // 5: mode, 6: speed, 7: direction, 10: brightness, 11 to 13: color
+constexpr Report setCustomEffect {0x51, 0xA8}; // 5 to 10: colors
+constexpr Report getEffectMode   {0x52, 0x28}; // reply 4: mode
 constexpr Report getGeneralEffect{0x52, 0x2B}; // 5: mode; reply 4 to 12 as written in 5 to 13
-constexpr Report getCustomEffect{0x52, 0xA8};  // reply 4 to 9: colors
+constexpr Report getCustomEffect {0x52, 0xA8}; // reply 4 to 9: colors
 } // namespace cmd
+// clang-format on
 
 /// How a mode keeps its speeds 1 to 5.
 struct SpeedTable {

@@ -8,12 +8,14 @@ namespace pyrux {
 
 namespace {
 
-namespace cmd {                          // numbers are report bytes
+// clang-format off
+namespace cmd { // numbers are report bytes
 constexpr Report hostDriven{0x41, 0x02}; // the host drives the lights
-constexpr Report allLeds{0xC0, 0x00};    // 5 to 7: color
-constexpr Report someLeds{0xC0, 0x01};   // 3: count, 5: index and color of each LED
-constexpr Report drive{0xC0, 0xF0, 0x00, 0x00, 0x01};
+constexpr Report allLeds   {0xC0, 0x00}; // 5 to 7: color
+constexpr Report someLeds  {0xC0, 0x01}; // 3: count, 5: index and color of each LED
+constexpr Report drive     {0xC0, 0xF0, 0x00, 0x00, 0x01};
 } // namespace cmd
+// clang-format on
 
 constexpr std::size_t bytesPerLed = 4; // in a frame
 constexpr std::uint8_t ledsPerFrame = 15;

@@ -10,14 +10,16 @@ namespace pyrux {
 
 namespace {
 
+// clang-format off
 namespace cmd { // numbers are report bytes; a reply counts from 0
 // 5: place of the current level, 6: enabled levels, 7 to 13: y by place, 14 to 20: x, 21 to 27: doubling
 // flags, 28: polling code, 29: options, 30 and 31: surface
 constexpr Report setPerformance{0x51, 0x40};
 constexpr Report getPerformance{0x52, 0x40}; // reply 4 to 30 as written in 5 to 31
-constexpr Report setF0{0x51, 0xF0};          // 5: settingF0
-constexpr Report getF0{0x52, 0xF0};          // reply 4: settingF0
+constexpr Report setF0         {0x51, 0xF0}; // 5: settingF0
+constexpr Report getF0         {0x52, 0xF0}; // reply 4: settingF0
 } // namespace cmd
+// clang-format on
 
 constexpr std::uint16_t singleDpiLimit = 16000; // levels above are stored halved
 constexpr std::uint8_t mostSpeed = 11;          // index of the system's fastest speed

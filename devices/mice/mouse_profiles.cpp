@@ -8,12 +8,14 @@ namespace pyrux {
 
 namespace {
 
-namespace cmd {                            // numbers are report bytes; a reply counts from 0
+// clang-format off
+namespace cmd { // numbers are report bytes; a reply counts from 0
 constexpr Report resetProfile{0x50, 0x10}; // 5: 0xFF for all profiles
-constexpr Report save{0x50, 0x55};
-constexpr Report setProfile{0x51, 0x00}; // 5: profile
-constexpr Report getProfile{0x52, 0x00}; // reply 4: profile
+constexpr Report save        {0x50, 0x55};
+constexpr Report setProfile  {0x51, 0x00}; // 5: profile
+constexpr Report getProfile  {0x52, 0x00}; // reply 4: profile
 } // namespace cmd
+// clang-format on
 
 constexpr std::uint8_t profiles = 5;
 

@@ -4,11 +4,13 @@ namespace pyrux {
 
 namespace {
 
-namespace cmd {                     // numbers are report bytes; a reply counts from 0
+// clang-format off
+namespace cmd { // numbers are report bytes; a reply counts from 0
 constexpr Report state{0x80, 0x00}; // reply 4: state
-constexpr Report stop{0x80, 0x01};
+constexpr Report stop {0x80, 0x01};
 constexpr Report start{0x80, 0x01, 0x00, 0x00, 0x01};
 } // namespace cmd
+// clang-format on
 
 } // namespace
 
