@@ -14,12 +14,14 @@ namespace pyrux {
 /// How mice and keyboards keep macros: numbered places, each with a place field, a name and up to 198 events
 /// of four bytes. Numbers are report bytes; a reply counts from 0.
 namespace macros {
-inline constexpr Report setPlace{0x51, 0x18};    // 3: macro, 5 and 6: place field
-inline constexpr Report setName{0x51, 0x19};     // 3: macro, from 5: name
-inline constexpr Report getPlace{0x52, 0x18};    // 3: macro; reply from 4: place field
-inline constexpr Report getName{0x52, 0x19};     // 3: macro; reply from 4: name
+// clang-format off
+inline constexpr Report setPlace   {0x51, 0x18}; // 3: macro, 5 and 6: place field
+inline constexpr Report setName    {0x51, 0x19}; // 3: macro, from 5: name
+inline constexpr Report getPlace   {0x52, 0x18}; // 3: macro; reply from 4: place field
+inline constexpr Report getName    {0x52, 0x19}; // 3: macro; reply from 4: name
 inline constexpr Report writeEvents{0x53, 0x00}; // 2: 1 after the first chunk, 3: count, from 5: events
-inline constexpr Report readEvents{0x53, 0x10};  // 2: 0x11 after the first chunk, 3: count; reply from 4
+inline constexpr Report readEvents {0x53, 0x10}; // 2: 0x11 after the first chunk, 3: count; reply from 4
+// clang-format on
 
 inline constexpr std::size_t numberedMatch = 3; ///< A reply repeats the macro or the count too.
 inline constexpr std::size_t mostEvents = 198;

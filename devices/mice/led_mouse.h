@@ -1,15 +1,16 @@
 #pragma once
 
+#include "devices/mice/mouse_effects.h"
+#include "devices/mice/mouse_frames.h"
 #include "devices/mice/mouse_host.h"
 #include "devices/mice/wired_mouse.h"
 #include "pyrux/led_mouse.h"
+#include "pyrux/lighting.h"
 
-#include <array>
 #include <atomic>
 #include <cstdint>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace pyrux {
@@ -25,52 +26,35 @@ struct LedMouseTraits {
 LedMouseTraits ledMouseTraits(const ModelRow& model, std::atomic<bool>& shift,
                               std::span<const std::uint8_t> effectModes);
 
-inline constexpr std::uint8_t customEffect = 176; ///< Effect mode of the colours of `setCustomEffect`.
-
-/// Effect modes of the first models, and of those that have one more.
-inline constexpr std::array<std::uint8_t, 6> firstEffectModes{0, 1, 2, 4, customEffect, 254};
-inline constexpr std::array<std::uint8_t, 7> laterEffectModes{0, 1, 2, 4, 5, customEffect, 254};
-
 /// The wired mouse with lights: effects that the device plays by itself, and frames of a host, which go
 /// through a queue.
 class LedMouse : public WiredMouse {
 public:
-    LedMouse(const std::string& path, const LedMouseTraits& traits);
+    LedMouse(const std::string& path, const LedMouseTraits& traits)
+        : WiredMouse(path, traits.mouse), effects(link, modes, traits.effectModes)
+    {
+    }
 
-    _error setLightingInit();
-    _error setLightingUninit();
-    _error setLightingPortColor(const LightingPortColor* color);
-    _error setSyncLightingData(const std::vector<LightingLedZone>& zones);
-    _error setLightingTurnOff();
+    _error setLightingInit() { return frames.setLightingInit(); }
+    _error setLightingUninit() { return frames.setLightingUninit(); }
+    _error setLightingPortColor(const LightingPortColor* color) { return frames.setLightingPortColor(color); }
+    _error setSyncLightingData(const std::vector<LightingLedZone>& zones)
+    {
+        return frames.setSyncLightingData(zones);
+    }
+    _error setLightingTurnOff() { return frames.setLightingTurnOff(); }
 
-    _error setEffectMode(std::uint8_t mode);
-    _error getEffectMode(std::uint8_t* mode);
-    _error setGeneralEffect(const MouseEffectRecord* effect);
-    _error getGeneralEffect(MouseEffectRecord* effect);
-    _error setCustomEffect(const std::uint8_t* colors);
-    _error getCustomEffect(std::uint8_t* colors);
+    MouseEffects effects;
 
 private:
-    bool hasMode(std::uint8_t mode) const;
-
-    const std::span<const std::uint8_t> effectModes;
+    MouseFrames frames{link};
 };
 
 /// The host operations of the wired mice with lights.
 template <class Device, class Interface>
-class LedMouseHost : public LitHost<MouseHost<Device, Interface>> {
+class LedMouseHost : public MouseEffectsHost<LitHost<MouseHost<Device, Interface>>> {
 public:
-    using LitHost<MouseHost<Device, Interface>>::LitHost;
-
-    _error setEffectMode(std::uint8_t mode) override { return FORWARD(setEffectMode(mode)); }
-    _error getEffectMode(std::uint8_t* mode) override { return FORWARD(getEffectMode(mode)); }
-    _error setGeneralEffect(const MouseEffectRecord* effect) override
-    {
-        return FORWARD(setGeneralEffect(effect));
-    }
-    _error getGeneralEffect(MouseEffectRecord* effect) override { return FORWARD(getGeneralEffect(effect)); }
-    _error setCustomEffect(const std::uint8_t* colors) override { return FORWARD(setCustomEffect(colors)); }
-    _error getCustomEffect(std::uint8_t* colors) override { return FORWARD(getCustomEffect(colors)); }
+    using MouseEffectsHost<LitHost<MouseHost<Device, Interface>>>::MouseEffectsHost;
 
 protected:
     ~LedMouseHost() = default;

@@ -7,22 +7,20 @@
 
 namespace pyrux {
 
-/// Also reads all macros at once, and can be asked whether it is there.
+/// Can be asked whether it is there; its host object also reads all macros at once.
 class RD110 : public LedMouse {
 public:
     static constexpr const ModelRow& model = modelRow("rd110");
     explicit RD110(const std::string& path);
 
     _error test();
-    _error getMacroAll(MouseMacroList* list);
 };
 
-class PYRUX_RD110 final : public LedMouseHost<RD110, PYRUX_RD110_Base> {
+class PYRUX_RD110 final : public MouseMacroListHost<LedMouseHost<RD110, PYRUX_RD110_Base>> {
 public:
-    using LedMouseHost::LedMouseHost;
+    using MouseMacroListHost::MouseMacroListHost;
 
     _error test() override { return FORWARD(test()); }
-    _error getMacroAll(MouseMacroList* list) override { return FORWARD(getMacroAll(list)); }
 };
 
 } // namespace pyrux

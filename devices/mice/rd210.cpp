@@ -27,13 +27,11 @@ constexpr std::array<DeviceEvent<NotifyRecord>, 2> events{{
 
 std::atomic<bool> shift{false};
 
-const MouseTraits rd210Traits{.model = RD210::model,
-                              .startUp = startUp,
-                              .events = events,
-                              .keyDownEvent = RD210_KEY_DOWN,
-                              .keyUpEvent = RD210_KEY_UP,
-                              .keyValues = wiredKeyValues,
-                              .shift = shift};
+const MouseTraits rd210Traits{
+    .model = RD210::model,
+    .startUp = startUp,
+    .events = events,
+    .keys = {.downEvent = RD210_KEY_DOWN, .upEvent = RD210_KEY_UP, .values = wiredKeyValues, .shift = shift}};
 
 } // namespace
 
