@@ -24,7 +24,7 @@ class Making {
 public:
     Making(Interface* (*factory)(const char*), const sim::Identity& identity, const char* silent,
            const char* first)
-        : device(std::make_shared<ScriptedMouse>(identity)), factory(factory)
+        : device(std::make_shared<ScriptedDevice>(identity)), factory(factory)
     {
         device->silence(silent);
         path = sim::plug(device);
@@ -40,7 +40,7 @@ public:
 
     bool stands() const { return host.wait_for(0s) == std::future_status::ready; }
 
-    std::shared_ptr<ScriptedMouse> device;
+    std::shared_ptr<ScriptedDevice> device;
     std::string path;
     std::future<Interface*> host;
 

@@ -50,7 +50,7 @@ struct GlowHubModel {
     }
     static constexpr int untouched = 0xEEEE;
 
-    static void prepare(ScriptedMouse& device)
+    static void prepare(ScriptedDevice& device)
     {
         device.answer("80 01 05", "80 01 05 03");
         device.answer("80 0B 01", "80 0B 03 01 00 00 02 FF");
@@ -85,7 +85,7 @@ struct GlowHub2Model {
     }
     static constexpr int untouched = 0xEEEEEE;
 
-    static void prepare(ScriptedMouse&) {}
+    static void prepare(ScriptedDevice&) {}
 };
 
 struct TintHubModel {
@@ -115,7 +115,7 @@ struct TintHubModel {
     }
     static constexpr int untouched = 0xEE;
 
-    static void prepare(ScriptedMouse&) {}
+    static void prepare(ScriptedDevice&) {}
 };
 
 struct PlayDockModel {
@@ -146,7 +146,7 @@ struct PlayDockModel {
     }
     static constexpr int untouched = 0xEEEE;
 
-    static void prepare(ScriptedMouse& device)
+    static void prepare(ScriptedDevice& device)
     {
         for (const char* command : {"80 01", "80 03", "80 04", "80 06", "80 11", "80 B0", "80 B1", "80 B6"})
             device.answer(command, std::string(command) + " 03");
@@ -183,9 +183,9 @@ sim::Identity hubIdentity()
 template <class Model>
 class HubOf : public OpenedMouse<typename Model::Interface> {
 public:
-    explicit HubOf(const std::function<void(ScriptedMouse&)>& prepare = {})
+    explicit HubOf(const std::function<void(ScriptedDevice&)>& prepare = {})
         : OpenedMouse<typename Model::Interface>(Model::factory, hubIdentity<Model>(),
-                                                 [&](ScriptedMouse& device) {
+                                                 [&](ScriptedDevice& device) {
                                                      device.silence("");
                                                      Model::prepare(device);
                                                      device.answer(Model::question, Model::answer);

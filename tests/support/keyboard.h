@@ -69,7 +69,7 @@ sim::Identity keyboardIdentity()
 template <class Model>
 class KeyboardOf : public OpenedMouse<typename Model::Interface> {
 public:
-    explicit KeyboardOf(const std::function<void(ScriptedMouse&)>& prepare = {})
+    explicit KeyboardOf(const std::function<void(ScriptedDevice&)>& prepare = {})
         : OpenedMouse<typename Model::Interface>(Model::factory, keyboardIdentity<Model>(), prepare)
     {
     }

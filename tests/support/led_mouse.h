@@ -71,7 +71,7 @@ sim::Identity identityOf()
 template <class Model>
 class LedMouseOf : public OpenedMouse<typename Model::Interface> {
 public:
-    explicit LedMouseOf(const std::function<void(ScriptedMouse&)>& prepare = {})
+    explicit LedMouseOf(const std::function<void(ScriptedDevice&)>& prepare = {})
         : OpenedMouse<typename Model::Interface>(Model::factory, identityOf<Model>(), prepare)
     {
     }

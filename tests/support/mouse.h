@@ -2,7 +2,7 @@
 
 #include "pyrux/pyrux.h"
 #include "simulator/bus.h"
-#include "tests/support/scripted_mouse.h"
+#include "tests/support/scripted_device.h"
 #include "tests/support/timing.h"
 
 #include <gtest/gtest.h>
@@ -27,8 +27,8 @@ template <class Interface>
 class OpenedMouse {
 public:
     OpenedMouse(Interface* (*factory)(const char*), const sim::Identity& identity,
-                const std::function<void(ScriptedMouse&)>& prepare = {})
-        : device(std::make_shared<ScriptedMouse>(identity))
+                const std::function<void(ScriptedDevice&)>& prepare = {})
+        : device(std::make_shared<ScriptedDevice>(identity))
     {
         if (prepare)
             prepare(*device);
@@ -59,7 +59,7 @@ public:
 
     Interface* operator->() const { return host; }
 
-    std::shared_ptr<ScriptedMouse> device;
+    std::shared_ptr<ScriptedDevice> device;
     std::string path;
     Interface* host = nullptr;
 };
@@ -67,11 +67,11 @@ public:
 /// RD210.
 class Mouse : public OpenedMouse<PYRUX_RD210_Base> {
 public:
-    explicit Mouse(const std::function<void(ScriptedMouse&)>& prepare = {}) : Mouse(rd210Identity(), prepare)
+    explicit Mouse(const std::function<void(ScriptedDevice&)>& prepare = {}) : Mouse(rd210Identity(), prepare)
     {
     }
 
-    explicit Mouse(const sim::Identity& identity, const std::function<void(ScriptedMouse&)>& prepare = {})
+    explicit Mouse(const sim::Identity& identity, const std::function<void(ScriptedDevice&)>& prepare = {})
         : OpenedMouse(rd210, identity, prepare)
     {
     }

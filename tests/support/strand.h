@@ -1,7 +1,7 @@
 #pragma once
 
 #include "pyrux/pyrux.h"
-#include "tests/support/scripted_mouse.h"
+#include "tests/support/scripted_device.h"
 
 #include <cstdint>
 #include <string>
@@ -31,7 +31,7 @@ struct StrandModel {
         return result;
     }
 
-    static void prepare(ScriptedMouse& device)
+    static void prepare(ScriptedDevice& device)
     {
         for (const char* command :
              {"03", "04", "06", "07", "08", "0A", "0B", "0D", "10", "11", "B0", "B1", "B2", "B5", "B6", "C0"})

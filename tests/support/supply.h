@@ -61,7 +61,7 @@ class SupplyOf : public OpenedMouse<typename Model::Interface> {
 public:
     SupplyOf()
         : OpenedMouse<typename Model::Interface>(Model::factory, supplyIdentity<Model>(),
-                                                 [](ScriptedMouse& device) {
+                                                 [](ScriptedDevice& device) {
                                                      device.silence("");
                                                      device.answer(ascii("[OQ]"), ascii("[O1]"));
                                                  })

@@ -53,7 +53,7 @@ private:
 
 TEST(Factory, logsWhatItDoes)
 {
-    auto device = std::make_shared<ScriptedMouse>();
+    auto device = std::make_shared<ScriptedDevice>();
     const std::string path = sim::plug(device);
     PYRUX_RD210_Base* host = nullptr;
     EXPECT_EQ(debugLinesOf([&] { host = rd210(path.c_str()); }),
@@ -125,7 +125,7 @@ TEST(Factory, opensNothingOfAnotherKind)
 TEST(Factory, makesOneObjectForTwoThreads)
 {
     for (int round = 0; round < 10; ++round) {
-        auto device = std::make_shared<ScriptedMouse>();
+        auto device = std::make_shared<ScriptedDevice>();
         const std::string path = sim::plug(device);
         std::array<std::future<PYRUX_RD210_Base*>, 4> made;
         Gate go;
@@ -194,7 +194,7 @@ TEST(Factory, findsAReceiverByBothSpellings)
     EXPECT_EQ(rd210((plain.path + "&ISDONGLE").c_str()), plain.host);
     EXPECT_EQ(rd210(plain.path.c_str()), plain.host);
 
-    auto device = std::make_shared<ScriptedMouse>(receiver());
+    auto device = std::make_shared<ScriptedDevice>(receiver());
     const std::string path = sim::plug(device);
     PYRUX_RD210_Base* marked = rd210((path + "&ISDONGLE").c_str());
     ASSERT_NE(marked, nullptr);
@@ -207,7 +207,7 @@ TEST(Factory, findsAReceiverByBothSpellings)
 
 TEST(Factory, opensAReceiverWithoutTheMarkInAnyCase)
 {
-    auto device = std::make_shared<ScriptedMouse>(receiver());
+    auto device = std::make_shared<ScriptedDevice>(receiver());
     const std::string path = sim::plug(device);
     PYRUX_RD210_Base* host = rd210((path + "&isDongle").c_str());
     ASSERT_NE(host, nullptr);

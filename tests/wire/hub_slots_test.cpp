@@ -363,7 +363,7 @@ std::vector<Slot> slotsOf<StrandHubV2Model>()
 }
 
 /// Replies of a strand controller with bytes of their own.
-void answerStrand(ScriptedMouse& device)
+void answerStrand(ScriptedDevice& device)
 {
     const std::string strandEffect = " 03 02 08 07 04 1A 21 22 23 1B";
     device.answer("80 03 01 02 08", "80 03" + strandEffect);
@@ -389,7 +389,7 @@ void answerStrand(ScriptedMouse& device)
 }
 
 /// Replies of the others.
-void answerOthers(ScriptedMouse& device)
+void answerOthers(ScriptedDevice& device)
 {
     device.answer("80 0A 01", "80 0A 03 05 06 07 08 09 0A");
     device.answer("80 0A 02", "80 0A 03");
@@ -410,7 +410,7 @@ void answerOthers(ScriptedMouse& device)
 }
 
 template <class Model>
-void answerAll(ScriptedMouse& device)
+void answerAll(ScriptedDevice& device)
 {
     if (std::is_base_of_v<StrandModel, Model>)
         answerStrand(device);
@@ -526,7 +526,7 @@ TYPED_TEST(HubSlots, belongToOneObjectForAPath)
 {
     const std::string tag = std::string("[PYRUX][") + TypeParam::tag + "]";
     const std::string factory = tag + "PYRUX::" + TypeParam::exportName + ", #";
-    const auto device = std::make_shared<ScriptedMouse>(hubIdentity<TypeParam>());
+    const auto device = std::make_shared<ScriptedDevice>(hubIdentity<TypeParam>());
     device->silence("");
     TypeParam::prepare(*device);
     const std::string path = sim::plug(device);

@@ -214,11 +214,11 @@ TYPED_TEST(LedMouseEffects, needTheirRecords)
 
 // Replies that do not come. A reply that does not begin as asked for is none.
 
-using Silent = std::function<void(ScriptedMouse&)>;
+using Silent = std::function<void(ScriptedDevice&)>;
 
 Silent without(const char* command)
 {
-    return [command](ScriptedMouse& device) { device.silence(command); };
+    return [command](ScriptedDevice& device) { device.silence(command); };
 }
 
 WAITING_TEST(LedMouseMissingReply, ofTheFirstCommandIsPassedOver)
@@ -259,7 +259,7 @@ WAITING_TEST(LedMouseMissingReply, ofTheColorsLeavesTheModeAlone)
 
 WAITING_TEST(LedMouseMissingReply, leavesTheOutputsAsTheyWere)
 {
-    LedMouseOf<RD110Model> mouse([](ScriptedMouse& device) {
+    LedMouseOf<RD110Model> mouse([](ScriptedDevice& device) {
         device.silence("52 28");
         device.answer("52 2B", "52 2C 00 00 01 3C");
         device.answer("52 A8", "51 A8 00 00 01 02 03");

@@ -46,7 +46,7 @@ TYPED_TEST_SUITE(LedMouseEvents, LedMouseModels, LedMouseModelName);
 
 TYPED_TEST(LedMouseEvents, areAskedForAtTheStart)
 {
-    const auto device = std::make_shared<ScriptedMouse>(identityOf<TypeParam>());
+    const auto device = std::make_shared<ScriptedDevice>(identityOf<TypeParam>());
     device->silence("42"); // of which no reply is waited for
     const std::string path = sim::plug(device);
     auto* const host = TypeParam::factory(path.c_str());

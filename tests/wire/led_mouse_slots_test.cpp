@@ -174,7 +174,7 @@ ByteVector recordFor(std::size_t number)
     return record;
 }
 
-void prepare(ScriptedMouse& device, const Slot& slot)
+void prepare(ScriptedDevice& device, const Slot& slot)
 {
     device.answer("52 10", "52 10 00 00 00 00 00 00 00 00 00 00 FF");
     device.answer("52 22", "52 22 00 00 10 10");

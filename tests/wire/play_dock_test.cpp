@@ -140,7 +140,7 @@ WAITING_TEST(PlayDockMissingReply, failsEveryRequest)
     std::vector<std::function<void()>> scenarios;
     for (const Request& request : requests())
         scenarios.emplace_back([request] {
-            HubOf<PlayDockModel> dock([](ScriptedMouse& device) { device.silence("80 01"); });
+            HubOf<PlayDockModel> dock([](ScriptedDevice& device) { device.silence("80 01"); });
             dock.device->silence(request.sent);
             EXPECT_EQ(request.call(dock.host), E_INVALID_GET) << request.name;
             EXPECT_EQ(reports(dock.written(1 + request.queued)).size(), 1 + request.queued) << request.name;

@@ -81,7 +81,7 @@ TYPED_TEST(PsuSettings, tellTheVersion)
 TYPED_TEST(PsuSettings, sendNothingAtTheBeginningAndTheEnd)
 {
     const int handles = sim::openHandles();
-    const auto device = std::make_shared<ScriptedMouse>(supplyIdentity<TypeParam>());
+    const auto device = std::make_shared<ScriptedDevice>(supplyIdentity<TypeParam>());
     const std::string path = sim::plug(device);
     auto* const host = TypeParam::factory(path.c_str());
     ASSERT_NE(host, nullptr);

@@ -176,7 +176,7 @@ TYPED_TEST(KeyboardEffects, areChosen)
 
 TYPED_TEST(KeyboardEffects, areCurrentFromTheStartAsTheDeviceTells)
 {
-    KeyboardOf<TypeParam> other([](ScriptedMouse& device) { device.answer("52 28", "52 28 00 00 0C"); });
+    KeyboardOf<TypeParam> other([](ScriptedDevice& device) { device.answer("52 28", "52 28 00 00 0C"); });
     other.device->answer("52 28", "52 28 00 00 FF");
     std::uint8_t id = 0xEE;
     EXPECT_EQ(other->getEffectMode(&id), E_OK);

@@ -168,7 +168,7 @@ TYPED_TEST(KeyboardMacro, isWrittenEventByEvent)
 }
 
 /// Lays a macro into place 5 of a device.
-void holdMacro(ScriptedMouse& device, const char* field, int count)
+void holdMacro(ScriptedDevice& device, const char* field, int count)
 {
     std::string all = events(0, count) + endMark;
     device.answer("52 18 05", std::string("52 18 05 77 ") + field);

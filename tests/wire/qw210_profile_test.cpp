@@ -28,7 +28,7 @@ std::string readOf(Keyboard& keyboard)
 
 TYPED_TEST(KeyboardProfile, isReadWithItsEffectsAtTheStart)
 {
-    const auto device = std::make_shared<ScriptedMouse>(keyboardIdentity<TypeParam>());
+    const auto device = std::make_shared<ScriptedDevice>(keyboardIdentity<TypeParam>());
     device->silence("42"); // of which no reply is waited for
     const std::string path = sim::plug(device);
     auto* const host = TypeParam::factory(path.c_str());
@@ -50,7 +50,7 @@ TYPED_TEST(KeyboardProfile, isLeftWithoutAWordWhenTheDeviceHasGone)
 TYPED_TEST(KeyboardProfile, isNotThereWithoutADevice)
 {
     EXPECT_EQ(TypeParam::factory(""), nullptr);
-    const auto device = std::make_shared<ScriptedMouse>(keyboardIdentity<TypeParam>());
+    const auto device = std::make_shared<ScriptedDevice>(keyboardIdentity<TypeParam>());
     const std::string path = sim::plug(device);
     sim::unplug(path);
     const Lines lines = debugLinesOf([&] { EXPECT_EQ(TypeParam::factory(path.c_str()), nullptr); });

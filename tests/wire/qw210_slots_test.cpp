@@ -198,7 +198,7 @@ ByteVector recordFor(std::size_t number)
     return record;
 }
 
-void prepare(ScriptedMouse& device)
+void prepare(ScriptedDevice& device)
 {
     for (const std::string& read : reports(eachOf("52 18", 20)))
         device.answer(read, read + " 00 FF 3F");

@@ -13,7 +13,7 @@ constexpr const char* bank = "52 10 00 00 00 00 00 00 00 00 00 00 FF 00 00 00 07
 
 TEST(RD210Start, tellsTheDeviceThatTheHostIsThere)
 {
-    auto device = std::make_shared<ScriptedMouse>();
+    auto device = std::make_shared<ScriptedDevice>();
     const std::string path = sim::plug(device);
     PYRUX_RD210_Base* host = rd210(path.c_str());
     ASSERT_NE(host, nullptr);
@@ -24,7 +24,7 @@ TEST(RD210Start, tellsTheDeviceThatTheHostIsThere)
 
 TEST(RD210Start, waitsForNoReplyButTheLast)
 {
-    auto device = std::make_shared<ScriptedMouse>();
+    auto device = std::make_shared<ScriptedDevice>();
     device->silence("42");
     const std::string path = sim::plug(device);
     PYRUX_RD210_Base* host = nullptr;
