@@ -6,6 +6,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
@@ -55,5 +56,8 @@ private:
     std::map<ByteVector, std::deque<std::string>> rules;
     std::vector<ByteVector> received;
 };
+
+/// Lays down a device's answers.
+using Prepare = std::function<void(ScriptedDevice&)>;
 
 } // namespace pyrux::test

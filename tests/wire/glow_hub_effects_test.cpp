@@ -268,7 +268,7 @@ TEST_F(GlowHubEffects, needTheirRecords)
 
 TEST(GlowHubStart, readsTheEffectOfPortOne)
 {
-    const auto device = std::make_shared<ScriptedDevice>(hubIdentity<GlowHubModel>());
+    const auto device = std::make_shared<ScriptedDevice>(identityOf<GlowHubModel>());
     device->silence("");
     device->answer("80 01 05", "80 01 05 03 00 01");
     const std::string path = sim::plug(device);

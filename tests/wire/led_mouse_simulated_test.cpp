@@ -60,7 +60,7 @@ protected:
     std::string path;
     typename Model::Interface* host;
 };
-TYPED_TEST_SUITE(SimulatedLedMouse, LedMouseModels, LedMouseModelName);
+TYPED_TEST_SUITE(SimulatedLedMouse, LedMouseModels, ModelName);
 
 TYPED_TEST(SimulatedLedMouse, keepsItsEffects)
 {

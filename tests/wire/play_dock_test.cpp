@@ -115,10 +115,10 @@ TEST_F(PlayDock, tellsOfARefusal)
         forgetDebugOutput();
         EXPECT_EQ(request.call(dock.host), E_INVALID_GET) << request.name;
         const std::string name = request.name;
-        EXPECT_EQ(debugLines(), (Lines{hubLine<PlayDockModel>(name + ", #"),
+        EXPECT_EQ(debugLines(), (Lines{hostLine<PlayDockModel>(name + ", #"),
                                        // "error code = 201"; a number behind a comma is shown as "#"
-                                       hubLine<PlayDockModel>(name + ", error code = 201"),
-                                       hubLine<PlayDockModel>(name + ", ret = -3")}))
+                                       hostLine<PlayDockModel>(name + ", error code = 201"),
+                                       hostLine<PlayDockModel>(name + ", ret = -3")}))
             << name;
         dock.written(1 + request.queued);
     }

@@ -33,7 +33,7 @@ protected:
         return textOf(record);
     }
 };
-TYPED_TEST_SUITE(KeyboardEffects, KeyboardModels, KeyboardModelName);
+TYPED_TEST_SUITE(KeyboardEffects, KeyboardModels, ModelName);
 
 constexpr const char* general = "88 88 88 88";
 

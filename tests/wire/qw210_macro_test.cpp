@@ -13,7 +13,7 @@ namespace {
 template <class Model>
 class KeyboardMacro : public KeyboardTest<Model> {
 };
-TYPED_TEST_SUITE(KeyboardMacro, KeyboardModels, KeyboardModelName);
+TYPED_TEST_SUITE(KeyboardMacro, KeyboardModels, ModelName);
 
 constexpr const char* nameBytes = "4D 61 63 72 6F 20 35 00 AA BB CC DD EE FF 01 02";
 

@@ -19,7 +19,7 @@ namespace {
 template <class Model>
 class KeyboardMemory : public testing::Test {
 };
-TYPED_TEST_SUITE(KeyboardMemory, KeyboardModels, KeyboardModelName);
+TYPED_TEST_SUITE(KeyboardMemory, KeyboardModels, ModelName);
 
 /// An effect memory that is put together piece by piece.
 class Memory {
@@ -283,7 +283,7 @@ TYPED_TEST(KeyboardMemory, thatIsEmptyLacksTheRainEffect)
 {
     forgetDebugOutput();
     KeyboardOf<TypeParam> keyboard;
-    EXPECT_EQ(std::ranges::count(debugLines(), std::string(TypeParam::tag) + "RAIN effect not found"), 1);
+    EXPECT_EQ(std::ranges::count(debugLines(), ownLine<TypeParam>("RAIN effect not found")), 1);
     for (std::uint8_t i = 0; i < 17; ++i)
         if (i != 4 && i != 10) {
             EXPECT_EQ(copyOf(keyboard, i), times(12, "00")) << int(i);
@@ -306,7 +306,7 @@ TYPED_TEST(KeyboardMemory, withoutTheRainEffectKeepsTheOthers)
         holdImage(device, TypeParam::changedImage);
         device.answer("56 14 11", "56 14 11");
     });
-    EXPECT_EQ(std::ranges::count(debugLines(), std::string(TypeParam::tag) + "RAIN effect not found"), 1);
+    EXPECT_EQ(std::ranges::count(debugLines(), ownLine<TypeParam>("RAIN effect not found")), 1);
     EXPECT_EQ(copyOf(keyboard, 3), "03 13 23 33 04 00 A3 01 43 53 63 73");
     EXPECT_EQ(copyOf(keyboard, 10), "0A FF FF FF 01 00 AA 00 4A 5A 6A 7A");
     EXPECT_EQ(copyOf(keyboard, 17), "11 FF FF FF 03 00 FF 00 00 00 00 FF");
@@ -332,7 +332,7 @@ TYPED_TEST(KeyboardMemory, withTheRainEffectHasNothingChanged)
     Memory memory;
     memory.effect(17, {background, rain});
     KeyboardOf<TypeParam> keyboard([&](ScriptedDevice& device) { memory.hold(device); });
-    EXPECT_EQ(std::ranges::count(debugLines(), std::string(TypeParam::tag) + "RAIN effect not found"), 0);
+    EXPECT_EQ(std::ranges::count(debugLines(), ownLine<TypeParam>("RAIN effect not found")), 0);
     EXPECT_EQ(copyOf(keyboard, 17), "11 11 22 33 03 00 80 00 44 55 66 77");
     EXPECT_EQ(copyOf(keyboard, 10), times(12, "00"));
 }

@@ -285,7 +285,7 @@ WAITING_TEST(KeyboardMissingReply, makesTheNextCallReadAgain)
 
 WAITING_TEST(KeyboardMissingReply, doesNotKeepAnObjectFromBeingMade)
 {
-    const auto device = std::make_shared<ScriptedDevice>(keyboardIdentity<QW210Model>());
+    const auto device = std::make_shared<ScriptedDevice>(identityOf<QW210Model>());
     device->silence("56 14 03");
     device->silence("43");
     const std::string path = sim::plug(device);

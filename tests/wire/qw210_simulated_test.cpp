@@ -67,7 +67,7 @@ protected:
     std::string path;
     typename Model::Interface* host = nullptr;
 };
-TYPED_TEST_SUITE(SimulatedKeyboard, KeyboardModels, KeyboardModelName);
+TYPED_TEST_SUITE(SimulatedKeyboard, KeyboardModels, ModelName);
 
 TYPED_TEST(SimulatedKeyboard, isAskedForItsReportsOnce)
 {

@@ -11,7 +11,7 @@
 namespace pyrux::test {
 namespace {
 
-using RD110 = LedMouseOf<RD110Model>;
+using RD110 = Opened<RD110Model>;
 
 /// No button has a macro, but for those that a test adds.
 void withoutMacros(ScriptedDevice& device)

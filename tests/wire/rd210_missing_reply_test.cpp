@@ -454,7 +454,7 @@ TEST(RD210MissingReply, doesNotKeepAnObjectFromBeingMade)
     EXPECT_GE(time, 1990);
     EXPECT_LT(time, 3900);
     EXPECT_EQ(host->changeProfileId(1), E_OK);
-    EXPECT_EQ(takeWritten(path), wire(joined({startUp, "41 80 | 51 00 00 00 01"})));
+    EXPECT_EQ(takeWritten(path), wire(joined({RD210Model::facts().opening, "41 80 | 51 00 00 00 01"})));
     host->exit_device(1);
 }
 

@@ -63,7 +63,7 @@ protected:
     std::string path;
     typename Model::Interface* host;
 };
-TYPED_TEST_SUITE(SimulatedStrand, StrandModels, HubModelName);
+TYPED_TEST_SUITE(SimulatedStrand, StrandModels, ModelName);
 
 TYPED_TEST(SimulatedStrand, keepsTheEffectOfEachPlace)
 {
