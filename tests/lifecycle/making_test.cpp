@@ -24,7 +24,7 @@ class Making {
 public:
     Making(Interface* (*factory)(const char*), const sim::Identity& identity, const char* silent,
            const char* first)
-        : device(std::make_shared<ScriptedMouse>(identity)), factory(factory)
+        : device(std::make_shared<ScriptedDevice>(identity)), factory(factory)
     {
         device->silence(silent);
         path = sim::plug(device);
@@ -40,7 +40,7 @@ public:
 
     bool stands() const { return host.wait_for(0s) == std::future_status::ready; }
 
-    std::shared_ptr<ScriptedMouse> device;
+    std::shared_ptr<ScriptedDevice> device;
     std::string path;
     std::future<Interface*> host;
 
@@ -50,7 +50,7 @@ private:
 
 /// A keyboard that answers nothing takes about 18 s.
 struct SilentKeyboard : Making<PYRUX_QW210_Base> {
-    SilentKeyboard() : Making(qw210, keyboardIdentity<QW210Model>(), "", "41 01") {}
+    SilentKeyboard() : Making(qw210, identityOf<QW210Model>(), "", "41 01") {}
 };
 
 /// A mouse that does not say hello takes 2 s.
@@ -77,7 +77,7 @@ ISOLATED_TEST(Making, givesAllCallersOneObject)
     PYRUX_RD210_Base* const host = mouse.host.get();
     ASSERT_NE(host, nullptr);
     EXPECT_EQ(second.get(), host);
-    EXPECT_EQ(takeWritten(mouse.path), wire(startUp)); // once
+    EXPECT_EQ(takeWritten(mouse.path), wire(RD210Model::facts().opening)); // once
 }
 
 ISOLATED_TEST(Making, doesNotHoldTheEndOfTheLibrary)

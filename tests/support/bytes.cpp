@@ -76,4 +76,26 @@ std::string joined(const std::vector<std::string>& pieces)
     return text;
 }
 
+std::string hexByte(int value)
+{
+    const auto byte = std::uint8_t(value);
+    return hex({&byte, 1});
+}
+
+std::string times(std::size_t count, const std::string& bytes)
+{
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i)
+        text += (i == 0 ? "" : " ") + bytes;
+    return text;
+}
+
+std::string counting(int first, std::size_t count)
+{
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i)
+        text += (i == 0 ? "" : " ") + hexByte(first + int(i));
+    return text;
+}
+
 } // namespace pyrux::test

@@ -34,4 +34,13 @@ std::string wire(std::string_view text);
 /// Pieces joined by " | "; empty ones are left out.
 std::string joined(const std::vector<std::string>& pieces);
 
+/// A byte as text.
+std::string hexByte(int value);
+
+/// The same bytes again and again: "01 02 03" three times.
+std::string times(std::size_t count, const std::string& bytes);
+
+/// Bytes that count up from `first`, wrapping around.
+std::string counting(int first, std::size_t count);
+
 } // namespace pyrux::test

@@ -1,6 +1,6 @@
 #include "tests/support/fake_clock.h"
 
-#include "tests/support/scripted_mouse.h"
+#include "tests/support/scripted_device.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "tests/support/mouse.h"
-#include "tests/support/strand.h"
 #include "tests/support/waiting_test.h"
 
 #include <gtest/gtest.h>
@@ -21,57 +20,32 @@
 
 namespace pyrux::test {
 
-struct GlowHubModel {
-    using Interface = PYRUX_GLOW_Base;
-    using Notify = ArgbEffectNotify;
-    static constexpr auto factory = &glow_hub;
-    static constexpr const char* exportName = "glow_hub";
-    static constexpr const char* name = "PYRUX_GLOW";
-    static constexpr const char* tag = "GLOWHUB";
-    static constexpr const char* exitText = "exit devie GLOW HUB by probe";
-    static constexpr const char* readerText = "Glow hub USB fail";
-    static constexpr std::uint16_t pid = 0x1011;
-    static constexpr int interface = 0;
-    static constexpr std::size_t slots = 29;
-    static constexpr int replyMs = 1000;
-    static constexpr const char* opening = "80 01 05 03 | 80 0B 01 01"; ///< What a fresh device is told.
-    static constexpr const char* goodbye = "";
+// An operation that waits for one reply: what it sends, the reply, what comes out of it and when it is
+// missing.
 
-    // An operation that waits for one reply: what it sends, the reply, and what comes out of it.
-    static constexpr const char* question = "80 14 01";
-    static constexpr const char* answer = "80 14 03 34 12";
+struct AsksForVersion {
+    static constexpr int replyMs = 1000;
     static constexpr int value = 0x1234;
-    static _error ask(Interface* host, int& value)
+    static constexpr int untouched = 0xEEEE;
+    template <class Host>
+    static _error ask(Host* host, int& value)
     {
         std::uint16_t version = 0xEEEE;
         const _error result = host->getVersion(&version);
         value = version;
         return result;
     }
-    static constexpr int untouched = 0xEEEE;
-
-    static void prepare(ScriptedMouse& device)
-    {
-        device.answer("80 01 05", "80 01 05 03");
-        device.answer("80 0B 01", "80 0B 03 01 00 00 02 FF");
-    }
 };
 
-struct GlowHub2Model {
-    using Interface = PYRUX_GLOW2_Base;
+struct GlowHubModel : ModelOf<&glow_hub>, AsksForVersion {
+    using Notify = ArgbEffectNotify;
+    static constexpr const char* question = "80 14 01";
+    static constexpr const char* answer = "80 14 03 34 12";
+};
+
+struct GlowHub2Model : ModelOf<&glow2> {
     using Notify = GlowHub2Notify;
-    static constexpr auto factory = &glow2;
-    static constexpr const char* exportName = "glow2";
-    static constexpr const char* name = "PYRUX_GLOW2";
-    static constexpr const char* tag = "GLOWHUB2";
-    static constexpr const char* exitText = "exit devie GLOW HUB II by probe";
-    static constexpr const char* readerText = "GLOW HUB II USB fail";
-    static constexpr std::uint16_t pid = 0x1007;
-    static constexpr int interface = 0;
-    static constexpr std::size_t slots = 19;
     static constexpr int replyMs = 1000;
-    static constexpr const char* opening = "80 16 02 04";
-    static constexpr const char* goodbye = "80 16 02 04";
 
     static constexpr const char* question = "80 11 01";
     static constexpr const char* answer = "80 11 03 34 12 56";
@@ -84,24 +58,10 @@ struct GlowHub2Model {
         return result;
     }
     static constexpr int untouched = 0xEEEEEE;
-
-    static void prepare(ScriptedMouse&) {}
 };
 
-struct TintHubModel {
-    using Interface = PYRUX_TINT_Base;
-    static constexpr auto factory = &tint_hub;
-    static constexpr const char* exportName = "tint_hub";
-    static constexpr const char* name = "PYRUX_TINT";
-    static constexpr const char* tag = "TINTHUB";
-    static constexpr const char* exitText = "exit devie TINT HUB by probe";
-    static constexpr const char* readerText = "TINT HUB USB fail";
-    static constexpr std::uint16_t pid = 0x004F;
-    static constexpr int interface = 1;
-    static constexpr std::size_t slots = 12;
+struct TintHubModel : ModelOf<&tint_hub> {
     static constexpr int replyMs = 1500;
-    static constexpr const char* opening = "";
-    static constexpr const char* goodbye = "41 00";
 
     static constexpr const char* question = "52 28";
     static constexpr const char* answer = "52 28 77 03";
@@ -114,84 +74,38 @@ struct TintHubModel {
         return result;
     }
     static constexpr int untouched = 0xEE;
-
-    static void prepare(ScriptedMouse&) {}
 };
 
-struct PlayDockModel {
-    using Interface = PYRUX_PLAY_DOCK_Base;
+struct PlayDockModel : ModelOf<&playdock>, AsksForVersion {
     using Notify = PlayDockNotify;
-    static constexpr auto factory = &playdock;
-    static constexpr const char* exportName = "playdock";
-    static constexpr const char* name = "PYRUX_PLAY_DOCK";
-    static constexpr const char* tag = "PLAY_DOCK";
-    static constexpr const char* exitText = "exit devie PLAY DOCK by probe";
-    static constexpr const char* readerText = "play dock USB fail";
-    static constexpr std::uint16_t pid = 0x0153;
-    static constexpr int interface = 0;
-    static constexpr std::size_t slots = 19;
-    static constexpr int replyMs = 1000;
-    static constexpr const char* opening = "";
-    static constexpr const char* goodbye = "";
-
     static constexpr const char* question = "80 B4 01";
     static constexpr const char* answer = "80 B4 03 34 12";
-    static constexpr int value = 0x1234;
-    static _error ask(Interface* host, int& value)
-    {
-        std::uint16_t version = 0xEEEE;
-        const _error result = host->getVersion(&version);
-        value = version;
-        return result;
-    }
-    static constexpr int untouched = 0xEEEE;
-
-    static void prepare(ScriptedMouse& device)
-    {
-        for (const char* command : {"80 01", "80 03", "80 04", "80 06", "80 11", "80 B0", "80 B1", "80 B6"})
-            device.answer(command, std::string(command) + " 03");
-    }
 };
+
+/// What both strand controllers have in common: everything but their rows.
+struct StrandModel : AsksForVersion {
+    static constexpr const char* question = "80 B4 01";
+    static constexpr const char* answer = "80 B4 03 34 12";
+};
+struct StrandHubModel : ModelOf<&strandhub>, StrandModel {};
+struct StrandHubV2Model : ModelOf<&strandhubv2>, StrandModel {};
 
 using HubModels = testing::Types<GlowHubModel, GlowHub2Model, TintHubModel, PlayDockModel, StrandHubModel,
                                  StrandHubV2Model>;
 using StrandModels = testing::Types<StrandHubModel, StrandHubV2Model>;
 using NotifyingHubModels = testing::Types<GlowHubModel, GlowHub2Model, PlayDockModel>;
 
-struct HubModelName {
-    template <class Model>
-    static std::string GetName(int)
-    {
-        return Model::tag;
-    }
-};
-
-template <class Model>
-sim::Identity hubIdentity()
-{
-    sim::Identity identity;
-    identity.pid = Model::pid;
-    identity.product = Model::tag;
-    identity.collections = {{.interface = Model::interface},
-                            {.interface = 1 - Model::interface, .usagePage = 0xFF01}};
-    identity.controlInterface = Model::interface;
-    return identity;
-}
-
-/// A scripted controller that is opened, its opening behind it. It answers what the opening asks, and what
+/// A scripted controller that is opened, its opening over. It answers the model's question too, and what
 /// the test lays down; all else is met with silence.
 template <class Model>
-class HubOf : public OpenedMouse<typename Model::Interface> {
+class HubOf : public Opened<Model> {
 public:
-    explicit HubOf(const std::function<void(ScriptedMouse&)>& prepare = {})
-        : OpenedMouse<typename Model::Interface>(Model::factory, hubIdentity<Model>(),
-                                                 [&](ScriptedMouse& device) {
-                                                     device.silence("");
-                                                     Model::prepare(device);
-                                                     device.answer(Model::question, Model::answer);
-                                                     if (prepare)
-                                                         prepare(device);
-                                                 })
+    explicit HubOf(const Prepare& prepare = {})
+        : Opened<Model>([&](ScriptedDevice& device) {
+              device.answer(Model::question, Model::answer);
+              if (prepare)
+                  prepare(device);
+          })
     {
     }
 
@@ -230,21 +144,10 @@ template <class... Models, class Scenario>
 void forModels(testing::Types<Models...>, Scenario scenario)
 {
     together({[&] {
-        SCOPED_TRACE(Models::tag);
+        SCOPED_TRACE(Models::facts().factoryName);
         scenario.template operator()<Models>();
     }...});
 }
-
-/// A log line of a model's host object.
-template <class Model>
-std::string hubLine(const std::string& text)
-{
-    return std::string("[PYRUX][") + Model::tag + "]PYRUX::" + Model::name + "::" + text;
-}
-
-/// Lanes drain in order once the queue is at work, but the first one that gets something may go out first:
-/// puts the groups of a text into order. A group is one report, or the reports 00, 01 and 82 of a port.
-std::string sortedGroups(const std::string& text);
 
 /// Collects what a notification callback is given that takes its record by value.
 template <class Record>
@@ -296,18 +199,5 @@ Record recordOf(const std::string& text)
     std::copy(given.begin(), given.end(), reinterpret_cast<std::uint8_t*>(&record));
     return record;
 }
-
-/// A byte as text.
-inline std::string hexByte(int value)
-{
-    const auto byte = std::uint8_t(value);
-    return hex({&byte, 1});
-}
-
-/// The same bytes again and again: "01 02 03" three times.
-std::string times(std::size_t count, const std::string& bytes);
-
-/// Bytes that count up from `first`, wrapping around.
-std::string counting(int first, std::size_t count);
 
 } // namespace pyrux::test

@@ -15,12 +15,6 @@ std::string eachOf(const char* command, std::size_t count)
     return joined(pieces);
 }
 
-std::string keyboardStartUp()
-{
-    return wire(joined({"41 01 | 41 00", reloading(),
-                        "42 00 00 00 01 00 00 01 | 42 10 00 00 01 00 00 01 | 43 00 00 00 01"}));
-}
-
 std::string reloading()
 {
     return wire(joined({readingOfImage(), "41 80 | 52 28"}));
@@ -41,14 +35,6 @@ std::string previewOf(std::uint8_t effect, std::uint8_t frames, const char* word
     }
     pieces.emplace_back("41 80 | 51 28 00 00 FF");
     return wire(joined(pieces));
-}
-
-std::string times(std::size_t count, const char* byte)
-{
-    std::string text;
-    for (std::size_t i = 0; i < count; ++i)
-        text += (i ? " " : "") + std::string(byte);
-    return text;
 }
 
 EffectRecord effect(std::string_view bytesText)

@@ -16,12 +16,7 @@
 
 namespace pyrux::test {
 
-struct QW210Model {
-    using Interface = PYRUX_QW210_Base;
-    static constexpr auto factory = &qw210;
-    static constexpr const char* name = "QW210";
-    static constexpr const char* tag = "[PYRUX][QW205V2]";
-    static constexpr std::uint16_t pid = 0x0147;
+struct QW210Model : ModelOf<&qw210> {
     static constexpr int directLeds = 139;
     static constexpr std::size_t zoneBytes = 192;
     static constexpr std::size_t maskBytes = 24;
@@ -30,12 +25,7 @@ struct QW210Model {
     static constexpr const EffectImage& changedImage = changedImage210;
 };
 
-struct QW220Model {
-    using Interface = PYRUX_QW220_Base;
-    static constexpr auto factory = &qw220;
-    static constexpr const char* name = "QW220";
-    static constexpr const char* tag = "[PYRUX][QW225V2]";
-    static constexpr std::uint16_t pid = 0x0145;
+struct QW220Model : ModelOf<&qw220> {
     static constexpr int directLeds = 137;
     static constexpr std::size_t zoneBytes = 160;
     static constexpr std::size_t maskBytes = 20;
@@ -46,33 +36,12 @@ struct QW220Model {
 
 using KeyboardModels = testing::Types<QW210Model, QW220Model>;
 
-struct KeyboardModelName {
-    template <class Model>
-    static std::string GetName(int)
-    {
-        return Model::name;
-    }
-};
-
-template <class Model>
-sim::Identity keyboardIdentity()
-{
-    sim::Identity identity = rd210Identity();
-    identity.pid = Model::pid;
-    identity.product = Model::name;
-    identity.collections = {{0, 0x0001, 0x0006}, {1, 0xFF00, 0x0001}};
-    return identity;
-}
-
 /// A scripted keyboard that is open, its start behind it. It echoes, so that its effect memory reads as
 /// zeros.
 template <class Model>
-class KeyboardOf : public OpenedMouse<typename Model::Interface> {
+class KeyboardOf : public Opened<Model> {
 public:
-    explicit KeyboardOf(const std::function<void(ScriptedMouse&)>& prepare = {})
-        : OpenedMouse<typename Model::Interface>(Model::factory, keyboardIdentity<Model>(), prepare)
-    {
-    }
+    using Opened<Model>::Opened;
 
     /// When a reply has come, everything that was sent before it has been looked at.
     void settle() { EXPECT_EQ(this->host->startRecordMacro(), E_OK); }
@@ -85,27 +54,14 @@ protected:
     KeyboardOf<Model> keyboard;
 };
 
-/// A log line of a model's host object.
-template <class Model>
-std::string hostLine(const std::string& text)
-{
-    return std::string(Model::tag) + "PYRUX::PYRUX_" + Model::name + "::" + text;
-}
-
 /// A command for each number from 0 on: "56 14 00 | 56 14 01".
 std::string eachOf(const char* command, std::size_t count);
-
-/// The reports with which the library begins.
-std::string keyboardStartUp();
 
 /// What every read of a copy that has become stale sends.
 std::string reloading();
 
 /// The reports of a preview: 56 81, the pages of the image, one more than are whole, and the selection.
 std::string previewOf(std::uint8_t effect, std::uint8_t frames, const char* word, const std::string& image);
-
-/// `count` times the same byte, as text.
-std::string times(std::size_t count, const char* byte);
 
 /// A record from "effect red green blue speed option brightness direction back red, green, blue, back
 /// brightness".

@@ -11,7 +11,7 @@ std::string numbered(const char* command, std::size_t number)
 
 } // namespace
 
-void holdImage(ScriptedMouse& device, const EffectImage& image)
+void holdImage(ScriptedDevice& device, const EffectImage& image)
 {
     constexpr std::size_t answered = 11; // characters of a descriptor: its word is not read
     for (std::size_t i = 0; i < image.descriptors.size(); ++i) {

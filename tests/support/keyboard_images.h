@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/support/scripted_mouse.h"
+#include "tests/support/scripted_device.h"
 
 #include <array>
 #include <string>
@@ -30,7 +30,7 @@ extern const EffectImage bareImage210, bareImage220;
 extern const EffectImage changedImage210, changedImage220;
 
 /// Lets a device hold an image: it answers the reads of the effect memory with it.
-void holdImage(ScriptedMouse& device, const EffectImage& image);
+void holdImage(ScriptedDevice& device, const EffectImage& image);
 
 /// The reports that write it: 56 15 for each effect, 56 21 for each page.
 std::string storingOf(const EffectImage& image);

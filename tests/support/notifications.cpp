@@ -1,6 +1,6 @@
 #include "tests/support/notifications.h"
 
-#include "tests/support/scripted_mouse.h"
+#include "tests/support/scripted_device.h"
 
 #include <condition_variable>
 #include <mutex>

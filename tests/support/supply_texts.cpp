@@ -2,7 +2,7 @@
 
 #include "simulator/bus.h"
 #include "tests/support/bytes.h"
-#include "tests/support/scripted_mouse.h"
+#include "tests/support/scripted_device.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "tests/support/bytes.h"
 #include "tests/support/debug_log.h"
 #include "tests/support/fake_clock.h"
-#include "tests/support/scripted_mouse.h"
+#include "tests/support/scripted_device.h"
 #include "transport/cmd_queue.h"
 #include "transport/usb_hid.h"
 

@@ -5,7 +5,7 @@
 #include "simulator/bus.h"
 #include "tests/support/debug_capture.h"
 #include "tests/support/fake_clock.h"
-#include "tests/support/scripted_mouse.h"
+#include "tests/support/scripted_device.h"
 
 #include <gtest/gtest.h>
 
@@ -60,7 +60,7 @@ protected:
         return running;
     }
 
-    std::shared_ptr<ScriptedMouse> device = std::make_shared<ScriptedMouse>();
+    std::shared_ptr<ScriptedDevice> device = std::make_shared<ScriptedDevice>();
     const std::string path = sim::plug(device);
     usbHid channel{path};
 };

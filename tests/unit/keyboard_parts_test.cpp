@@ -38,8 +38,7 @@ protected:
     static void note(NotifyRecord* record) { events.push_back(record->event); }
     static inline std::vector<std::uint32_t> events; ///< On the reader's thread, until a reply has come.
 
-    const std::shared_ptr<ScriptedMouse> device =
-        std::make_shared<ScriptedMouse>(keyboardIdentity<QW210Model>());
+    const std::shared_ptr<ScriptedDevice> device = std::make_shared<ScriptedDevice>(identityOf<QW210Model>());
     const std::string path = sim::plug(device);
     std::unique_ptr<BareKeyboard> keyboard = std::make_unique<BareKeyboard>(path);
 };

@@ -5,7 +5,7 @@
 #include "devices/lighting/glow_hub2.h"
 #include "services/service_manager.h"
 #include "simulator/bus.h"
-#include "tests/support/scripted_mouse.h"
+#include "tests/support/scripted_device.h"
 
 #include <gtest/gtest.h>
 
@@ -83,7 +83,7 @@ TEST(GlowHub2Audio, tellsTheHostThatTheSoundHasChanged)
     sim::Identity identity;
     identity.pid = 0x1007;
     identity.collections = {{}};
-    const std::string path = sim::plug(std::make_shared<ScriptedMouse>(identity));
+    const std::string path = sim::plug(std::make_shared<ScriptedDevice>(identity));
     {
         AudioHub hub(path);
         ASSERT_FALSE(hub.openFailed());

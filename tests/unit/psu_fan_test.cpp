@@ -5,7 +5,7 @@
 #include "simulator/bus.h"
 #include "tests/support/debug_log.h"
 #include "tests/support/fake_clock.h"
-#include "tests/support/scripted_mouse.h"
+#include "tests/support/scripted_device.h"
 #include "tests/support/supply_texts.h"
 
 #include <gtest/gtest.h>
@@ -32,7 +32,7 @@ protected:
     using Fan = typename Supply::Fan;
     static constexpr bool locks = std::is_same_v<Supply, PSUCTRL>;
 
-    PsuFanOnAClock() : device(std::make_shared<ScriptedMouse>(identity())), path(sim::plug(device))
+    PsuFanOnAClock() : device(std::make_shared<ScriptedDevice>(identity())), path(sim::plug(device))
     {
         device->silence("");
         supply = std::make_unique<Supply>(path, clock);
@@ -49,7 +49,7 @@ protected:
     static constexpr const char* sequence = "[M5] | [m13002] | [m24004] | [m36006] | [m47008] | [M2]";
 
     FakeClock clock;
-    std::shared_ptr<ScriptedMouse> device;
+    std::shared_ptr<ScriptedDevice> device;
     std::string path;
     std::unique_ptr<Supply> supply;
 };

@@ -4,7 +4,7 @@
 
 #include "simulator/bus.h"
 #include "tests/support/debug_capture.h"
-#include "tests/support/scripted_mouse.h"
+#include "tests/support/scripted_device.h"
 #include "tests/support/timing.h"
 
 #include <gtest/gtest.h>
@@ -56,7 +56,7 @@ protected:
         return [this](const Reply& reply) { taken.add(reply); };
     }
 
-    std::shared_ptr<ScriptedMouse> device = std::make_shared<ScriptedMouse>();
+    std::shared_ptr<ScriptedDevice> device = std::make_shared<ScriptedDevice>();
     const std::string path = sim::plug(device);
     usbHid channel{path};
     Taken taken;

@@ -3,7 +3,7 @@
 #include "transport/usb_hid.h"
 
 #include "simulator/bus.h"
-#include "tests/support/scripted_mouse.h"
+#include "tests/support/scripted_device.h"
 #include "tests/support/timing.h"
 
 #include <gtest/gtest.h>
@@ -58,7 +58,7 @@ protected:
         return count < 0 ? std::to_string(count) : hex(std::span(buffer).first(std::size_t(count)));
     }
 
-    std::shared_ptr<ScriptedMouse> device = std::make_shared<ScriptedMouse>();
+    std::shared_ptr<ScriptedDevice> device = std::make_shared<ScriptedDevice>();
     const std::string path = sim::plug(device);
     usbHid channel{path};
 };

@@ -232,7 +232,7 @@ std::string plugged(std::uint16_t vid, std::uint16_t pid, std::vector<sim::Colle
     identity.controlInterface = identity.collections.front().interface;
     if (change)
         change(identity);
-    return sim::plug(std::make_shared<ScriptedMouse>(identity));
+    return sim::plug(std::make_shared<ScriptedDevice>(identity));
 }
 
 std::string lower(std::string text)

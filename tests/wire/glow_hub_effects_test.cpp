@@ -268,7 +268,7 @@ TEST_F(GlowHubEffects, needTheirRecords)
 
 TEST(GlowHubStart, readsTheEffectOfPortOne)
 {
-    const auto device = std::make_shared<ScriptedMouse>(hubIdentity<GlowHubModel>());
+    const auto device = std::make_shared<ScriptedDevice>(identityOf<GlowHubModel>());
     device->silence("");
     device->answer("80 01 05", "80 01 05 03 00 01");
     const std::string path = sim::plug(device);
@@ -281,7 +281,7 @@ TEST(GlowHubStart, readsTheEffectOfPortOne)
 
 WAITING_TEST(GlowHubMissingReply, ofTheStateCountsAsNotDriven)
 {
-    HubOf<GlowHubModel> hub([](ScriptedMouse& device) { device.silence("80 01 05"); });
+    HubOf<GlowHubModel> hub([](ScriptedDevice& device) { device.silence("80 01 05"); });
     auto record = recordOf<Effect>("02");
     hub.device->answer("80 0B 01 02", "80 0B 03 02 06 00 02 40");
     EXPECT_EQ(hub->getEffectParameter(&record), E_OK);

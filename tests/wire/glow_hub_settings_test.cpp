@@ -326,7 +326,7 @@ TEST(GlowHubFollowing, isRememberedAsDescribed)
 
 TEST(GlowHubFollowing, isReadAtTheStart)
 {
-    Hub hub([](ScriptedMouse& device) { device.answer("80 01 05", "80 01 05 03 00 01"); });
+    Hub hub([](ScriptedDevice& device) { device.answer("80 01 05", "80 01 05 03 00 01"); });
     EXPECT_TRUE(follows(hub));
     EXPECT_FALSE(follows(hub));
 }

@@ -82,7 +82,7 @@ protected:
 
     HubOf<Model> hub;
 };
-TYPED_TEST_SUITE(HubEvents, NotifyingHubModels, HubModelName);
+TYPED_TEST_SUITE(HubEvents, NotifyingHubModels, ModelName);
 
 TYPED_TEST(HubEvents, comeWithTheirRecords)
 {

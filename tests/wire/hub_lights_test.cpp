@@ -91,7 +91,7 @@ protected:
 
     HubOf<Model> hub;
 };
-TYPED_TEST_SUITE(HubLights, NotifyingHubModels, HubModelName);
+TYPED_TEST_SUITE(HubLights, NotifyingHubModels, ModelName);
 
 TYPED_TEST(HubLights, areTakenOverDark)
 {
@@ -144,8 +144,8 @@ TYPED_TEST(HubLights, logOnlyWhatDoesNotRunAtFrameRate)
     };
     Lines expected;
     for (const char* name : {"setLightingInit", "setLightingTurnOff", "setLightingUninit"}) {
-        expected.push_back(hubLine<TypeParam>(std::string(name) + ", #"));
-        expected.push_back(hubLine<TypeParam>(std::string(name) + ", ret = 0"));
+        expected.push_back(hostLine<TypeParam>(std::string(name) + ", #"));
+        expected.push_back(hostLine<TypeParam>(std::string(name) + ", ret = 0"));
     }
     EXPECT_EQ(debugLinesOf(call), expected);
 }
@@ -255,7 +255,7 @@ TYPED_TEST(HubLights, runBesideRequests)
         for (int i = 0; !stop; ++i)
             this->send(i);
     });
-    const int rounds = TypeParam::tag == std::string("PLAY_DOCK") ? 10 : 100; // which has its own pace
+    const int rounds = TypeParam::facts().model == "PLAY DOCK" ? 10 : 100; // which has its own pace
     for (int i = 0; i < rounds; ++i)
         this->hub.settle();
     stop = true;

@@ -32,7 +32,7 @@ protected:
 
     HubOf<Model> hub;
 };
-TYPED_TEST_SUITE(HubReplies, HubModels, HubModelName);
+TYPED_TEST_SUITE(HubReplies, HubModels, ModelName);
 
 TYPED_TEST(HubReplies, comeForEachRequest)
 {
@@ -251,7 +251,7 @@ class HubRunningCount : public HubReplies<Model> {
 };
 using SecondModels = testing::Types<GlowHubSecond, GlowHub2Second, PlayDockSecond,
                                     StrandSecond<StrandHubModel>, StrandSecond<StrandHubV2Model>>;
-TYPED_TEST_SUITE(HubRunningCount, SecondModels, HubModelName);
+TYPED_TEST_SUITE(HubRunningCount, SecondModels, ModelName);
 
 TYPED_TEST(HubRunningCount, letsAYoungerRequestEndWithAForeignReport)
 {
@@ -294,7 +294,7 @@ TEST(HubReader, endsAtItsThirtiethFailure)
 {
     forgetDebugOutput();
     forModels(HubModels(), []<class Model>() {
-        const std::string text = std::string("[PYRUX]") + Model::readerText;
+        const std::string text = Model::facts().reader;
         HubOf<Model> hub;
         // 29 failures, 100 ms behind one another: a request that begins meanwhile may get its reply in the
         // end.

@@ -6,6 +6,7 @@
 #include "simulator/models/tint_hub.h"
 #include "tests/support/debug_log.h"
 #include "tests/support/hub.h"
+#include "tests/support/simulated_device.h"
 
 #include <gtest/gtest.h>
 
@@ -15,56 +16,6 @@
 
 namespace pyrux::test {
 namespace {
-
-/// A firmware model that is plugged in and opened.
-template <class Firmware, class Model>
-class Simulated : public testing::Test {
-protected:
-    Simulated() { open(); }
-
-    ~Simulated() override
-    {
-        sim::unplug(path);
-        host->exit_device(1);
-    }
-
-    void open()
-    {
-        path = sim::plug(device);
-        host = Model::factory(path.c_str());
-        ASSERT_NE(host, nullptr);
-    }
-
-    /// The host and the device part and meet again.
-    void powerCycle()
-    {
-        sim::unplug(path);
-        host->exit_device(1);
-        open();
-    }
-
-    /// Waits until the picture is this one.
-    void awaitPicture(const sim::Picture& expected)
-    {
-        const auto deadline = std::chrono::steady_clock::now() + patience;
-        while (device->picture() != expected && std::chrono::steady_clock::now() < deadline)
-            std::this_thread::yield();
-        EXPECT_EQ(device->picture(), expected);
-    }
-
-    /// The same for the number of frames since power-on.
-    void awaitFrames(int count)
-    {
-        const auto deadline = std::chrono::steady_clock::now() + patience;
-        while (device->frames() < count && std::chrono::steady_clock::now() < deadline)
-            std::this_thread::yield();
-        EXPECT_EQ(device->frames(), count);
-    }
-
-    std::shared_ptr<Firmware> device = std::make_shared<Firmware>();
-    std::string path;
-    typename Model::Interface* host = nullptr;
-};
 
 std::vector<sim::Light> solid(std::size_t leds, sim::Light color)
 {

@@ -1,240 +1,126 @@
-// The boundary of the lighting controllers: slots of the virtual table, the object's fields, the core's hooks
-// behind them. Nothing here uses the interfaces' declarations.
+// The slots of the lighting controllers.
 
-#include "tests/support/debug_log.h"
-#include "tests/support/hub.h"
-#include "tests/support/member_call.h"
+#include "tests/support/slots.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdint>
-#include <functional>
-#include <vector>
+#include <span>
 
 namespace pyrux::test {
 namespace {
 
-using Byte = std::uint8_t;
-
-template <class... Values>
-std::int32_t callEntry(void* object, std::size_t number, Values... values)
+std::string glowHubDark()
 {
-    using Operation = std::int32_t(PYRUX_MEMBER_CALL*)(void*, Values...);
-    return reinterpret_cast<Operation>((*static_cast<void***>(object))[number])(object, values...);
+    const std::string dark = " | 01 | 82";
+    return "00 07 00 30" + dark + " | 00 07 01 30" + dark + " | 00 07 02 30" + dark + " | 00 07 03 30" +
+           dark + " | 80 05";
 }
-
-/// Calls an entry; `memory` is what pointers of the call point to.
-using Call = std::function<std::int32_t(void* object, std::size_t number, Byte* memory)>;
-
-struct Slot {
-    const char* name;
-    Call call;
-    const char* memory;  ///< Bytes of the record, for the slots that take one.
-    std::string written; ///< What the call sends.
-    bool logged = true;
-    std::string after = {}; ///< What the record begins with behind the call; empty: as before.
-};
-
-/// A call with plain arguments.
-template <class... Values>
-Call with(Values... values)
-{
-    return [=](void* object, std::size_t number, Byte*) { return callEntry(object, number, values...); };
-}
-
-/// Bytes, then a pointer to the record.
-template <class... Values>
-Call withRecord(Values... values)
-{
-    return [=](void* object, std::size_t number, Byte* memory) {
-        return callEntry(object, number, values..., static_cast<void*>(memory));
-    };
-}
-
-/// Bytes, then two or three pointers.
-template <class... Values>
-Call withTwo(Values... values)
-{
-    return [=](void* object, std::size_t number, Byte* memory) {
-        return callEntry(object, number, values..., memory, memory + 1);
-    };
-}
-
-std::int32_t callWithThree(void* object, std::size_t number, Byte* memory)
-{
-    return callEntry(object, number, memory, memory + 1, memory + 2);
-}
-
-/// A LED and a zone as they cross the boundary.
-struct RawLed {
-    std::uint32_t index;
-    Byte red, green, blue;
-};
-struct RawZone {
-    std::uint32_t number;
-    std::vector<RawLed> leds;
-};
-
-std::int32_t callWithZones(void* object, std::size_t number, Byte*)
-{
-    static std::vector<RawZone> zones{{2, {{1, 10, 11, 12}}}};
-    return callEntry(object, number, &zones);
-}
-
-/// Records of the size that a callback takes, as a host without headers writes them.
-template <std::size_t size>
-struct RawRecord {
-    Byte bytes[size];
-};
-template <std::size_t size>
-void ignore(RawRecord<size>)
-{
-}
-
-/// One of a strand controller's: fan 4 of port 1.
-std::int32_t callWithZone14(void* object, std::size_t number, Byte*)
-{
-    static std::vector<RawZone> zones{{14, {{1, 10, 11, 12}}}};
-    return callEntry(object, number, &zones);
-}
-
-/// A pointer to the record, then a byte.
-Call withRecord2(Byte value)
-{
-    return [=](void* object, std::size_t number, Byte* memory) {
-        return callEntry(object, number, static_cast<void*>(memory), value);
-    };
-}
-
-/// Two pointers, the second to byte 32.
-std::int32_t withTwoApart(void* object, std::size_t number, Byte* memory)
-{
-    return callEntry(object, number, static_cast<void*>(memory), memory + 32);
-}
-
-const std::string idMemory = counting(0x61, 32);
-
-const std::string darkPort = " | 01 | 82";
-const std::string glowHubDark = "00 07 00 30" + darkPort + " | 00 07 01 30" + darkPort + " | 00 07 02 30" +
-                                darkPort + " | 00 07 03 30" + darkPort + " | 80 05";
-const std::string glowHub2Dark =
+constexpr const char* glowHub2Dark =
     "80 16 02 01 | 80 16 02 02 | 80 16 02 02 01 | 80 16 02 02 02 | 80 16 02 02 03";
-const std::string playDockDark = "80 09 01 | 80 09 02 | 80 09 03";
+constexpr const char* playDockDark = "80 09 01 | 80 09 02 | 80 09 03";
 
 /// Zones 0, 2 and others: four bytes each, then the color.
 constexpr const char* fiveZones = "00000000 02000000 00000000 00000000 00000000 0A0B0C";
 constexpr const char* fourZones = "00000000 02000000 00000000 00000000 0A0B0C";
 constexpr const char* threeZones = "00000000 02000000 00000000 0A0B0C";
 
-template <class Model>
-std::vector<Slot> slotsOf();
-
-template <>
-std::vector<Slot> slotsOf<GlowHubModel>()
+std::vector<Slot> glowHubSlots()
 {
     const std::string all = times(20, "0A 0B 0C");
     return {
-        {"setLightingInit", with(), "", "80 01 01 02 | 80 01 03 02 | " + glowHubDark},
+        {"setLightingInit", with(), "", "80 01 01 02 | 80 01 03 02 | " + glowHubDark()},
         {"setLightingUninit", with(), "", "80 01 01 | 80 01 03"},
-        {"setLightingPortColor", withRecord(), fiveZones,
-         "00 07 01 30 " + all + " | 01 " + times(21, "0A 0B 0C") + " | 82 " + times(7, "0A 0B 0C"), false},
-        {"setSyncLightingData", callWithZones, "", "00 07 01 30 00 00 00 0A 0B 0C | 01 | 82", false},
-        {"setLightingTurnOff", with(), "", glowHubDark},
-        {"setEffectParameter", withRecord(), "02 03 10 04 80 11 22 33",
-         "80 01 01 | 80 0B 02 02 03 10 03 80 11 22 33", true, "01 03 10 04 80 11 22 33"},
-        {"getEffectParameter", withRecord(), "03", "80 01 05 03 | 80 0B 01 04", true, "02 00 00 03 FF"},
-        {"setEffectCustomize", withRecord(Byte{3}), "01 02 03 04 05", "00 10 02 02 30 05 | 01 | 82"},
-        {"getEffectCustomize", withRecord(Byte{3}), "", "80 10 01 02 30 | 80 10 01 02 30 | 80 10 01 02 30",
-         true, "00 00 00 00 21"},
-        {"setRgbLightingEffectParameter", withRecord(), "09 02 10 05 80 11 22 33",
+        {"setLightingPortColor", with(memory), fiveZones,
+         "00 07 01 30 " + all + " | 01 " + times(21, "0A 0B 0C") + " | 82 " + times(7, "0A 0B 0C"), "",
+         Sort::quiet},
+        {"setSyncLightingData", with(zoneList(2, 1)), "", "00 07 01 30 00 00 00 0A 0B 0C | 01 | 82", "",
+         Sort::quiet},
+        {"setLightingTurnOff", with(), "", glowHubDark()},
+        {"setEffectParameter", with(memory), "02 03 10 04 80 11 22 33",
+         "80 01 01 | 80 0B 02 02 03 10 03 80 11 22 33", "01 03 10 04 80 11 22 33"},
+        {"getEffectParameter", with(memory), "03", "80 01 05 03 | 80 0B 01 04", "02 00 00 03 FF"},
+        {"setEffectCustomize", with(Byte{3}, memory), "01 02 03 04 05", "00 10 02 02 30 05 | 01 | 82"},
+        {"getEffectCustomize", with(Byte{3}, memory), "", "80 10 01 02 30 | 80 10 01 02 30 | 80 10 01 02 30",
+         "00 00 00 00 21"},
+        {"setRgbLightingEffectParameter", with(memory), "09 02 10 05 80 11 22 33",
          "80 01 03 | 80 04 02 10 04 80 11 22 33"},
-        {"getRgbLightingEffectParameter", withRecord(), "09", "80 01 05 03 | 80 0A 01", true, "09 05 06 08"},
+        {"getRgbLightingEffectParameter", with(memory), "09", "80 01 05 03 | 80 0A 01", "09 05 06 08"},
         {"setLEDSize", with(Byte{4}, Byte{7}, Byte{8}), "", "80 0D 02 08 07 08"},
-        {"getLEDSize", withTwo(Byte{3}), "", "80 0D 01 04", true, "31 32"},
-        {"setUID", withRecord(), "41 42 43", "80 0C 02 41 42 43"},
-        {"getUID", withRecord(), "", "80 0C 01", true, "51 52 53"},
+        {"getLEDSize", with(Byte{3}, at(0), at(1)), "", "80 0D 01 04", "31 32"},
+        {"setUID", with(memory), "41 42 43", "80 0C 02 41 42 43"},
+        {"getUID", with(memory), "", "80 0C 01", "51 52 53"},
         {"setIdentify", with(Byte{15}), "", "80 15 5E 0F"},
         {"saveConfig", with(), "", "80 12 5A A5"},
         {"resetConfig", with(Byte{9}), "", "80 13 55 AA 09"},
         {"resetData", with(), "", "80 16 56 78 | 80 01 05 03 | 80 0B 01 01 | 80 01 02 | 80 01 01"},
-        {"getVersion", withRecord(), "", "80 14 01", true, "34 12"},
+        {"getVersion", with(memory), "", "80 14 01", "34 12"},
         {"setMultilayerMode", with(Byte{6}), "", "80 17 02 06"},
-        {"getMultilayerMode", withRecord(), "", "80 17 01", true, "61"},
-        {"registerNotify", with(&ignore<8>), "", ""},
+        {"getMultilayerMode", with(memory), "", "80 17 01", "61"},
+        {"registerNotify", with(&notedByValue<8>), "", ""},
         {"unRegisterNotify", with(), "", ""},
-        {"exit_device", with(Byte{0}), "", ""},
+        {"exit_device", with(Byte{0}), "", "", "", Sort::exit},
         {"setEffectMode", with(Byte{1}, Byte{7}), "", "80 01 01 | 80 20 01 07"},
-        {"getEffectMode", withRecord(Byte{3}), "EE", "80 01 05 03 | 80 0B 01 01", true, "00"},
+        {"getEffectMode", with(Byte{3}, memory), "EE", "80 01 05 03 | 80 0B 01 01", "00"},
         {"setRgbEffectMode", with(Byte{9}, Byte{6}), "", "80 01 03 | 80 21 00 06"},
-        {"getRgbEffectMode", withRecord(Byte{9}), "EE", "80 01 05 03 | 80 0A 01", true, "05"},
+        {"getRgbEffectMode", with(Byte{9}, memory), "EE", "80 01 05 03 | 80 0A 01", "05"},
     };
 }
 
-template <>
-std::vector<Slot> slotsOf<GlowHub2Model>()
+std::vector<Slot> glowHub2Slots()
 {
     // The bytes 8, 7, 5, 1 of an effect in one argument, the first one lowest.
     return {
         {"setLightingInit", with(), "", glowHub2Dark},
         {"setLightingUninit", with(), "", "80 16 02 04"},
-        {"setLightingPortColor", withRecord(), fiveZones, "80 16 02 02 01 0A 0B 0C", false},
-        {"setSyncLightingData", callWithZones, "", "80 16 02 02 01 0A 0B 0C", false},
+        {"setLightingPortColor", with(memory), fiveZones, "80 16 02 02 01 0A 0B 0C", "", Sort::quiet},
+        {"setSyncLightingData", with(zoneList(2, 1)), "", "80 16 02 02 01 0A 0B 0C", "", Sort::quiet},
         {"setLightingTurnOff", with(), "", glowHub2Dark},
         {"setARGBEffectParameter", with(Byte{2}, std::uint32_t{0x01050708}, Byte{4}), "",
          "80 0B 02 0F 08 07 04 01 03"},
-        {"getARGBEffectParameter", withRecord(Byte{3}), "", "80 0B 01 0F", true, "01 02 04 04 06"},
-        {"setARGBCustomize", withRecord(Byte{4}), "41 42 43", "80 10 02 0F 0C 41 42 43"},
-        {"getARGBCustomize", withRecord(Byte{4}), "", "80 10 01 0F 0C", true, "21 22 23"},
+        {"getARGBEffectParameter", with(Byte{3}, memory), "", "80 0B 01 0F", "01 02 04 04 06"},
+        {"setARGBCustomize", with(Byte{4}, memory), "41 42 43", "80 10 02 0F 0C 41 42 43"},
+        {"getARGBCustomize", with(Byte{4}, memory), "", "80 10 01 0F 0C", "21 22 23"},
         {"setLayerSelect", with(Byte{9}), "", "80 17 09"},
         {"setRGBEffectParameter", with(Byte{6}, Byte{7}, Byte{5}), "", "80 0A 02 06 07 04"},
-        {"getRGBEffectParameter", callWithThree, "", "80 0A 01", true, "05 06 08"},
-        {"setRGBCustomize", withRecord(), "0A 0B 0C", "80 11 02 0A 0B 0C | 80 0A 02 04"},
-        {"getRGBCustomize", withRecord(), "", "80 11 01", true, "34 12 56"},
+        {"getRGBEffectParameter", with(at(0), at(1), at(2)), "", "80 0A 01", "05 06 08"},
+        {"setRGBCustomize", with(memory), "0A 0B 0C", "80 11 02 0A 0B 0C | 80 0A 02 04"},
+        {"getRGBCustomize", with(memory), "", "80 11 01", "34 12 56"},
         {"setRGBFollowParameter", with(Byte{9}, Byte{1}, Byte{5}), "", "80 18 02 09 01 04"},
-        {"getRGBFollowParameter", callWithThree, "EE EE EE", "80 18 01", true, "EE EE EE"},
-        {"registerNotify", with(&ignore<11>), "", ""},
+        {"getRGBFollowParameter", with(at(0), at(1), at(2)), "EE EE EE", "80 18 01", "EE EE EE"},
+        {"registerNotify", with(&notedByValue<11>), "", ""},
         {"unRegisterNotify", with(), "", ""},
-        {"exit_device", with(Byte{0}), "", "80 16 02 04"},
+        {"exit_device", with(Byte{0}), "", "80 16 02 04", "", Sort::exit},
     };
 }
 
-template <>
-std::vector<Slot> slotsOf<TintHubModel>()
+std::vector<Slot> tintHubSlots()
 {
     return {
         {"setLightingInit", with(), "", "41 03 | C0 F0 | C0 02"},
         {"setLightingUninit", with(), "", "41 00"},
         // The head of the frame comes with setLightingInit.
-        {"setLightingPortColor", withRecord(), fourZones, "00 00 00 00 00 00 00 0A 0B 0C", false},
-        {"setSyncLightingData", callWithZones, "", "", false},
+        {"setLightingPortColor", with(memory), fourZones, "00 00 00 00 00 00 00 0A 0B 0C", "", Sort::quiet},
+        {"setSyncLightingData", with(zoneList(2, 1)), "", "", "", Sort::quiet},
         {"setLightingTurnOff", with(), "", "C0 02"},
-        {"setEffectParameter", withRecord(Byte{1}, Byte{5}, Byte{5}), "0A 0B 0C",
+        {"setEffectParameter", with(Byte{1}, Byte{5}, Byte{5}, memory), "0A 0B 0C",
          "41 01 | 51 2B 00 00 01 26 20 FF FF FF 0A 0B 0C | 51 28 00 00 01 | 50 55 | 41 00"},
-        {"getEffectParameter",
-         [](void* object, std::size_t number, Byte* memory) {
-             return callEntry(object, number, memory, memory + 1, memory + 2, memory + 3);
-         },
-         "01", "52 2C 00 00 01", true, "01 05 03 0A 0B 0C"},
-        {"getEffectStandardMode", withRecord(), "", "52 28", true, "03"},
-        {"setPortMultiColor", withRecord(), "01 02 03 04 05 06 07 08 09 0A 0B 0C 03",
+        {"getEffectParameter", with(at(0), at(1), at(2), at(3)), "01", "52 2C 00 00 01", "01 05 03 0A 0B 0C"},
+        {"getEffectStandardMode", with(memory), "", "52 28", "03"},
+        {"setPortMultiColor", with(memory), "01 02 03 04 05 06 07 08 09 0A 0B 0C 03",
          "41 80 | 51 28 00 00 04 | 51 30 | 51 A8 00 00 01 02 03 04 05 06 07 08 09 0A 0B 0C | "
          "51 2C 00 00 04 00 00 FF FF 7F FF FF FF 00 00 00 " +
              times(48, "FF")},
-        {"getPortMultiColor", withRecord(), "", "41 80 | 52 A8 | 52 2C FF FF 04 " + times(59, "FF"), true,
+        {"getPortMultiColor", with(memory), "", "41 80 | 52 A8 | 52 2C FF FF 04 " + times(59, "FF"),
          "21 22 23 24 25 26 27 28 29 2A 2B 2C 03"},
-        {"setEffectMultilayer", withRecord(),
+        {"setEffectMultilayer", with(memory),
          "04 01 11 12 13 05 05 21 22 23 00 01 31 32 33 09 06 41 42 43 51 52 53 54",
          "41 01 | 51 2B 01 00 04 01 00 FF FF FF 11 12 13 | 51 28 00 00 04 | 50 55 | 41 00 | "
          "41 01 | 51 2B 01 00 05 05 00 FF FF FF 21 22 23 | 51 28 00 00 05 | 50 55 | 41 00 | "
          "41 01 | 41 01 | " // two layers that are refused behind their first frame
          "41 01 | 51 A0 01 00 00 01 00 00 51 52 53 54 | 51 28 00 00 E0 | 50 55 | 41 00"},
-        {"exit_device", with(Byte{0}), "", "41 00"},
+        {"exit_device", with(Byte{0}), "", "41 00", "", Sort::exit},
     };
 }
 
-template <>
-std::vector<Slot> slotsOf<PlayDockModel>()
+std::vector<Slot> playDockSlots()
 {
     // An effect with all its bytes; byte 31 is the rate.
     constexpr const char* effect =
@@ -244,25 +130,25 @@ std::vector<Slot> slotsOf<PlayDockModel>()
     // What the device answers to the gets: speed 1, of which the wire has 3 less.
     const std::string got = "EE 05 01 1A 1B 1C " + counting(0x41, 16) + " 51 52 53 54 55 56 EE EE EE 07";
     return {
-        {"setLightingInit", with(), "", "80 01 02 01 | " + playDockDark},
+        {"setLightingInit", with(), "", std::string("80 01 02 01 | ") + playDockDark},
         {"setLightingUninit", with(), "", "80 01 02"},
-        {"setLightingPortColor", withRecord(), threeZones, "80 09 02 01 0A 0B 0C", false},
-        {"setSyncLightingData", callWithZones, "", "80 09 02 00 0A 0B 0C", false},
+        {"setLightingPortColor", with(memory), threeZones, "80 09 02 01 0A 0B 0C", "", Sort::quiet},
+        {"setSyncLightingData", with(zoneList(2, 1)), "", "80 09 02 00 0A 0B 0C", "", Sort::quiet},
         {"setLightingTurnOff", with(), "", playDockDark},
-        {"setEffectParameter", withRecord(), effect, "80 03 02 FF " + effectOnWire},
-        {"getEffectParameter", withRecord(), effect, "80 03 01 FF", true, got},
-        {"getAnyEffectParameter", withRecord(), effect, "80 04 01 FF 08", true, got},
+        {"setEffectParameter", with(memory), effect, "80 03 02 FF " + effectOnWire},
+        {"getEffectParameter", with(memory), effect, "80 03 01 FF", got},
+        {"getAnyEffectParameter", with(memory), effect, "80 04 01 FF 08", got},
         {"setEffectMode", with(Byte{9}, Byte{8}), "", "80 06 02 FF 08"},
-        {"getEffectMode", withRecord(Byte{9}), "EE", "80 03 01 FF", true, "05"},
-        {"setBottomEffectParameter", withRecord(), "0A 0B 0C", "80 11 02 FF 0A 0B 0C"},
-        {"getBottomEffectParameter", withRecord(), "", "80 11 01 FF", true, "61 62 63"},
+        {"getEffectMode", with(Byte{9}, memory), "EE", "80 03 01 FF", "05"},
+        {"setBottomEffectParameter", with(memory), "0A 0B 0C", "80 11 02 FF 0A 0B 0C"},
+        {"getBottomEffectParameter", with(memory), "", "80 11 01 FF", "61 62 63"},
         {"saveConfig", with(), "", "80 B0 02"},
         {"resetConfig", with(Byte{9}), "", "80 B1 02"},
         {"resetData", with(), "", "80 B6 02"},
-        {"getVersion", withRecord(), "", "80 B4 01", true, "34 12"},
-        {"registerNotify", with(&ignore<33>), "", ""},
+        {"getVersion", with(memory), "", "80 B4 01", "34 12"},
+        {"registerNotify", with(&notedByValue<33>), "", ""},
         {"unRegisterNotify", with(), "", ""},
-        {"exit_device", with(Byte{0}), "", ""},
+        {"exit_device", with(Byte{0}), "", "", "", Sort::exit},
     };
 }
 
@@ -296,75 +182,64 @@ std::vector<Slot> strandSlots()
     std::string eighteen = "0B000000"; // fan 1 of port 1
     for (int i = 0; i < 17; ++i)
         eighteen += " 00000000";
-    static const std::string zones = eighteen + " 0A0B0C";
+    const std::string zones = eighteen + " 0A0B0C";
     std::string table = "02 04";
     for (int i = 0; i < 10; ++i)
         table += " 0" + std::to_string(i) + " 05 1A 21 22 23 1B E" + std::to_string(i);
-    static const std::string overlay = "02 " + counting(0x41, 29);
-    static const std::string custom = "EE EE EE EE " + counting(1, 12);
+    const std::string overlay = "02 " + counting(0x41, 29);
+    const std::string custom = "EE EE EE EE " + counting(1, 12);
     return {
         {"setLightingInit", with(), "", "80 01 02 01 | " + strandDark()},
         {"setLightingUninit", with(), "", "80 01 02"},
-        {"setLightingPortColor", withRecord(), zones.c_str(), strandFrame("01 01", "0A 0B 0C"), false},
-        {"setSyncLightingData", callWithZone14, "", "00 09 01 08 3C 00 00 00 0A 0B 0C | 01 09 | 82 09",
-         false},
+        {"setLightingPortColor", with(memory), zones, strandFrame("01 01", "0A 0B 0C"), "", Sort::quiet},
+        {"setSyncLightingData", with(zoneList(14, 1)), "", "00 09 01 08 3C 00 00 00 0A 0B 0C | 01 09 | 82 09",
+         "", Sort::quiet},
         {"setLightingTurnOff", with(), "", strandDark()},
-        {"setEffectParameter", withRecord(), effect, "80 03 02 02 08 05 02 0A 11 22 33 0B"},
-        {"getEffectParameter", withRecord(), effect, "80 03 01 02 08", true, got},
-        {"getAnyEffectParameter", withRecord(), effect, "80 04 01 02 08 05", true, got},
-        {"getAllEffectParameter", withRecord(), "02 04", "80 0C 01 02 08 | 81 0C 01 02 08", true, table},
-        {"setEffectCustomize", withRecord(Byte{2}), custom.c_str(), "80 08 02 02 00 " + counting(1, 12)},
-        {"getEffectCustomize", withRecord(Byte{2}), "EE EE EE EE", "80 08 01 02", true,
+        {"setEffectParameter", with(memory), effect, "80 03 02 02 08 05 02 0A 11 22 33 0B"},
+        {"getEffectParameter", with(memory), effect, "80 03 01 02 08", got},
+        {"getAnyEffectParameter", with(memory), effect, "80 04 01 02 08 05", got},
+        {"getAllEffectParameter", with(memory), "02 04", "80 0C 01 02 08 | 81 0C 01 02 08", table},
+        {"setEffectCustomize", with(Byte{2}, memory), custom, "80 08 02 02 00 " + counting(1, 12)},
+        {"getEffectCustomize", with(Byte{2}, memory), "EE EE EE EE", "80 08 01 02",
          "EE EE EE EE " + counting(0x71, 12)},
-        {"setGen1Size", withRecord(), "03 05 06", "80 06 02 02 05 06"},
-        {"getGen1Size", withRecord(), "03", "80 06 01 04", true, "03 05 0C"},
-        {"getGen2Size", withRecord(), "01", "80 07 01 01", true, "01 03 14 10 0C"},
-        {"remapGen2SubPort", withRecord(), "02 01 03 02 02 03 01 04 05 05 04",
+        {"setGen1Size", with(memory), "03 05 06", "80 06 02 02 05 06"},
+        {"getGen1Size", with(memory), "03", "80 06 01 04", "03 05 0C"},
+        {"getGen2Size", with(memory), "01", "80 07 01 01", "01 03 14 10 0C"},
+        {"remapGen2SubPort", with(memory), "02 01 03 02 02 03 01 04 05 05 04",
          "80 0D 02 02 01 04 02 02 04 01 08 10 10 08"},
-        {"setUID", withRecord(Byte{3}), idMemory.c_str(), "80 B5 02 04 " + id},
-        {"getUID", withRecord(), "", "80 B5 01", true, id},
+        {"setUID", with(Byte{3}, memory), id, "80 B5 02 04 " + id},
+        {"getUID", with(memory), "", "80 B5 01", id},
         {"setIdentify", with(Byte{3}, Byte{5}), "", "80 0A 02 04 10"},
         {"saveConfig", with(), "", "80 B0 02"},
         {"resetConfig", with(Byte{2}), "", "80 B1 02 02"},
         {"resetData", with(), "", "80 B6 02"},
-        {"getVersion", withRecord(), "", "80 B4 01", true, "34 12"},
+        {"getVersion", with(memory), "", "80 B4 01", "34 12"},
         {"setARGBType", with(Byte{2}, Byte{7}), "", "80 0B 02 02 07 | 80 B2 02 02"},
-        {"getARGBType", withRecord(Byte{2}), "", "80 0B 01 02", true, "09"},
+        {"getARGBType", with(Byte{2}, memory), "", "80 0B 01 02", "09"},
         {"refreshPortInfo", with(Byte{3}), "", "80 B2 02 04"},
-        {"registerNotify", with(&ignore<8>), "", ""},
+        {"registerNotify", with(&notedByValue<8>), "", ""},
         {"unRegisterNotify", with(), "", ""},
-        {"exit_device", with(Byte{0}), "", ""},
+        {"exit_device", with(Byte{0}), "", "", "", Sort::exit},
         {"setMultilayerMode", with(Byte{5}), "", "80 C0 02 05"},
-        {"getMultilayerMode", withRecord(), "", "80 C0 01", true, "08"},
-        {"setEffectMode", withRecord2(Byte{7}), effect,
-         "80 04 01 02 08 07 | 80 03 02 02 08 07 04 1A 21 22 23 1B", true, got},
-        {"getEffectMode", withTwoApart, effect, "80 03 01 02 08", true,
+        {"getMultilayerMode", with(memory), "", "80 C0 01", "08"},
+        {"setEffectMode", with(memory, Byte{7}), effect,
+         "80 04 01 02 08 07 | 80 03 02 02 08 07 04 1A 21 22 23 1B", got},
+        {"getEffectMode", with(at(0), at(32)), effect, "80 03 01 02 08",
          std::string(got) + " " + times(22, "00") + " 07"},
         {"setOverlayMode", with(Byte{6}), "", "80 11 02 06 32"},
-        {"getOverlayMode", withRecord(), "", "80 11 01", true, "07"},
-        {"setOverlayEffectParameter", withRecord(), overlay.c_str(),
+        {"getOverlayMode", with(memory), "", "80 11 01", "07"},
+        {"setOverlayEffectParameter", with(memory), overlay,
          "80 11 02 01 32 | 80 10 02 02 " + counting(0x41, 29)},
-        {"getOverlayEffectParameter", withRecord(), "02", "80 10 01 02", true, "02 " + counting(0x31, 29)},
-        {"getOverlayEffectParameterAll", withRecord(), "", "80 10 01 01 | 80 10 01 02 | 80 10 01 04", true,
+        {"getOverlayEffectParameter", with(memory), "02", "80 10 01 02", "02 " + counting(0x31, 29)},
+        {"getOverlayEffectParameterAll", with(memory), "", "80 10 01 01 | 80 10 01 02 | 80 10 01 04",
          "01 " + counting(0x51, 29) + " 02 " + counting(0x31, 29) + " 03 " + counting(0x71, 29)},
     };
 }
 
-template <>
-std::vector<Slot> slotsOf<StrandHubModel>()
-{
-    return strandSlots();
-}
-
-template <>
-std::vector<Slot> slotsOf<StrandHubV2Model>()
-{
-    return strandSlots();
-}
-
 /// Replies of a strand controller with bytes of their own.
-void answerStrand(ScriptedMouse& device)
+void answerStrand(ScriptedDevice& device)
 {
+    device.answer("80 B4 01", "80 B4 03 34 12");
     const std::string strandEffect = " 03 02 08 07 04 1A 21 22 23 1B";
     device.answer("80 03 01 02 08", "80 03" + strandEffect);
     device.answer("80 04 01 02 08", "80 04" + strandEffect);
@@ -389,7 +264,7 @@ void answerStrand(ScriptedMouse& device)
 }
 
 /// Replies of the others.
-void answerOthers(ScriptedMouse& device)
+void answerOthers(ScriptedDevice& device)
 {
     device.answer("80 0A 01", "80 0A 03 05 06 07 08 09 0A");
     device.answer("80 0A 02", "80 0A 03");
@@ -399,8 +274,12 @@ void answerOthers(ScriptedMouse& device)
     device.answer("80 0D 01", "80 0D 03 04 31 32");
     device.answer("80 10 01 02", "00 10 03 02 30 21 | 01 | 82");
     device.answer("80 10 01 0F", "80 10 03 0F 0C 21 22 23");
+    device.answer("80 11 01", "80 11 03 34 12 56");
+    device.answer("80 14 01", "80 14 03 34 12");
     device.answer("80 17 01", "80 17 03 61");
     device.answer("80 18 01", "80 18 03 01 02 03");
+    device.answer("80 B4 01", "80 B4 03 34 12");
+    device.answer("52 28", "52 28 77 03");
     device.answer("52 2C", "52 2C 00 01 26 20 FF FF 7F 0A 0B 0C");
     device.answer("52 A8", "52 A8 00 " + counting(0x21, 12));
     const std::string effect = " 03 05 02 1A 1B 1C 56 " + counting(0x41, 16) + " 51 52 53 54 55";
@@ -409,151 +288,21 @@ void answerOthers(ScriptedMouse& device)
     device.answer("80 11 01 FF", "80 11 03 61 62 63");
 }
 
-template <class Model>
-void answerAll(ScriptedMouse& device)
+SlotTable tableOf(const char* model, std::vector<Slot> slots, void (*answer)(ScriptedDevice&))
 {
-    if (std::is_base_of_v<StrandModel, Model>)
-        answerStrand(device);
-    else
-        answerOthers(device);
+    return {.model = model, .slots = std::move(slots), .prepare = answer, .lanes = true};
 }
 
-constexpr std::size_t room = 256; // more than any record
-
-ByteVector memoryOf(const Slot& slot)
-{
-    ByteVector memory = bytes(slot.memory);
-    memory.resize(room);
-    return memory;
-}
-
-template <class Model>
-class HubSlots : public testing::Test {
-};
-TYPED_TEST_SUITE(HubSlots, HubModels, HubModelName);
-
-TYPED_TEST(HubSlots, standInTheListedOrder)
-{
-    const std::vector<Slot> slots = slotsOf<TypeParam>();
-    ASSERT_EQ(slots.size(), TypeParam::slots);
-    for (std::size_t number = 0; number < slots.size(); ++number) {
-        const Slot& slot = slots[number];
-        const std::string name = slot.name;
-        HubOf<TypeParam> hub(answerAll<TypeParam>);
-        ByteVector memory = memoryOf(slot);
-        std::int32_t result = -1;
-        const Lines lines = debugLinesOf([&] { result = slot.call(hub.host, number, memory.data()); });
-        EXPECT_EQ(result, 0) << name;
-        if (!slot.logged) {
-            EXPECT_EQ(lines, Lines{}) << name;
-        } else if (name == "exit_device") {
-            EXPECT_EQ(lines, Lines{hubLine<TypeParam>(name + ", #")});
-        } else {
-            EXPECT_EQ(lines,
-                      (Lines{hubLine<TypeParam>(name + ", #"), hubLine<TypeParam>(name + ", ret = 0")}));
-        }
-        const std::string written = hub.written(reports(slot.written).size());
-        EXPECT_EQ(sortedGroups(written), sortedGroups(wire(slot.written))) << name;
-        ByteVector after = bytes(slot.after.empty() ? std::string(slot.memory) : slot.after);
-        after.resize(room);
-        EXPECT_EQ(hex(memory), hex(after)) << name;
-    }
-}
-
-TYPED_TEST(HubSlots, allAnswerThatTheObjectIsClosed)
-{
-    const std::vector<Slot> slots = slotsOf<TypeParam>();
-    HubOf<TypeParam> hub(answerAll<TypeParam>);
-    const auto number =
-        std::size_t(std::ranges::find(slots, std::string("exit_device"), &Slot::name) - slots.begin());
-    ASSERT_LT(number, slots.size());
-    EXPECT_EQ(callEntry(hub.host, number, Byte{1}), 0);
-    for (std::size_t i = 0; i < slots.size(); ++i) {
-        const Slot& slot = slots[i];
-        if (i == number)
-            continue;
-        ByteVector memory = memoryOf(slot);
-        std::int32_t result = 0;
-        const Lines lines = debugLinesOf([&] { result = slot.call(hub.host, i, memory.data()); });
-        EXPECT_EQ(result, -11) << slot.name;
-        EXPECT_EQ(memory, memoryOf(slot)) << slot.name;
-        EXPECT_EQ(lines, slot.logged ? Lines{hubLine<TypeParam>(std::string(slot.name) + ", #")} : Lines{})
-            << slot.name;
-    }
-    EXPECT_EQ(callEntry(hub.host, number, Byte{0}), 0);
-    EXPECT_EQ(hub.written(), "");
-}
-
-/// What stands in a host object, as a host without headers sees it.
-struct Object {
-    void* table;
-    void* probeTable;
-    std::int32_t openFailed;
-    void* device;
-    std::int32_t closed;
-};
-
-TYPED_TEST(HubSlots, leaveTheFieldsBehindTwoTables)
-{
-    HubOf<TypeParam> hub;
-    auto* const object = reinterpret_cast<Object*>(hub.host);
-    EXPECT_EQ(object->openFailed, 0);
-    EXPECT_NE(object->device, nullptr);
-    EXPECT_EQ(object->closed, 0);
-    void* const probe = &object->probeTable;
-    const Byte gone = 1;
-    EXPECT_EQ(debugLinesOf([&] { EXPECT_EQ(callEntry(probe, 2, &gone), 0); }),
-              Lines{hubLine<TypeParam>("device_pre_exit, #")});
-    EXPECT_EQ(object->closed, 1);
-    EXPECT_NE(object->device, nullptr);
-    const std::string tag = std::string("[PYRUX][") + TypeParam::tag + "]";
-    EXPECT_EQ(debugLinesOf([&] { EXPECT_EQ(callEntry(probe, 4, &gone), 0); }),
-              (Lines{tag + TypeParam::exitText, hubLine<TypeParam>("exit_device, #")}));
-    EXPECT_EQ(hub.written(), "");
-}
-
-TYPED_TEST(HubSlots, sayGoodbyeThroughTheCore)
-{
-    HubOf<TypeParam> hub;
-    void* const probe = &reinterpret_cast<Object*>(hub.host)->probeTable;
-    const Byte there = 0;
-    EXPECT_EQ(callEntry(probe, 2, &there), 0);
-    EXPECT_EQ(callEntry(probe, 4, &there), 0);
-    EXPECT_EQ(hub.written(), wire(TypeParam::goodbye));
-}
-
-TYPED_TEST(HubSlots, belongToOneObjectForAPath)
-{
-    const std::string tag = std::string("[PYRUX][") + TypeParam::tag + "]";
-    const std::string factory = tag + "PYRUX::" + TypeParam::exportName + ", #";
-    const auto device = std::make_shared<ScriptedMouse>(hubIdentity<TypeParam>());
-    device->silence("");
-    TypeParam::prepare(*device);
-    const std::string path = sim::plug(device);
-    typename TypeParam::Interface* host = nullptr;
-    EXPECT_EQ(debugLinesOf([&] { host = TypeParam::factory(path.c_str()); }),
-              (Lines{factory, hubLine<TypeParam>(std::string(TypeParam::name) + ", #")}));
-    ASSERT_NE(host, nullptr);
-    EXPECT_EQ(takeWritten(path), wire(TypeParam::opening));
-    EXPECT_EQ(debugLinesOf([&] { EXPECT_EQ(TypeParam::factory(path.c_str()), host); }),
-              (Lines{factory, tag + "return object already create"}));
-    EXPECT_EQ(takeWritten(path), "");
-    const int handles = sim::openHandles();
-    EXPECT_EQ(host->exit_device(0), E_OK);
-    EXPECT_EQ(takeWritten(path), wire(TypeParam::goodbye));
-    EXPECT_EQ(sim::openHandles(), handles - 2);
-    sim::unplug(path);
-}
-
-TYPED_TEST(HubSlots, areNotThereForADeviceThatDoesNotOpen)
-{
-    const std::string tag = std::string("[PYRUX][") + TypeParam::tag + "]";
-    EXPECT_EQ(debugLinesOf([&] { EXPECT_EQ(TypeParam::factory("no such path"), nullptr); }),
-              (Lines{tag + "PYRUX::" + TypeParam::exportName + ", #",
-                     hubLine<TypeParam>(std::string(TypeParam::name) + ", #"), "[PYRUX]init fail",
-                     hubLine<TypeParam>("~" + std::string(TypeParam::name) + ", #")}));
-    EXPECT_EQ(TypeParam::factory(""), nullptr);
-}
+const AddSlotTables hubs([] {
+    return std::vector<SlotTable>{
+        tableOf("glow_hub", glowHubSlots(), answerOthers),
+        tableOf("glow2", glowHub2Slots(), answerOthers),
+        tableOf("tint_hub", tintHubSlots(), answerOthers),
+        tableOf("playdock", playDockSlots(), answerOthers),
+        tableOf("strandhub", strandSlots(), answerStrand),
+        tableOf("strandhubv2", strandSlots(), answerStrand),
+    };
+});
 
 } // namespace
 } // namespace pyrux::test

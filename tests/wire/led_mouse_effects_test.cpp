@@ -42,9 +42,9 @@ protected:
         return effect;
     }
 
-    LedMouseOf<Model> mouse;
+    Opened<Model> mouse;
 };
-TYPED_TEST_SUITE(LedMouseEffects, LedMouseModels, LedMouseModelName);
+TYPED_TEST_SUITE(LedMouseEffects, LedMouseModels, ModelName);
 
 TYPED_TEST(LedMouseEffects, haveTheModelsModesAndNoOthers)
 {
@@ -214,29 +214,29 @@ TYPED_TEST(LedMouseEffects, needTheirRecords)
 
 // Replies that do not come. A reply that does not begin as asked for is none.
 
-using Silent = std::function<void(ScriptedMouse&)>;
+using Silent = std::function<void(ScriptedDevice&)>;
 
 Silent without(const char* command)
 {
-    return [command](ScriptedMouse& device) { device.silence(command); };
+    return [command](ScriptedDevice& device) { device.silence(command); };
 }
 
 WAITING_TEST(LedMouseMissingReply, ofTheFirstCommandIsPassedOver)
 {
-    LedMouseOf<RD215Model> mouse(without("41 80"));
+    Opened<RD215Model> mouse(without("41 80"));
     EXPECT_EQ(mouse->setEffectMode(1), E_OK);
     EXPECT_EQ(mouse.written(), "41 80 | 51 28 00 00 01");
 }
 
 WAITING_TEST(LedMouseMissingReply, ofTheModeFailsTheSet)
 {
-    LedMouseOf<RD215Model> mouse(without("51 28"));
+    Opened<RD215Model> mouse(without("51 28"));
     EXPECT_EQ(mouse->setEffectMode(1), E_INVALID_SET);
 }
 
 WAITING_TEST(LedMouseMissingReply, ofTheParametersLeavesTheModeAlone)
 {
-    LedMouseOf<RD215Model> mouse(without("51 2B"));
+    Opened<RD215Model> mouse(without("51 2B"));
     const MouseEffectRecord effect{1, 1, 0, 1, 2, 3, 4};
     EXPECT_EQ(mouse->setGeneralEffect(&effect), E_INVALID_SET);
     EXPECT_EQ(mouse.written(), "41 80 | 51 2B 00 00 01 3C 20 FF FF 01 02 03 04");
@@ -244,14 +244,14 @@ WAITING_TEST(LedMouseMissingReply, ofTheParametersLeavesTheModeAlone)
 
 WAITING_TEST(LedMouseMissingReply, ofTheModeBehindTheParametersFailsTheSet)
 {
-    LedMouseOf<RD240Model> mouse(without("51 28"));
+    Opened<RD240Model> mouse(without("51 28"));
     const MouseEffectRecord effect{5, 1, 0, 1, 2, 3, 4};
     EXPECT_EQ(mouse->setGeneralEffect(&effect), E_INVALID_SET);
 }
 
 WAITING_TEST(LedMouseMissingReply, ofTheColorsLeavesTheModeAlone)
 {
-    LedMouseOf<RD230Model> mouse(without("51 A8"));
+    Opened<RD230Model> mouse(without("51 A8"));
     const std::array<std::uint8_t, 6> colors{1, 2, 3, 4, 5, 6};
     EXPECT_EQ(mouse->setCustomEffect(colors.data()), E_INVALID_SET);
     EXPECT_EQ(mouse.written(), "41 80 | 51 A8 00 00 01 02 03 04 05 06");
@@ -259,7 +259,7 @@ WAITING_TEST(LedMouseMissingReply, ofTheColorsLeavesTheModeAlone)
 
 WAITING_TEST(LedMouseMissingReply, leavesTheOutputsAsTheyWere)
 {
-    LedMouseOf<RD110Model> mouse([](ScriptedMouse& device) {
+    Opened<RD110Model> mouse([](ScriptedDevice& device) {
         device.silence("52 28");
         device.answer("52 2B", "52 2C 00 00 01 3C");
         device.answer("52 A8", "51 A8 00 00 01 02 03");

@@ -38,27 +38,11 @@ protected:
         return Notifications::await(0);
     }
 
-    static std::string text(const char* what) { return std::string("[PYRUX]") + Model::name + " " + what; }
+    static std::string text(const char* what) { return "[PYRUX]" + Model::facts().model + " " + what; }
 
-    LedMouseOf<Model> mouse;
+    Opened<Model> mouse;
 };
-TYPED_TEST_SUITE(LedMouseEvents, LedMouseModels, LedMouseModelName);
-
-TYPED_TEST(LedMouseEvents, areAskedForAtTheStart)
-{
-    const auto device = std::make_shared<ScriptedMouse>(identityOf<TypeParam>());
-    device->silence("42"); // of which no reply is waited for
-    const std::string path = sim::plug(device);
-    auto* const host = TypeParam::factory(path.c_str());
-    ASSERT_NE(host, nullptr);
-    EXPECT_EQ(takeWritten(path), wire("42 00 00 00 01 00 00 01 01 | 42 10 00 00 01 00 00 01 01 | "
-                                      "42 00 40 00 01 | 42 10 40 00 01 | 43 00 00 00 01"));
-    EXPECT_EQ(TypeParam::factory(path.c_str()), host);
-    EXPECT_EQ(takeWritten(path), "");
-    EXPECT_EQ(host->exit_device(0), E_OK);
-    EXPECT_EQ(takeWritten(path), wire("41 01 | 41 00"));
-    sim::unplug(path);
-}
+TYPED_TEST_SUITE(LedMouseEvents, LedMouseModels, ModelName);
 
 TYPED_TEST(LedMouseEvents, tellOfTheDpiButton)
 {
@@ -148,9 +132,9 @@ TYPED_TEST(LedMouseEvents, shiftTheKeysWhileButtonOneIsDown)
 
 /// What another mouse's button 1 does to the keys of this one.
 template <class Other, class Model>
-std::string shiftedBy(LedMouseOf<Model>& mouse)
+std::string shiftedBy(Opened<Model>& mouse)
 {
-    LedMouseOf<Other> other;
+    Opened<Other> other;
     other.device->send("43 01 00 00 01 C0");
     EXPECT_EQ(other->stopSurfaceLearning(), E_OK);
     Notifications::clear();
@@ -165,7 +149,7 @@ std::string shiftedBy(LedMouseOf<Model>& mouse)
 TYPED_TEST(LedMouseEvents, shiftTheKeysOfAllMiceOfTheModelAndOfNoOther)
 {
     const auto expected = [](const char* other) {
-        return TypeParam::name == std::string(other) ? "4:62" : "4:30";
+        return TypeParam::facts().model == other ? "4:62" : "4:30";
     };
     EXPECT_EQ(shiftedBy<RD215Model>(this->mouse), expected("RD215"));
     EXPECT_EQ(shiftedBy<RD230Model>(this->mouse), expected("RD230"));
@@ -181,10 +165,10 @@ TYPED_TEST(LedMouseEvents, shiftTheKeysOfAllMiceOfTheModelAndOfNoOther)
 
 TEST(LedMouseReader, givesUpAtTheThirtyFirstFailure)
 {
-    LedMouseOf<RD215Model> first;
-    LedMouseOf<RD230Model> second;
-    LedMouseOf<RD240Model> third;
-    LedMouseOf<RD110Model> fourth;
+    Opened<RD215Model> first;
+    Opened<RD230Model> second;
+    Opened<RD240Model> third;
+    Opened<RD110Model> fourth;
     forgetDebugOutput();
     for (const std::string& path : {first.path, second.path, third.path, fourth.path})
         sim::setConduct(path, {.readFailures = 31});

@@ -42,9 +42,9 @@ protected:
             std::this_thread::yield();
     }
 
-    LedMouseOf<Model> mouse;
+    Opened<Model> mouse;
 };
-TYPED_TEST_SUITE(LedMouseLights, LedMouseModels, LedMouseModelName);
+TYPED_TEST_SUITE(LedMouseLights, LedMouseModels, ModelName);
 
 TYPED_TEST(LedMouseLights, areTakenOverDark)
 {
@@ -132,10 +132,10 @@ TYPED_TEST(LedMouseLights, logOnlyWhatDoesNotRunAtFrameRate)
             this->mouse->setLightingTurnOff();
             this->mouse->setLightingUninit();
         }),
-        (Lines{ownLine<TypeParam>("setLightingInit, #"), ownLine<TypeParam>("setLightingInit, ret = 0"),
-               ownLine<TypeParam>("setLightingTurnOff, #"), ownLine<TypeParam>("setLightingTurnOff, ret = 0"),
-               ownLine<TypeParam>("setLightingUninit, #"),
-               ownLine<TypeParam>("setLightingUninit, ret = 0")}));
+        (Lines{
+            hostLine<TypeParam>("setLightingInit, #"), hostLine<TypeParam>("setLightingInit, ret = 0"),
+            hostLine<TypeParam>("setLightingTurnOff, #"), hostLine<TypeParam>("setLightingTurnOff, ret = 0"),
+            hostLine<TypeParam>("setLightingUninit, #"), hostLine<TypeParam>("setLightingUninit, ret = 0")}));
 }
 
 TYPED_TEST(LedMouseLights, areSlowUntilTheHostTakesThemAndWhenItGivesThemBack)
@@ -248,7 +248,7 @@ TYPED_TEST(LedMouseLights, runBesideCommandsWithReplies)
 
 TEST(LedMouseStalled, endsWithAFrameInTheAir)
 {
-    LedMouseOf<RD215Model> mouse;
+    Opened<RD215Model> mouse;
     sim::setConduct(mouse.path, {.writeTime = 60s});
     mouse->setSyncLightingData(frame(1));
     while (sim::writersInside() == 0)
@@ -260,7 +260,7 @@ TEST(LedMouseStalled, endsWithAFrameInTheAir)
 
 WAITING_TEST(LedMouseStalled, tellsOfReportsThatAreNotTaken)
 {
-    LedMouseOf<RD215Model> mouse;
+    Opened<RD215Model> mouse;
     sim::setConduct(mouse.path, {.writeTime = 60s});
     EXPECT_EQ(mouse->setLightingInit(), E_WRITE_TIMEOUT);
     EXPECT_EQ(mouse->setLightingUninit(), E_WRITE_TIMEOUT);

@@ -2,6 +2,7 @@
 
 #include "simulator/models/led_mouse.h"
 #include "tests/support/led_mouse.h"
+#include "tests/support/simulated_device.h"
 
 #include <gtest/gtest.h>
 
@@ -14,53 +15,9 @@ namespace pyrux::test {
 namespace {
 
 template <class Model>
-struct FirmwareOf;
-template <>
-struct FirmwareOf<RD215Model> {
-    using Type = sim::RD215Firmware;
+class SimulatedLedMouse : public Simulated<sim::LedMouseFirmware, Model> {
 };
-template <>
-struct FirmwareOf<RD230Model> {
-    using Type = sim::RD230Firmware;
-};
-template <>
-struct FirmwareOf<RD240Model> {
-    using Type = sim::RD240Firmware;
-};
-template <>
-struct FirmwareOf<RD110Model> {
-    using Type = sim::RD110Firmware;
-};
-
-template <class Model>
-class SimulatedLedMouse : public testing::Test {
-protected:
-    SimulatedLedMouse()
-        : device(std::make_shared<typename FirmwareOf<Model>::Type>()), path(sim::plug(device)),
-          host(Model::factory(path.c_str()))
-    {
-    }
-
-    ~SimulatedLedMouse() override
-    {
-        sim::unplug(path);
-        host->exit_device(1);
-    }
-
-    /// Waits until the device has shown as many frames since power-on.
-    void awaitFrames(int count)
-    {
-        const auto deadline = std::chrono::steady_clock::now() + patience;
-        while (device->frames() < count && std::chrono::steady_clock::now() < deadline)
-            std::this_thread::yield();
-        EXPECT_EQ(device->frames(), count);
-    }
-
-    std::shared_ptr<sim::LedMouseFirmware> device;
-    std::string path;
-    typename Model::Interface* host;
-};
-TYPED_TEST_SUITE(SimulatedLedMouse, LedMouseModels, LedMouseModelName);
+TYPED_TEST_SUITE(SimulatedLedMouse, LedMouseModels, ModelName);
 
 TYPED_TEST(SimulatedLedMouse, keepsItsEffects)
 {

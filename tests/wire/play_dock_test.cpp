@@ -115,10 +115,10 @@ TEST_F(PlayDock, tellsOfARefusal)
         forgetDebugOutput();
         EXPECT_EQ(request.call(dock.host), E_INVALID_GET) << request.name;
         const std::string name = request.name;
-        EXPECT_EQ(debugLines(), (Lines{hubLine<PlayDockModel>(name + ", #"),
+        EXPECT_EQ(debugLines(), (Lines{hostLine<PlayDockModel>(name + ", #"),
                                        // "error code = 201"; a number behind a comma is shown as "#"
-                                       hubLine<PlayDockModel>(name + ", error code = 201"),
-                                       hubLine<PlayDockModel>(name + ", ret = -3")}))
+                                       hostLine<PlayDockModel>(name + ", error code = 201"),
+                                       hostLine<PlayDockModel>(name + ", ret = -3")}))
             << name;
         dock.written(1 + request.queued);
     }
@@ -140,7 +140,7 @@ WAITING_TEST(PlayDockMissingReply, failsEveryRequest)
     std::vector<std::function<void()>> scenarios;
     for (const Request& request : requests())
         scenarios.emplace_back([request] {
-            HubOf<PlayDockModel> dock([](ScriptedMouse& device) { device.silence("80 01"); });
+            HubOf<PlayDockModel> dock([](ScriptedDevice& device) { device.silence("80 01"); });
             dock.device->silence(request.sent);
             EXPECT_EQ(request.call(dock.host), E_INVALID_GET) << request.name;
             EXPECT_EQ(reports(dock.written(1 + request.queued)).size(), 1 + request.queued) << request.name;

@@ -57,7 +57,7 @@ bool comesTrue(const std::function<bool()>& condition)
 
 TEST(PowerSupply, tellsMeansOfWhatItHasSent)
 {
-    OpenedMouse<PYRUX_PSUCTRL_Base> supplyOf(psuCtrl, supply(0x018D));
+    OpenedDevice<PYRUX_PSUCTRL_Base> supplyOf(psuCtrl, supply(0x018D));
     for (const char* text : {"[V1230.5]", "[V1230.7]", "[I1002.0]", "[P10.50]", "[V5012.0]", "[I5010.0]",
                              "[V7999.9]", "[V1999.9", "[V19x9.9]", "[R11200]", "[T1041.5]"})
         supplyOf.device->send(coded(text));
@@ -76,7 +76,7 @@ TEST(PowerSupply, tellsMeansOfWhatItHasSent)
 
 TEST(PowerSupply, asksForItsFan)
 {
-    OpenedMouse<PYRUX_VOLTGRID_Base> grid(voltgrid, supply(0x0030));
+    OpenedDevice<PYRUX_VOLTGRID_Base> grid(voltgrid, supply(0x0030));
     grid.device->answer(coded("[MQ]"), coded("[M5]"));
     const char* points[]{"[m13002]", "[m24004]", "[m36006]", "[m47010]"};
     for (int i = 0; i < 4; ++i)
@@ -92,7 +92,7 @@ TEST(PowerSupply, asksForItsFan)
 
 WAITING_TEST(PowerSupply, entersItsFanModeTwiceForACurve)
 {
-    OpenedMouse<PYRUX_PSUCTRL_Base> supplyOf(psuCtrl, supply(0x01A5));
+    OpenedDevice<PYRUX_PSUCTRL_Base> supplyOf(psuCtrl, supply(0x01A5));
     const PsuCtrlFan fan{.mode = 5, .speed = 0, .points = {{25, 5}, {40, 37}, {60, 89}, {70, 95}}};
     EXPECT_EQ(supplyOf->setFan(fan), E_OK);
     EXPECT_EQ(texts(supplyOf.path, 0), "[M5][m12501][m24004][m36009][m47010][M2][M5]");
@@ -104,7 +104,7 @@ WAITING_TEST(PowerSupply, entersItsFanModeTwiceForACurve)
 
 TEST(PowerSupply, tellsItsVersionAndRailMode)
 {
-    OpenedMouse<PYRUX_VOLTGRID_Base> grid(voltgrid, supply(0x0030));
+    OpenedDevice<PYRUX_VOLTGRID_Base> grid(voltgrid, supply(0x0030));
     grid.device->answer(coded("[SQ]"), coded("C2.13"));
     std::uint8_t family = 9, major = 0, minor = 0, mode = 0;
     EXPECT_EQ(grid->getVersion(&family, &major, &minor), E_OK);

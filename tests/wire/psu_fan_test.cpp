@@ -73,7 +73,7 @@ protected:
 
     SupplyOf<Model> supply;
 };
-TYPED_TEST_SUITE(PsuFanTest, SupplyModels, SupplyModelName);
+TYPED_TEST_SUITE(PsuFanTest, SupplyModels, ModelName);
 
 TYPED_TEST(PsuFanTest, isReadWithoutACurveInTheBuiltInModes)
 {
@@ -163,12 +163,12 @@ TYPED_TEST(PsuFanTest, isNoLongerReadWhenARequestFails)
 
 TYPED_TEST(PsuFanTest, logsWhereTheClassDoes)
 {
-    const auto line = [](const char* text) { return std::string(TypeParam::tag) + text; };
+    const auto line = [](const char* text) { return ownLine<TypeParam>(text); };
     const auto with = [](const Lines& own, std::string name, const char* result) {
-        Lines lines{supplyLine<TypeParam>(name + ", #")};
+        Lines lines{hostLine<TypeParam>(name + ", #")};
         if (TypeParam::isPsuCtrl)
             lines.insert(lines.end(), own.begin(), own.end());
-        lines.push_back(supplyLine<TypeParam>(name + ", ret = " + result));
+        lines.push_back(hostLine<TypeParam>(name + ", ret = " + result));
         return lines;
     };
     auto fan = fanOf<typename TypeParam::Fan>(3);
@@ -188,10 +188,10 @@ TYPED_TEST(PsuFanTest, logsThatNoReplyCame)
     this->supply.tell({"[R11200]"});
     auto fan = fanOf<typename TypeParam::Fan>(2, defaultCurve);
     const Lines lines = debugLinesOf([&] { EXPECT_EQ(this->supply->getFan(fan), E_INVALID_GET); });
-    Lines expected{supplyLine<TypeParam>("getFan, #"), std::string(TypeParam::tag) + "cannot receive"};
+    Lines expected{hostLine<TypeParam>("getFan, #"), ownLine<TypeParam>("cannot receive")};
     if (TypeParam::isPsuCtrl)
-        expected.push_back(std::string(TypeParam::tag) + "getPsuCtrlDeviceFan,ret=E_INVALID_GET");
-    expected.push_back(supplyLine<TypeParam>("getFan, ret = -3"));
+        expected.push_back(ownLine<TypeParam>("getPsuCtrlDeviceFan,ret=E_INVALID_GET"));
+    expected.push_back(hostLine<TypeParam>("getFan, ret = -3"));
     EXPECT_EQ(lines, expected);
     EXPECT_EQ(fan.speed, 1200); // goes to the record first
     EXPECT_EQ(this->supply.asked(), "[MQ]");
@@ -339,9 +339,9 @@ TEST(PsuCtrlFan, logsThatAWriteFailed)
     sim::setConduct(supply.path, {.writeTime = 60s});
     const Lines lines =
         debugLinesOf([&] { EXPECT_EQ(supply->setFan(fanOf<PsuCtrlFan>(1)), E_WRITE_TIMEOUT); });
-    EXPECT_EQ(lines, (Lines{supplyLine<PsuCtrlModel>("setFan, #"),
-                            std::string(PsuCtrlModel::tag) + "setPsuCtrlDeviceFan,ret=E_INVALID_GET",
-                            supplyLine<PsuCtrlModel>("setFan, ret = -12")}));
+    EXPECT_EQ(lines, (Lines{hostLine<PsuCtrlModel>("setFan, #"),
+                            ownLine<PsuCtrlModel>("setPsuCtrlDeviceFan,ret=E_INVALID_GET"),
+                            hostLine<PsuCtrlModel>("setFan, ret = -12")}));
     sim::releaseWrites(supply.path);
 }
 

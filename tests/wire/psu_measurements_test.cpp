@@ -57,7 +57,7 @@ protected:
 
     SupplyOf<Model> supply;
 };
-TYPED_TEST_SUITE(PsuMeasurements, SupplyModels, SupplyModelName);
+TYPED_TEST_SUITE(PsuMeasurements, SupplyModels, ModelName);
 
 TYPED_TEST(PsuMeasurements, areZeroUntilTheSupplySpeaks)
 {
@@ -283,9 +283,7 @@ TYPED_TEST(PsuMeasurements, logTheFanSpeedWhereTheClassDoes)
     const Lines lines = debugLinesOf([&] {
         this->supply.tell({"[R11234]", "[R10060]", "[T1041.5]", "[R1x000]"});
     });
-    const auto times = [&](const char* text) {
-        return std::ranges::count(lines, std::string(TypeParam::tag) + text);
-    };
+    const auto times = [&](const char* text) { return std::ranges::count(lines, ownLine<TypeParam>(text)); };
     const int once = TypeParam::isPsuCtrl ? 1 : 0;
     EXPECT_EQ(times("R1:fan_speed=1234"), once);
     EXPECT_EQ(times("R1:fan_speed=60"), once);
@@ -320,12 +318,12 @@ TEST(PsuCtrlLog, holdsAllMeasurements)
     // 158 W: 100 at 12 V of the first rail, 15, 7, and 36 of the other two
     EXPECT_EQ(values, (std::array<float, 15>{200.0F, 2.0F, 200.0F, 158.0F, 12.5F, 8.0F, 100.0F, 5.0F, 3.0F,
                                              15.0F, 3.5F, 2.0F, 7.0F, 1200.0F, 41.5F}));
-    Lines expected{supplyLine<PsuCtrlModel>("getLog, #")};
+    Lines expected{hostLine<PsuCtrlModel>("getLog, #")};
     for (const char* text : {"TEMP=41.5", "VOUT_V12=12.5", ",IOUT_V12=8", ",POUT_V12=100", ",VOUT_V5=5",
                              ",IOUT_V5=3", ",POUT_V5=15", "VOUT_V3d3=3.5", ",IOUT_V3d3=2", ",POUT_V3d3=7",
                              ",speed=1200", ",P_IN=200", ",P_OUT=158", ",V_AC=200", "I_AC=2"})
-        expected.push_back(std::string(PsuCtrlModel::tag) + "getPsuCtrlDeviceLog" + text);
-    expected.push_back(supplyLine<PsuCtrlModel>("getLog, ret = 0"));
+        expected.push_back(ownLine<PsuCtrlModel>("getPsuCtrlDeviceLog") + text);
+    expected.push_back(hostLine<PsuCtrlModel>("getLog, ret = 0"));
     EXPECT_EQ(lines, expected);
     EXPECT_EQ(supply.asked(), "");
 }
@@ -334,7 +332,7 @@ template <class Model>
 void readerEndsAtTheThirtiethFailure()
 {
     SupplyOf<Model> supply;
-    const std::string line = std::string("[PYRUX]") + Model::name + " USB fail";
+    const std::string line = Model::facts().reader;
     forgetDebugOutput();
     sim::setConduct(supply.path, {.readFailures = 29});
     std::uint8_t mode = 0;

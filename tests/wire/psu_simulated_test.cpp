@@ -68,7 +68,7 @@ class SimulatedSupply : public testing::Test {
 protected:
     SimulatedSupplyOf<Model> supply;
 };
-TYPED_TEST_SUITE(SimulatedSupply, SupplyModels, SupplyModelName);
+TYPED_TEST_SUITE(SimulatedSupply, SupplyModels, ModelName);
 
 TYPED_TEST(SimulatedSupply, tellsTheMeansOfItsMeasurements)
 {

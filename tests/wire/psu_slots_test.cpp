@@ -1,163 +1,86 @@
-// The boundary of the power supplies: slots of the virtual table, the object's fields, the core's hooks
-// behind them. Nothing here uses the interfaces' declarations.
+// The slots of the power supplies.
 
-#include "tests/support/debug_log.h"
-#include "tests/support/member_call.h"
-#include "tests/support/supply.h"
-
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cstdint>
-#include <cstring>
-#include <vector>
+#include "tests/support/slots.h"
+#include "tests/support/supply_texts.h"
 
 namespace pyrux::test {
 namespace {
 
-using Byte = std::uint8_t;
+// The supply has told 200.0 V and 41.5 degrees. The memory's first byte is a fan mode.
 
-enum class Takes { byte, record, threeOutputs };
-
-struct Slot {
-    const char* name;
-    Takes takes;
-    Byte byte;           ///< First argument, if it is a byte.
-    const char* asked;   ///< What the call sends.
-    const char* outcome; ///< How the record or the outputs begin then.
-};
-
-constexpr Slot getLog{"getLog", Takes::record, 0, "", "00 00 48 43 00 00 00 00"}; // 200.0, 0.0
-
-/// The slots of a model, in their order. The supply has told 200.0 V and 41.5 degrees.
-template <class Model>
-std::vector<Slot> slotsOf()
+std::vector<Slot> voltgridSlots()
 {
-    std::vector<Slot> slots{
-        {"getInput", Takes::record, 0, "", "00 00 48 43 00 00 00 00"},
-        {"getOutput", Takes::record, 0, "", "00 00 00 00 00 00 00 00"},
-        {"getFan", Takes::record, 0, "[MQ]", "03"},
-        {"getThermal", Takes::record, 0, "", "00 00 26 42 EE"}, // 41.5
-        {"getMultiRail", Takes::record, 0, "[OQ]", "02 EE"},
-        {"setFan", Takes::record, 0, "[M4]", "04 EE EE EE"},
-        {"setMultiRail", Takes::byte, 3, "[O3]", "04 EE EE EE"},
-        {"getVersion", Takes::threeOutputs, 0, "[SQ]", "00 0C 22 EE"},
-        {"exit_device", Takes::byte, 0, "", "04 EE EE EE"},
+    return {
+        {"getInput", with(memory), "04", "", "00 00 48 43 " + times(20, "00")},
+        {"getOutput", with(memory), "04", "", times(40, "00")},
+        {"getFan", with(memory), "04", "[MQ]", "03 " + times(19, "00")},
+        {"getThermal", with(memory), "04", "", "00 00 26 42"},
+        {"getMultiRail", with(memory), "04", "[OQ]", "02"},
+        {"setFan", with(memory), "04", "[M4]"},
+        {"setMultiRail", with(Byte{3}), "", "[O3]"},
+        {"getVersion", with(at(0), at(1), at(2)), "", "[SQ]", "00 0C 22"},
+        {"exit_device", with(Byte{0}), "", "", "", Sort::exit},
     };
-    if (Model::isPsuCtrl)
-        slots.insert(slots.begin() + 5, getLog);
-    return slots;
 }
 
-template <class... Values>
-std::int32_t callEntry(void* object, std::size_t number, Values... values)
+std::vector<Slot> psuCtrlSlots()
 {
-    using Operation = std::int32_t(PYRUX_MEMBER_CALL*)(void*, Values...);
-    return reinterpret_cast<Operation>((*static_cast<void***>(object))[number])(object, values...);
+    const auto logged = [](const char* text) { return std::string("getPsuCtrlDeviceLog") + text; };
+    return {
+        {"getInput", with(memory), "04", "", "00 00 48 43 " + times(20, "00")},
+        {"getOutput", with(memory), "04", "", times(40, "00")},
+        {"getFan",
+         with(memory),
+         "04",
+         "[MQ]",
+         "03 " + times(11, "00"),
+         Sort::logged,
+         0,
+         {"getPsuCtrlDeviceFan,ret=0"}},
+        {"getThermal", with(memory), "04", "", "00 00 26 42"},
+        {"getMultiRail", with(memory), "04", "[OQ]", "02"},
+        {"getLog",
+         with(memory),
+         "",
+         "",
+         "00 00 48 43 " + times(52, "00") + " 00 00 26 42",
+         Sort::logged,
+         0,
+         {logged("TEMP=41.5"), logged("VOUT_V12=0"), logged(",IOUT_V12=0"), logged(",POUT_V12=0"),
+          logged(",VOUT_V5=0"), logged(",IOUT_V5=0"), logged(",POUT_V5=0"), logged("VOUT_V3d3=0"),
+          logged(",IOUT_V3d3=0"), logged(",POUT_V3d3=0"), logged(",speed=0"), logged(",P_IN=0"),
+          logged(",P_OUT=0"), logged(",V_AC=200"), logged("I_AC=0")}},
+        {"setFan", with(memory), "04", "[M4]", "", Sort::logged, 0, {"setPsuCtrlDeviceFan end.ret=0"}},
+        {"setMultiRail", with(Byte{3}), "", "[O3]"},
+        {"getVersion", with(at(0), at(1), at(2)), "", "[SQ]", "00 0C 22"},
+        {"exit_device", with(Byte{0}), "", "", "", Sort::exit},
+    };
 }
 
-std::int32_t callSlot(void* object, std::size_t number, const Slot& slot, Byte* record)
+void answer(ScriptedDevice& device)
 {
-    switch (slot.takes) {
-    case Takes::byte:
-        return callEntry(object, number, slot.byte);
-    case Takes::record:
-        return callEntry(object, number, static_cast<void*>(record));
-    case Takes::threeOutputs:
-        return callEntry(object, number, record, record + 1, record + 2);
-    }
-    return -1;
+    device.answer(ascii("[MQ]"), ascii("[M3]"));
+    device.answer(ascii("[OQ]"), ascii("[O2]"));
+    device.answer(ascii("[SQ]"), ascii("C12.34"));
 }
 
-/// One size holds all records. The first byte is a fan mode.
-using Record = std::array<Byte, 64>;
-Record freshRecord()
+/// The supply tells of itself; the reply to getMultiRail comes after that.
+void tell(ScriptedDevice& device, void* host)
 {
-    Record record;
-    record.fill(0xEE);
-    record[0] = 4;
-    return record;
+    device.send(ascii("[V1200.0]"));
+    device.send(ascii("[T1041.5]"));
+    Byte mode = 0;
+    callEntry(host, 4, &mode);
 }
 
-template <class Model>
-class PsuSlots : public testing::Test {
-};
-TYPED_TEST_SUITE(PsuSlots, SupplyModels, SupplyModelName);
-
-TYPED_TEST(PsuSlots, standInTheListedOrder)
+SlotTable tableOf(const char* model, std::vector<Slot> slots)
 {
-    const std::vector<Slot> slots = slotsOf<TypeParam>();
-    ASSERT_EQ(slots.size(), TypeParam::isPsuCtrl ? 10U : 9U);
-    for (std::size_t number = 0; number < slots.size(); ++number) {
-        const Slot& slot = slots[number];
-        SupplyOf<TypeParam> supply;
-        supply.answer("[MQ]", "[M3]");
-        supply.answer("[OQ]", "[O2]");
-        supply.answer("[SQ]", "C12.34");
-        supply.tell({"[V1200.0]", "[T1041.5]"});
-        Record record = freshRecord();
-        std::int32_t result = -1;
-        const Lines lines =
-            debugLinesOf([&] { result = callSlot(supply.host, number, slot, record.data()); });
-        EXPECT_EQ(result, 0) << slot.name;
-        EXPECT_EQ(supply.asked(), slot.asked) << slot.name;
-        const ByteVector outcome = bytes(slot.outcome);
-        EXPECT_EQ(hex(std::span(record).first(outcome.size())), slot.outcome) << slot.name;
-        ASSERT_FALSE(lines.empty()) << slot.name;
-        const std::string name = slot.name;
-        EXPECT_EQ(lines.front(), supplyLine<TypeParam>(name + ", #"));
-        if (name != "exit_device") {
-            EXPECT_EQ(lines.back(), supplyLine<TypeParam>(name + ", ret = 0"));
-        }
-    }
+    return {.model = model, .slots = std::move(slots), .prepare = answer, .begin = tell, .fill = 0xEE};
 }
 
-TYPED_TEST(PsuSlots, allAnswerThatTheObjectIsClosed)
-{
-    const std::vector<Slot> slots = slotsOf<TypeParam>();
-    SupplyOf<TypeParam> supply;
-    EXPECT_EQ(callEntry(supply.host, slots.size() - 1, Byte{1}), 0);
-    for (std::size_t number = 0; number + 1 < slots.size(); ++number) {
-        const Slot& slot = slots[number];
-        Record record = freshRecord();
-        std::int32_t result = 0;
-        const Lines lines =
-            debugLinesOf([&] { result = callSlot(supply.host, number, slot, record.data()); });
-        EXPECT_EQ(result, -11) << slot.name;
-        EXPECT_EQ(record, freshRecord()) << slot.name;
-        EXPECT_EQ(lines, Lines{supplyLine<TypeParam>(std::string(slot.name) + ", #")}) << slot.name;
-    }
-    EXPECT_EQ(callEntry(supply.host, slots.size() - 1, Byte{0}), 0);
-    EXPECT_EQ(supply.asked(), "");
-}
-
-/// What stands in a host object, as a host without headers sees it.
-struct Object {
-    void* table;
-    void* probeTable;
-    std::int32_t openFailed;
-    void* device;
-    std::int32_t closed;
-};
-
-TYPED_TEST(PsuSlots, leaveTheFieldsBehindTwoTables)
-{
-    SupplyOf<TypeParam> supply;
-    auto* const object = reinterpret_cast<Object*>(supply.host);
-    EXPECT_EQ(object->openFailed, 0);
-    EXPECT_NE(object->device, nullptr);
-    EXPECT_EQ(object->closed, 0);
-    void* const probe = &object->probeTable;
-    const Byte gone = 1;
-    EXPECT_EQ(debugLinesOf([&] { EXPECT_EQ(callEntry(probe, 2, &gone), 0); }),
-              Lines{supplyLine<TypeParam>("device_pre_exit, #")});
-    EXPECT_EQ(object->closed, 1);
-    EXPECT_NE(object->device, nullptr);
-    EXPECT_EQ(debugLinesOf([&] { EXPECT_EQ(callEntry(probe, 4, &gone), 0); }),
-              (Lines{std::string(TypeParam::tag) + "exit devie " + TypeParam::name + " by probe",
-                     supplyLine<TypeParam>("exit_device, #")}));
-    EXPECT_EQ(supply.asked(), "");
-}
+const AddSlotTables supplies([] {
+    return std::vector<SlotTable>{tableOf("voltgrid", voltgridSlots()), tableOf("psuCtrl", psuCtrlSlots())};
+});
 
 } // namespace
 } // namespace pyrux::test

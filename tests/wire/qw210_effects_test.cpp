@@ -33,7 +33,7 @@ protected:
         return textOf(record);
     }
 };
-TYPED_TEST_SUITE(KeyboardEffects, KeyboardModels, KeyboardModelName);
+TYPED_TEST_SUITE(KeyboardEffects, KeyboardModels, ModelName);
 
 constexpr const char* general = "88 88 88 88";
 
@@ -176,7 +176,7 @@ TYPED_TEST(KeyboardEffects, areChosen)
 
 TYPED_TEST(KeyboardEffects, areCurrentFromTheStartAsTheDeviceTells)
 {
-    KeyboardOf<TypeParam> other([](ScriptedMouse& device) { device.answer("52 28", "52 28 00 00 0C"); });
+    KeyboardOf<TypeParam> other([](ScriptedDevice& device) { device.answer("52 28", "52 28 00 00 0C"); });
     other.device->answer("52 28", "52 28 00 00 FF");
     std::uint8_t id = 0xEE;
     EXPECT_EQ(other->getEffectMode(&id), E_OK);

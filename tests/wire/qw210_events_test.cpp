@@ -51,9 +51,9 @@ protected:
         return !written.empty();
     }
 
-    static std::string text(const char* what) { return std::string("[PYRUX]") + Model::name + " " + what; }
+    static std::string text(const char* what) { return "[PYRUX]" + Model::facts().model + " " + what; }
 };
-TYPED_TEST_SUITE(KeyboardEvents, KeyboardModels, KeyboardModelName);
+TYPED_TEST_SUITE(KeyboardEvents, KeyboardModels, ModelName);
 
 std::string keyReport(int number, const char* state)
 {
@@ -177,7 +177,7 @@ std::string shiftedBy(KeyboardOf<Model>& keyboard)
 TYPED_TEST(KeyboardEvents, areShiftedByFnOfEveryKeyboardOfTheModel)
 {
     const auto expected = [](const char* other) {
-        return TypeParam::name == std::string(other) ? "2:16388" : "2:4";
+        return TypeParam::facts().model == other ? "2:16388" : "2:4";
     };
     EXPECT_EQ(shiftedBy<QW210Model>(this->keyboard), expected("QW210"));
     EXPECT_EQ(shiftedBy<QW220Model>(this->keyboard), expected("QW220"));

@@ -46,7 +46,7 @@ protected:
         return this->keyboard.written(count);
     }
 };
-TYPED_TEST_SUITE(KeyboardLights, KeyboardModels, KeyboardModelName);
+TYPED_TEST_SUITE(KeyboardLights, KeyboardModels, ModelName);
 
 TYPED_TEST(KeyboardLights, areTakenOverWithoutWaitingForReplies)
 {

@@ -13,7 +13,7 @@ namespace {
 template <class Model>
 class KeyboardMacro : public KeyboardTest<Model> {
 };
-TYPED_TEST_SUITE(KeyboardMacro, KeyboardModels, KeyboardModelName);
+TYPED_TEST_SUITE(KeyboardMacro, KeyboardModels, ModelName);
 
 constexpr const char* nameBytes = "4D 61 63 72 6F 20 35 00 AA BB CC DD EE FF 01 02";
 
@@ -168,7 +168,7 @@ TYPED_TEST(KeyboardMacro, isWrittenEventByEvent)
 }
 
 /// Lays a macro into place 5 of a device.
-void holdMacro(ScriptedMouse& device, const char* field, int count)
+void holdMacro(ScriptedDevice& device, const char* field, int count)
 {
     std::string all = events(0, count) + endMark;
     device.answer("52 18 05", std::string("52 18 05 77 ") + field);

@@ -19,7 +19,7 @@ namespace {
 template <class Model>
 class KeyboardMemory : public testing::Test {
 };
-TYPED_TEST_SUITE(KeyboardMemory, KeyboardModels, KeyboardModelName);
+TYPED_TEST_SUITE(KeyboardMemory, KeyboardModels, ModelName);
 
 /// An effect memory that is put together piece by piece.
 class Memory {
@@ -58,7 +58,7 @@ public:
                  put(header + entries));
     }
 
-    void hold(ScriptedMouse& device) const
+    void hold(ScriptedDevice& device) const
     {
         for (const auto& [effect, text] : descriptors) {
             const std::string command = "56 14 " + hex(std::span(&effect, 1));
@@ -138,7 +138,7 @@ TYPED_TEST(KeyboardMemory, isReadByTheRowsOfTheEffects)
             else
                 memory.effect(number, {row.record});
         }
-        KeyboardOf<TypeParam> keyboard([&](ScriptedMouse& device) { memory.hold(device); });
+        KeyboardOf<TypeParam> keyboard([&](ScriptedDevice& device) { memory.hold(device); });
         for (const auto& [number, ofEffect] : rows) {
             const EffectRow& row = *ofEffect[std::min(round, ofEffect.size() - 1)];
             EXPECT_EQ(copyOf(keyboard, number), row.reads) << row.record;
@@ -148,7 +148,8 @@ TYPED_TEST(KeyboardMemory, isReadByTheRowsOfTheEffects)
 
 TYPED_TEST(KeyboardMemory, ofTheFactoryIsReadAndWrittenBack)
 {
-    KeyboardOf<TypeParam> keyboard([](ScriptedMouse& device) { holdImage(device, TypeParam::factoryImage); });
+    KeyboardOf<TypeParam> keyboard(
+        [](ScriptedDevice& device) { holdImage(device, TypeParam::factoryImage); });
     static constexpr const char* effects[]{
         "00 FF FF FF 00 00 FF 00 00 00 00 00", // 0
         "01 00 00 00 03 00 FF 00 00 00 00 00", // 1
@@ -185,7 +186,7 @@ TYPED_TEST(KeyboardMemory, ofTheFactoryIsReadAndWrittenBack)
 
 TYPED_TEST(KeyboardMemory, ofAnotherKindIsReadAndWrittenBack)
 {
-    KeyboardOf<TypeParam> keyboard([](ScriptedMouse& device) {
+    KeyboardOf<TypeParam> keyboard([](ScriptedDevice& device) {
         holdImage(device, TypeParam::changedImage);
         device.answer("52 28", "52 28 00 00 13");
     });
@@ -282,7 +283,7 @@ TYPED_TEST(KeyboardMemory, thatIsEmptyLacksTheRainEffect)
 {
     forgetDebugOutput();
     KeyboardOf<TypeParam> keyboard;
-    EXPECT_EQ(std::ranges::count(debugLines(), std::string(TypeParam::tag) + "RAIN effect not found"), 1);
+    EXPECT_EQ(std::ranges::count(debugLines(), ownLine<TypeParam>("RAIN effect not found")), 1);
     for (std::uint8_t i = 0; i < 17; ++i)
         if (i != 4 && i != 10) {
             EXPECT_EQ(copyOf(keyboard, i), times(12, "00")) << int(i);
@@ -301,11 +302,11 @@ TYPED_TEST(KeyboardMemory, thatIsEmptyLacksTheRainEffect)
 TYPED_TEST(KeyboardMemory, withoutTheRainEffectKeepsTheOthers)
 {
     forgetDebugOutput();
-    KeyboardOf<TypeParam> keyboard([](ScriptedMouse& device) {
+    KeyboardOf<TypeParam> keyboard([](ScriptedDevice& device) {
         holdImage(device, TypeParam::changedImage);
         device.answer("56 14 11", "56 14 11");
     });
-    EXPECT_EQ(std::ranges::count(debugLines(), std::string(TypeParam::tag) + "RAIN effect not found"), 1);
+    EXPECT_EQ(std::ranges::count(debugLines(), ownLine<TypeParam>("RAIN effect not found")), 1);
     EXPECT_EQ(copyOf(keyboard, 3), "03 13 23 33 04 00 A3 01 43 53 63 73");
     EXPECT_EQ(copyOf(keyboard, 10), "0A FF FF FF 01 00 AA 00 4A 5A 6A 7A");
     EXPECT_EQ(copyOf(keyboard, 17), "11 FF FF FF 03 00 FF 00 00 00 00 FF");
@@ -330,8 +331,8 @@ TYPED_TEST(KeyboardMemory, withTheRainEffectHasNothingChanged)
     forgetDebugOutput();
     Memory memory;
     memory.effect(17, {background, rain});
-    KeyboardOf<TypeParam> keyboard([&](ScriptedMouse& device) { memory.hold(device); });
-    EXPECT_EQ(std::ranges::count(debugLines(), std::string(TypeParam::tag) + "RAIN effect not found"), 0);
+    KeyboardOf<TypeParam> keyboard([&](ScriptedDevice& device) { memory.hold(device); });
+    EXPECT_EQ(std::ranges::count(debugLines(), ownLine<TypeParam>("RAIN effect not found")), 0);
     EXPECT_EQ(copyOf(keyboard, 17), "11 11 22 33 03 00 80 00 44 55 66 77");
     EXPECT_EQ(copyOf(keyboard, 10), times(12, "00"));
 }
@@ -345,7 +346,7 @@ TYPED_TEST(KeyboardMemory, mayHoldRecordsThatAreNotKnown)
                       "00 00 00 00 00 00 00 00"});
     memory.effect(8, {"00 30 00 C1 0C 00 00 00 11 22 33 80 01 00 04 00 00 00 00 00"});
     memory.effect(17, {background, rain});
-    KeyboardOf<TypeParam> keyboard([&](ScriptedMouse& device) { memory.hold(device); });
+    KeyboardOf<TypeParam> keyboard([&](ScriptedDevice& device) { memory.hold(device); });
     EXPECT_EQ(copyOf(keyboard, 0), times(12, "00"));
     EXPECT_EQ(copyOf(keyboard, 7), times(12, "00"));
     EXPECT_EQ(copyOf(keyboard, 8), "08 11 22 33 03 00 80 00 00 00 00 00");
@@ -361,7 +362,7 @@ TYPED_TEST(KeyboardMemory, isReadByTheDevicesNumbers)
                   "AA BB CC DD");
     memory.effect(6, {steadyRecord, steadyRecord, steadyRecord});
     memory.effect(17, {background, rain});
-    KeyboardOf<TypeParam> keyboard([&](ScriptedMouse& device) { memory.hold(device); });
+    KeyboardOf<TypeParam> keyboard([&](ScriptedDevice& device) { memory.hold(device); });
     EXPECT_EQ(copyOf(keyboard, 0), "00 01 02 03 00 00 04 00 00 00 00 00");
     EXPECT_EQ(copyOf(keyboard, 2), "08 11 22 33 03 00 80 00 00 00 00 00"); // one frame, and another effect
     EXPECT_EQ(copyOf(keyboard, 5), "03 21 22 23 03 00 24 01 44 55 66 77");
@@ -380,7 +381,7 @@ TYPED_TEST(KeyboardMemory, leavesOutZonesThatAreNotKnown)
                   {emptyRecord, "77 77 00 C1", emptyRecord, steadyRecord, background,
                    "04 80 00 80 0B 10 00 00 21 22 23 24 02 00 02 00 00 00 00 00", emptyRecord, emptyRecord},
                   "", masks + " " + masks);
-    KeyboardOf<TypeParam> keyboard([&](ScriptedMouse& device) { memory.hold(device); });
+    KeyboardOf<TypeParam> keyboard([&](ScriptedDevice& device) { memory.hold(device); });
     ByteVector matrix;
     const std::vector<std::string> zones = zonesOf(keyboard, &matrix);
     EXPECT_EQ(zones[0], "00 01 02 03 00 00 04 00 00 00 00 00");
@@ -415,7 +416,7 @@ TYPED_TEST(KeyboardMemory, leavesOutZonesOfNoSpeed)
         memory.effect(17, {background, rain});
         memory.effect(19, {emptyRecord, record, emptyRecord, steadyRecord, emptyRecord, emptyRecord,
                            emptyRecord, emptyRecord});
-        KeyboardOf<TypeParam> keyboard([&](ScriptedMouse& device) { memory.hold(device); });
+        KeyboardOf<TypeParam> keyboard([&](ScriptedDevice& device) { memory.hold(device); });
         const std::vector<std::string> zones = zonesOf(keyboard);
         EXPECT_EQ(zones[0], "00 01 02 03 00 00 04 00 00 00 00 00") << record;
         EXPECT_EQ(zones[1], "10 FF FF FF 03 00 FF 00 00 00 00 FF") << record;
@@ -431,7 +432,7 @@ TYPED_TEST(KeyboardMemory, givesTheGroundToEachLayerOfEffectZero)
                   {steadyRecord, emptyRecord, "00 30 00 C1 0C 00 00 00 11 22 33 80 01 00 04 00 00 00 00 00",
                    emptyRecord, emptyRecord},
                   "00 08 00 10");
-    KeyboardOf<TypeParam> keyboard([&](ScriptedMouse& device) { memory.hold(device); });
+    KeyboardOf<TypeParam> keyboard([&](ScriptedDevice& device) { memory.hold(device); });
     EXPECT_EQ(layersOf(keyboard), (std::vector<std::string>{"00 01 02 03 00 00 04 00 00 00 00 00",
                                                             "08 11 22 33 03 00 80 00 00 00 00 00",
                                                             "00 01 02 03 00 00 04 00 00 00 00 00",
@@ -443,7 +444,7 @@ TYPED_TEST(KeyboardMemory, mayLeadAnywhere)
 {
     for (const char* descriptor :
          {"FF FF FF FF", "08 00 FF FF", "05 01 FF 02", "01 00 FE 02", "08 FF 00 00"}) {
-        KeyboardOf<TypeParam> keyboard([&](ScriptedMouse& device) {
+        KeyboardOf<TypeParam> keyboard([&](ScriptedDevice& device) {
             for (const std::string& command : reports(eachOf("56 14", 21)))
                 device.answer(command, command + " 00 " + descriptor);
             for (const std::string& command : reports(eachOf("56 20", 33)))

@@ -21,7 +21,7 @@ using Host = PYRUX_QW210_Base&;
 
 struct Scenario {
     const char* name;
-    std::function<void(ScriptedMouse&)> prepare;
+    std::function<void(ScriptedDevice&)> prepare;
     std::function<_error(Host)> call;
     int result;
     std::string written;
@@ -32,13 +32,13 @@ struct Scenario {
 /// No command that begins so is answered.
 auto without(const char* command)
 {
-    return [command](ScriptedMouse& device) { device.silence(command); };
+    return [command](ScriptedDevice& device) { device.silence(command); };
 }
 
 /// Commands that begin so are answered by another report.
 auto with(const char* command, const char* reply)
 {
-    return [command, reply](ScriptedMouse& device) { device.answer(command, reply); };
+    return [command, reply](ScriptedDevice& device) { device.answer(command, reply); };
 }
 
 /// The keys of three places, the middle one's with a first action byte of 4.
@@ -69,7 +69,7 @@ MacroRecord macro(std::uint8_t index)
     return record;
 }
 
-void holdMacro(ScriptedMouse& device, const char* missing)
+void holdMacro(ScriptedDevice& device, const char* missing)
 {
     device.answer("52 18 05", "52 18 05 00 04 5E 66");
     device.answer("53 10 0F", "53 10 0F 00 04 5C 02 00 00 FC FE FF");
@@ -78,7 +78,7 @@ void holdMacro(ScriptedMouse& device, const char* missing)
 
 auto macroWithout(const char* missing)
 {
-    return [missing](ScriptedMouse& device) { holdMacro(device, missing); };
+    return [missing](ScriptedDevice& device) { holdMacro(device, missing); };
 }
 
 _error setGeneral(Host host)
@@ -197,7 +197,7 @@ std::vector<Scenario> scenarios()
          },
          -3, "41 80 | 52 18 05 | 52 19 05 | 51 18 05 00 04 5E 66 | 53 10 0F", ""},
         {"all macros",
-         [](ScriptedMouse& device) {
+         [](ScriptedDevice& device) {
              device.answer("52 18", "52 18 00 00 FF 3F");
              device.answer("52 18 01", "52 18 01 00 04 3C");
              device.answer("53 10 0F", "53 10 0F 00 04 5C 02 00 00 FC FE FF");
@@ -216,7 +216,7 @@ std::vector<Scenario> scenarios()
          ""},
         {"recording", without("41 01"), [](Host host) { return host.startRecordMacro(); }, -3, "41 01", ""},
         {"effect mode",
-         [](ScriptedMouse& device) {
+         [](ScriptedDevice& device) {
              device.silence("51 28");
              device.answer("52 28", "52 28 00 00 FF");
          },
@@ -285,7 +285,7 @@ WAITING_TEST(KeyboardMissingReply, makesTheNextCallReadAgain)
 
 WAITING_TEST(KeyboardMissingReply, doesNotKeepAnObjectFromBeingMade)
 {
-    const auto device = std::make_shared<ScriptedMouse>(keyboardIdentity<QW210Model>());
+    const auto device = std::make_shared<ScriptedDevice>(identityOf<QW210Model>());
     device->silence("56 14 03");
     device->silence("43");
     const std::string path = sim::plug(device);

@@ -14,7 +14,7 @@ namespace {
 template <class Model>
 class KeyboardProfile : public KeyboardTest<Model> {
 };
-TYPED_TEST_SUITE(KeyboardProfile, KeyboardModels, KeyboardModelName);
+TYPED_TEST_SUITE(KeyboardProfile, KeyboardModels, ModelName);
 
 /// What a call that uses the library's copy sends.
 template <class Keyboard>
@@ -24,41 +24,6 @@ std::string readOf(Keyboard& keyboard)
     EffectRecord record{};
     EXPECT_EQ(keyboard->getGeneralEffect(0, &record), E_OK);
     return keyboard.written();
-}
-
-TYPED_TEST(KeyboardProfile, isReadWithItsEffectsAtTheStart)
-{
-    const auto device = std::make_shared<ScriptedMouse>(keyboardIdentity<TypeParam>());
-    device->silence("42"); // of which no reply is waited for
-    const std::string path = sim::plug(device);
-    auto* const host = TypeParam::factory(path.c_str());
-    ASSERT_NE(host, nullptr);
-    EXPECT_EQ(takeWritten(path), keyboardStartUp());
-    EXPECT_EQ(TypeParam::factory(path.c_str()), host);
-    EXPECT_EQ(takeWritten(path), "");
-    EXPECT_EQ(host->exit_device(0), E_OK);
-    EXPECT_EQ(takeWritten(path), wire("41 01 | 41 00 | 41 00"));
-    sim::unplug(path);
-}
-
-TYPED_TEST(KeyboardProfile, isLeftWithoutAWordWhenTheDeviceHasGone)
-{
-    EXPECT_EQ(this->keyboard->exit_device(1), E_OK);
-    EXPECT_EQ(this->keyboard.written(), "");
-}
-
-TYPED_TEST(KeyboardProfile, isNotThereWithoutADevice)
-{
-    EXPECT_EQ(TypeParam::factory(""), nullptr);
-    const auto device = std::make_shared<ScriptedMouse>(keyboardIdentity<TypeParam>());
-    const std::string path = sim::plug(device);
-    sim::unplug(path);
-    const Lines lines = debugLinesOf([&] { EXPECT_EQ(TypeParam::factory(path.c_str()), nullptr); });
-    const std::string name = TypeParam::name;
-    EXPECT_EQ(std::ranges::count(lines, hostLine<TypeParam>("PYRUX_" + name + ", #")), 1);
-    EXPECT_EQ(std::ranges::count(lines, hostLine<TypeParam>("~PYRUX_" + name + ", #")), 1);
-    EXPECT_EQ(std::ranges::count(lines, "[PYRUX]init fail"), 1);
-    EXPECT_EQ(takeWritten(path), "");
 }
 
 TYPED_TEST(KeyboardProfile, changes)

@@ -4,6 +4,7 @@
 #include "simulator/models/keyboard.h"
 #include "tests/support/keyboard.h"
 #include "tests/support/notifications.h"
+#include "tests/support/simulated_device.h"
 
 #include <gtest/gtest.h>
 
@@ -15,59 +16,21 @@
 namespace pyrux::test {
 namespace {
 
-template <class Model>
-struct FirmwareOf;
-template <>
-struct FirmwareOf<QW210Model> {
-    using Type = sim::QW210Firmware;
-};
-template <>
-struct FirmwareOf<QW220Model> {
-    using Type = sim::QW220Firmware;
-};
-
 using sim::Light;
 
 template <class Model>
-class SimulatedKeyboard : public testing::Test {
+class SimulatedKeyboard : public Simulated<sim::KeyboardFirmware, Model> {
 protected:
-    SimulatedKeyboard() : device(std::make_shared<typename FirmwareOf<Model>::Type>()) { plug(); }
-    ~SimulatedKeyboard() override { pull(); }
-
-    void plug()
-    {
-        path = sim::plug(device);
-        host = Model::factory(path.c_str());
-        ASSERT_NE(host, nullptr);
-    }
-
-    void pull()
-    {
-        sim::unplug(path);
-        host->exit_device(1);
-    }
-
-    /// The keyboard goes to another port, where the host opens it anew.
-    void replug()
-    {
-        pull();
-        plug();
-    }
-
-    Light light(int led) const { return device->lights().at(std::size_t(led)); }
+    Light light(int led) const { return this->device->lights().at(std::size_t(led)); }
 
     std::uint8_t mode()
     {
         std::uint8_t id = 0xEE;
-        EXPECT_EQ(host->getEffectMode(&id), E_OK);
+        EXPECT_EQ(this->host->getEffectMode(&id), E_OK);
         return id;
     }
-
-    std::shared_ptr<sim::KeyboardFirmware> device;
-    std::string path;
-    typename Model::Interface* host = nullptr;
 };
-TYPED_TEST_SUITE(SimulatedKeyboard, KeyboardModels, KeyboardModelName);
+TYPED_TEST_SUITE(SimulatedKeyboard, KeyboardModels, ModelName);
 
 TYPED_TEST(SimulatedKeyboard, isAskedForItsReportsOnce)
 {
@@ -93,7 +56,7 @@ TYPED_TEST(SimulatedKeyboard, keepsACustomEffect)
     EXPECT_EQ(this->device->saves(), 1);
     EXPECT_FALSE(this->device->previewing());
 
-    this->replug();
+    this->powerCycle();
     EXPECT_EQ(this->mode(), 4);
     EffectRecord got = effect("EE");
     std::array<std::uint8_t, 504> gotMatrix{};
@@ -110,7 +73,7 @@ TYPED_TEST(SimulatedKeyboard, forgetsWhatWasNotSaved)
     EffectRecord custom = effect("04 00 00 00 00 00 FF");
     ASSERT_EQ(this->host->setCustomEffect(&custom, matrix.data()), E_OK);
     EXPECT_EQ(this->light(9), (Light{0x77, 0x77, 0x77}));
-    this->replug();
+    this->powerCycle();
     EXPECT_EQ(this->mode(), 0);
     EXPECT_EQ(this->light(9), (Light{255, 255, 255}));
     ASSERT_EQ(this->host->getCustomEffect(&custom, matrix.data()), E_OK);
@@ -123,7 +86,7 @@ TYPED_TEST(SimulatedKeyboard, keepsTheBackgroundOfAnEffect)
     ASSERT_EQ(this->host->setGeneralEffect(&set), E_OK);
     EXPECT_EQ(this->light(0), (Light{0x15 * 0xA5 / 255, 0x25 * 0xA5 / 255, 0x35 * 0xA5 / 255}));
     ASSERT_EQ(this->host->saveConfig(), E_OK);
-    this->replug();
+    this->powerCycle();
     EXPECT_EQ(this->mode(), 5);
     EffectRecord got{};
     ASSERT_EQ(this->host->getGeneralEffect(5, &got), E_OK);
@@ -137,7 +100,7 @@ TYPED_TEST(SimulatedKeyboard, takesAnySpeedAsTheFifth)
         record.speed = speed;
         ASSERT_EQ(this->host->setGeneralEffect(&record), E_OK);
         ASSERT_EQ(this->host->saveConfig(), E_OK);
-        this->replug();
+        this->powerCycle();
         ASSERT_EQ(this->host->getGeneralEffect(2, &record), E_OK);
         EXPECT_EQ(textOf(record), "02 11 22 33 05 00 80 01 44 55 66 77");
     }
@@ -168,7 +131,7 @@ TYPED_TEST(SimulatedKeyboard, keepsLayersAndZones)
     check();
     ASSERT_EQ(this->host->saveConfig(), E_OK);
     check();
-    this->replug();
+    this->powerCycle();
     EXPECT_EQ(this->mode(), 19);
     check();
     std::array<EffectRecord, 4> got{};
@@ -227,7 +190,7 @@ TYPED_TEST(SimulatedKeyboard, keepsItsKeys)
     const KeyMapEntry entry{0x42, {0, 0x34, 0x12}};
     ASSERT_EQ(this->host->setKeyMapping(1, &entry), E_OK);
     set.values[0x42] = 0x1234;
-    this->replug();
+    this->powerCycle();
     KeyMapTable got{};
     ASSERT_EQ(this->host->getKeyMappingAll(&got), E_OK);
     EXPECT_EQ(std::memcmp(&got, &set, sizeof got), 0);
@@ -298,11 +261,11 @@ TYPED_TEST(SimulatedKeyboard, isResetToWhatItCameWith)
     EffectRecord got{};
     ASSERT_EQ(this->host->getGeneralEffect(8, &got), E_OK);
     EXPECT_EQ(textOf(got), "08 FF FF FF 03 00 FF 00 00 00 00 00");
-    this->replug(); // nothing was saved
+    this->powerCycle(); // nothing was saved
     ASSERT_EQ(this->host->getGeneralEffect(8, &got), E_OK);
     EXPECT_EQ(textOf(got), textOf(first));
     ASSERT_EQ(this->host->resetProfile(0), E_OK);
-    this->replug();
+    this->powerCycle();
     ASSERT_EQ(this->host->getGeneralEffect(8, &got), E_OK);
     EXPECT_EQ(textOf(got), "08 FF FF FF 03 00 FF 00 00 00 00 00");
     EXPECT_EQ(this->mode(), 0);

@@ -11,10 +11,10 @@
 namespace pyrux::test {
 namespace {
 
-using RD110 = LedMouseOf<RD110Model>;
+using RD110 = Opened<RD110Model>;
 
 /// No button has a macro, but for those that a test adds.
-void withoutMacros(ScriptedMouse& device)
+void withoutMacros(ScriptedDevice& device)
 {
     for (const char* button : {"00", "01", "02", "03", "04", "05", "06", "07", "08", "09", "0A", "0B", "0C"})
         device.answer(std::string("52 18 ") + button, std::string("52 18 ") + button + " 00 FF 3F");
@@ -42,7 +42,7 @@ TEST(RD110, readsNoMacros)
 
 TEST(RD110, readsTheMacrosThatThereAreInTheOrderOfTheirButtons)
 {
-    RD110 mouse([](ScriptedMouse& device) {
+    RD110 mouse([](ScriptedDevice& device) {
         withoutMacros(device);
         device.answer("52 18 02", "52 18 02 00 B2 5C");
         device.answer("52 19 02", "52 19 02 00 61 62");
@@ -84,13 +84,13 @@ TEST(RD110, needsAListForItsMacros)
 
 WAITING_TEST(RD110Silent, tellsThatTheDeviceDoesNotAnswer)
 {
-    RD110 mouse([](ScriptedMouse& device) { device.silence("41 80"); });
+    RD110 mouse([](ScriptedDevice& device) { device.silence("41 80"); });
     EXPECT_EQ(mouse->test(), E_INVALID_GET);
 }
 
 WAITING_TEST(RD110Silent, keepsTheMacrosBeforeTheOneThatCannotBeRead)
 {
-    RD110 mouse([](ScriptedMouse& device) {
+    RD110 mouse([](ScriptedDevice& device) {
         withoutMacros(device);
         device.answer("52 18 02", "52 18 02 00 B2 5C");
         device.answer("53 10 0F", "53 10 0F 00 04 5C 0A 00 00 FC FE FF");

@@ -147,7 +147,7 @@ TEST_F(RD210Events, replacesTheCallback)
 
 TEST_F(RD210Events, acknowledgesBeforeTheCallback)
 {
-    static ScriptedMouse* device;
+    static ScriptedDevice* device;
     static std::atomic<std::size_t> acknowledged;
     device = mouse.device.get();
     mouse.device->forget();

@@ -309,7 +309,7 @@ TEST(RD210SetKeyMappingAll, needsAMap)
 }
 
 /// A mouse without macros and combo button, its wheel off, all buttons with code 0x0100 + number.
-void plainButtons(ScriptedMouse& device)
+void plainButtons(ScriptedDevice& device)
 {
     device.answer("52 10", noCombo);
     device.answer("52 22", wheelOff);
@@ -348,7 +348,7 @@ TEST(RD210GetKeyMappingAll, readsTheCodes)
 
 TEST(RD210GetKeyMappingAll, knowsMacrosAndSteps)
 {
-    Mouse mouse([](ScriptedMouse& device) {
+    Mouse mouse([](ScriptedDevice& device) {
         plainButtons(device);
         device.answer("52 18 01", "52 18 01 00 B1 5C");
         device.answer("52 18 02", "52 18 02 00 B2 3C");
@@ -379,7 +379,7 @@ TEST(RD210GetKeyMappingAll, knowsMacrosAndSteps)
 TEST(RD210GetKeyMappingAll, namesAButtonOfItsOwnFunctionByByteTwo)
 {
     // 00 FF: the code is byte 2 of the reply, which repeats the address, except for buttons 8 to 12.
-    Mouse mouse([](ScriptedMouse& device) {
+    Mouse mouse([](ScriptedDevice& device) {
         plainButtons(device);
         for (const char* each : place)
             device.answer(std::string("52 20 ") + each, std::string("52 20 ") + each + " FF 00");
@@ -391,7 +391,7 @@ TEST(RD210GetKeyMappingAll, namesAButtonOfItsOwnFunctionByByteTwo)
 
 TEST(RD210GetKeyMappingAll, takesByteTwoAsItStands)
 {
-    Mouse mouse([](ScriptedMouse& device) {
+    Mouse mouse([](ScriptedDevice& device) {
         plainButtons(device);
         device.answer("52 20 B2 00", "52 20 5A 00 FF 00");
     });
@@ -400,7 +400,7 @@ TEST(RD210GetKeyMappingAll, takesByteTwoAsItStands)
 
 TEST(RD210GetKeyMappingAll, takes0181ForNoFunction)
 {
-    Mouse mouse([](ScriptedMouse& device) {
+    Mouse mouse([](ScriptedDevice& device) {
         plainButtons(device);
         device.answer("52 20 B2 00", "52 20 B2 00 81 01");
         device.answer("52 20 B1 01", "52 20 B1 01 81 01");
@@ -412,7 +412,7 @@ TEST(RD210GetKeyMappingAll, takes0181ForNoFunction)
 
 TEST(RD210GetKeyMappingAll, namesADpiLevelByTheOrder)
 {
-    Mouse mouse([](ScriptedMouse& device) {
+    Mouse mouse([](ScriptedDevice& device) {
         plainButtons(device);
         device.answer("52 9B", "52 9B 00 00 03 05 00 06 01 04 02");
         constexpr std::array<const char*, 7> codes{"E0 01", "E1 01", "E2 01", "E3 01",
@@ -431,7 +431,7 @@ TEST(RD210GetKeyMappingAll, namesADpiLevelByTheOrder)
 
 TEST(RD210GetKeyMappingAll, keepsALevelWhenTheDeviceHasNoOrder)
 {
-    Mouse mouse([](ScriptedMouse& device) {
+    Mouse mouse([](ScriptedDevice& device) {
         plainButtons(device);
         device.answer("52 9B", "52 9B 00 00 FF 05 00 06 01 04 02");
         device.answer("52 20 B2 00", "52 20 B2 00 E4 01");
@@ -443,7 +443,7 @@ TEST(RD210GetKeyMappingAll, readsTheCodeOfTheComboButton)
 {
     for (const auto& [bank, button] :
          {std::pair<const char*, std::size_t>{combo0, 0}, {combo3, 3}, {combo5, 5}}) {
-        Mouse mouse([&](ScriptedMouse& device) {
+        Mouse mouse([&](ScriptedDevice& device) {
             plainButtons(device);
             device.answer("52 10", bank);
             device.answer("52 20 D8", "52 20 D8 00 CD AB");
@@ -458,7 +458,7 @@ TEST(RD210GetKeyMappingAll, readsTheCodeOfTheComboButton)
 TEST(RD210GetKeyMappingAll, readsNoCodeOfAComboButtonFromTheSixthOn)
 {
     for (const char* bank : {combo6, combo12, noCombo}) {
-        Mouse mouse([&](ScriptedMouse& device) {
+        Mouse mouse([&](ScriptedDevice& device) {
             plainButtons(device);
             device.answer("52 10", bank);
         });
@@ -469,7 +469,7 @@ TEST(RD210GetKeyMappingAll, readsNoCodeOfAComboButtonFromTheSixthOn)
 
 TEST(RD210GetKeyMappingAll, leavesTheComboButtonWhenAnotherCodeComes)
 {
-    Mouse mouse([](ScriptedMouse& device) {
+    Mouse mouse([](ScriptedDevice& device) {
         plainButtons(device);
         device.answer("52 10", combo3);
         device.answer("52 20 D8", "52 20 D9 00 CD AB");
@@ -487,7 +487,7 @@ TEST(RD210GetKeyMappingAll, showsTheWheelAsSteps)
          {Case{"52 22 00 00 C0 C0", 0x0501, 0x0500}, Case{wheelAOn, 0x0501, 0x0107},
           Case{wheelBOn, 0x0106, 0x0500}, Case{wheelOff, 0x0106, 0x0107},
           Case{"52 22 00 00 20 20", 0x0106, 0x0107}, Case{"52 22 00 00 C0 30", 0x0106, 0x0107}}) {
-        Mouse mouse([&](ScriptedMouse& device) {
+        Mouse mouse([&](ScriptedDevice& device) {
             plainButtons(device);
             device.answer("52 22", each.wheel);
         });

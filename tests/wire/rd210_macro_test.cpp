@@ -250,7 +250,7 @@ TEST(RD210ClearMacro, clearsTheButton)
 }
 
 /// A mouse with a macro on button 2, of which `head` is the first reply and `chunks` the event replies.
-void holdsMacro(ScriptedMouse& device, const std::string& head, const std::vector<std::string>& chunks)
+void holdsMacro(ScriptedDevice& device, const std::string& head, const std::vector<std::string>& chunks)
 {
     device.answer("52 18 02", head);
     device.answer("52 19 02", std::string("52 19 02 00 ") + nameBytes + " AA");

@@ -23,7 +23,7 @@ using Host = PYRUX_RD210_Base&;
 
 struct Scenario {
     const char* name;
-    std::function<void(ScriptedMouse&)> prepare;
+    std::function<void(ScriptedDevice&)> prepare;
     std::function<_error(Host)> call;
     _error result;
     std::string written; ///< All output reports; with " ..." at the end, how they begin.
@@ -32,13 +32,13 @@ struct Scenario {
 /// No command that begins so is answered.
 auto without(const char* command)
 {
-    return [command](ScriptedMouse& device) { device.silence(command); };
+    return [command](ScriptedDevice& device) { device.silence(command); };
 }
 
 /// Commands that begin so are answered by another report.
 auto with(const char* command, const char* reply)
 {
-    return [command, reply](ScriptedMouse& device) { device.answer(command, reply); };
+    return [command, reply](ScriptedDevice& device) { device.answer(command, reply); };
 }
 
 PerformanceRecord performance()
@@ -105,7 +105,7 @@ auto mapHas(std::size_t button, std::uint16_t code)
     };
 }
 
-void plainButtons(ScriptedMouse& device)
+void plainButtons(ScriptedDevice& device)
 {
     device.answer("52 10", noCombo);
     device.answer("52 22", "52 22 00 00 10 10");
@@ -127,7 +127,7 @@ constexpr const char* restRead = " | 52 18 03 | 52 20 B3 | 52 18 04 | 52 20 B4 |
 template <class Rule>
 auto plainBut(Rule rule)
 {
-    return [rule](ScriptedMouse& device) {
+    return [rule](ScriptedDevice& device) {
         plainButtons(device);
         rule(device);
     };
@@ -231,7 +231,7 @@ const Scenario scenarios[]{
     {"map all first", plainBut(without("51 20 B2")), [](Host host) { return mapOne(host, 2, 9); }, E_OK,
      "41 80 | 52 10 | 51 22 00 00 10 10 | 51 20 B2 00 09 | 51 18 02 00 FF 3F | 51 20 B4 01 0C 0C | 51 18 0C "
      "00 FF 3F"},
-    {"map all last", plainBut([](ScriptedMouse& device) {
+    {"map all last", plainBut([](ScriptedDevice& device) {
          device.silence("51 20 B4 01");
          device.silence("51 18 0C");
      }),
@@ -242,27 +242,27 @@ const Scenario scenarios[]{
      std::string(twoButtonsRead) + "52 18 02 | 52 20 B2" + restRead + " | 52 10 | 52 22"},
     {"read map 52 18 byte 2", plainBut(with("52 18 02", "52 18 03 00 B2 5C")), mapHas(2, 0x1234), E_OK,
      std::string(twoButtonsRead) + "52 18 02 | 52 20 B2" + restRead + " | 52 10 | 52 22"},
-    {"read map 53 10", plainBut([](ScriptedMouse& device) {
+    {"read map 53 10", plainBut([](ScriptedDevice& device) {
          device.answer("52 18 02", "52 18 02 00 B2 5C");
          device.silence("53 10 02");
      }),
      mapHas(2, 0x1234), E_OK,
      std::string(twoButtonsRead) + "52 18 02 | 53 10 02 | 52 20 B2" + restRead + " | 52 10 | 52 22"},
-    {"read map 53 10 byte 2", plainBut([](ScriptedMouse& device) {
+    {"read map 53 10 byte 2", plainBut([](ScriptedDevice& device) {
          device.answer("52 18 02", "52 18 02 00 B2 5C");
          device.answer("53 10 02", "53 10 03 00 01 9E 80");
      }),
      mapHas(2, 0x1234), E_OK, std::string(twoButtonsRead) + "52 18 02 | 53 10 02 | 52 20 B2 ..."},
     {"read map 52 20", plainBut(without("52 20 B2 00")), mapHas(2, 0), E_INVALID_GET,
      std::string(twoButtonsRead) + "52 18 02 | 52 20 B2"},
-    {"read map level 52 9B", plainBut([](ScriptedMouse& device) {
+    {"read map level 52 9B", plainBut([](ScriptedDevice& device) {
          device.answer("52 20 B2 00", "52 20 B2 00 E3 01");
          device.silence("52 9B");
      }),
      mapHas(2, 0x01E3), E_OK, std::string(twoButtonsRead) + "52 18 02 | 52 20 B2 | 52 9B ..."},
     {"read map 52 10", plainBut(without("52 10")), mapHas(12, 0x1234), E_OK,
      std::string(twoButtonsRead) + "52 18 02 | 52 20 B2" + restRead + " | 52 10 | 52 22"},
-    {"read map D8", plainBut([](ScriptedMouse& device) {
+    {"read map D8", plainBut([](ScriptedDevice& device) {
          device.answer("52 10", combo3);
          device.silence("52 20 D8");
      }),
@@ -274,13 +274,13 @@ const Scenario scenarios[]{
     {"combo 52 10", plainBut(without("52 10")), comboOn, E_INVALID_SET, "41 80 | 41 80 | 52 10"},
     {"combo 51 20", plainBut(without("51 20")), comboOn, E_INVALID_SET,
      "41 80 | 41 80 | 52 10 | 51 20 B5 00 EA 01"},
-    {"combo second 52 10", plainBut([](ScriptedMouse& device) {
+    {"combo second 52 10", plainBut([](ScriptedDevice& device) {
          device.answers("52 10", {noCombo, ""});
      }),
      comboOn, E_INVALID_SET, "41 80 | 41 80 | 52 10 | 51 20 B5 00 EA 01 | 52 10"},
     {"combo 51 10", plainBut(without("51 10")), comboOn, E_INVALID_SET,
      "41 80 | 41 80 | 52 10 | 51 20 B5 00 EA 01 | 52 10 | 51 10 00 00 00 00 00 00 00 00 00 00 05"},
-    {"combo off 51 10", plainBut([](ScriptedMouse& device) {
+    {"combo off 51 10", plainBut([](ScriptedDevice& device) {
          device.answer("52 10", combo3);
          device.silence("51 10");
      }),
@@ -377,14 +377,14 @@ const Scenario scenarios[]{
      E_INVALID_GET, "41 80 | 52 40"},
 
     {"level 52 9B",
-     [](ScriptedMouse& device) {
+     [](ScriptedDevice& device) {
          device.silence("52 9B");
          device.answer("52 40", "52 40 00 00 00 05");
      },
      dpiTwo, E_OK, "41 80 | 52 9B | 52 40 | 51 40 00 00 02 05"},
     {"level 52 40", without("52 40"), dpiTwo, E_INVALID_SET, "41 80 | 52 9B | 52 40"},
     {"level 51 40",
-     [](ScriptedMouse& device) {
+     [](ScriptedDevice& device) {
          device.silence("51 40");
          device.answer("52 40", "52 40 00 00 00 05");
      },
@@ -445,7 +445,7 @@ TEST(RD210MissingReply, isLoggedBehindTwoSeconds)
 
 TEST(RD210MissingReply, doesNotKeepAnObjectFromBeingMade)
 {
-    auto device = std::make_shared<ScriptedMouse>();
+    auto device = std::make_shared<ScriptedDevice>();
     device->silence("43");
     const std::string path = sim::plug(device);
     PYRUX_RD210_Base* host = nullptr;
@@ -454,7 +454,7 @@ TEST(RD210MissingReply, doesNotKeepAnObjectFromBeingMade)
     EXPECT_GE(time, 1990);
     EXPECT_LT(time, 3900);
     EXPECT_EQ(host->changeProfileId(1), E_OK);
-    EXPECT_EQ(takeWritten(path), wire(joined({startUp, "41 80 | 51 00 00 00 01"})));
+    EXPECT_EQ(takeWritten(path), wire(joined({RD210Model::facts().opening, "41 80 | 51 00 00 00 01"})));
     host->exit_device(1);
 }
 

@@ -11,43 +11,6 @@ namespace {
 /// A bank without a combo button, of which the setting at byte 16 is 7.
 constexpr const char* bank = "52 10 00 00 00 00 00 00 00 00 00 00 FF 00 00 00 07";
 
-TEST(RD210Start, tellsTheDeviceThatTheHostIsThere)
-{
-    auto device = std::make_shared<ScriptedMouse>();
-    const std::string path = sim::plug(device);
-    PYRUX_RD210_Base* host = rd210(path.c_str());
-    ASSERT_NE(host, nullptr);
-    EXPECT_EQ(takeWritten(path), wire("42 00 00 00 01 00 00 01 | 42 10 00 00 01 00 00 01 | 42 00 40 00 01 | "
-                                      "42 10 40 00 01 | 43 00 00 00 01"));
-    host->exit_device(1);
-}
-
-TEST(RD210Start, waitsForNoReplyButTheLast)
-{
-    auto device = std::make_shared<ScriptedMouse>();
-    device->silence("42");
-    const std::string path = sim::plug(device);
-    PYRUX_RD210_Base* host = nullptr;
-    EXPECT_LT(milliseconds([&] { host = rd210(path.c_str()); }), 1500);
-    ASSERT_NE(host, nullptr);
-    EXPECT_EQ(takeWritten(path), wire(startUp));
-    host->exit_device(1);
-}
-
-TEST(RD210End, saysGoodbyeToADeviceThatIsThere)
-{
-    Mouse mouse;
-    EXPECT_EQ(mouse->exit_device(0), E_OK);
-    EXPECT_EQ(mouse.written(), wire("41 01 | 41 00"));
-}
-
-TEST(RD210End, saysNothingToADeviceThatHasGone)
-{
-    Mouse mouse;
-    EXPECT_EQ(mouse->exit_device(1), E_OK);
-    EXPECT_EQ(mouse.written(), "");
-}
-
 TEST(RD210End, takesEveryByteButZeroForUnplugged)
 {
     Mouse mouse;

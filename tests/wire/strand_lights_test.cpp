@@ -98,7 +98,7 @@ protected:
 
     HubOf<Model> hub;
 };
-TYPED_TEST_SUITE(StrandLights, StrandModels, HubModelName);
+TYPED_TEST_SUITE(StrandLights, StrandModels, ModelName);
 
 TYPED_TEST(StrandLights, areThreeReportsOfSixtyLeds)
 {
@@ -273,10 +273,10 @@ TYPED_TEST(StrandLights, logOnlyWhatDoesNotRunAtFrameRate)
             this->hub->setLightingTurnOff();
             this->hub->setLightingUninit();
         }),
-        (Lines{hubLine<TypeParam>("setLightingInit, #"), hubLine<TypeParam>("setLightingInit, ret = 0"),
-               hubLine<TypeParam>("setLightingTurnOff, #"), hubLine<TypeParam>("setLightingTurnOff, ret = 0"),
-               hubLine<TypeParam>("setLightingUninit, #"),
-               hubLine<TypeParam>("setLightingUninit, ret = 0")}));
+        (Lines{
+            hostLine<TypeParam>("setLightingInit, #"), hostLine<TypeParam>("setLightingInit, ret = 0"),
+            hostLine<TypeParam>("setLightingTurnOff, #"), hostLine<TypeParam>("setLightingTurnOff, ret = 0"),
+            hostLine<TypeParam>("setLightingUninit, #"), hostLine<TypeParam>("setLightingUninit, ret = 0")}));
 }
 
 TYPED_TEST(StrandLights, areNotPaced)

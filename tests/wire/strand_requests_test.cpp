@@ -21,7 +21,7 @@ class StrandRequests : public testing::Test {
 protected:
     HubOf<Model> hub;
 };
-TYPED_TEST_SUITE(StrandRequests, StrandModels, HubModelName);
+TYPED_TEST_SUITE(StrandRequests, StrandModels, ModelName);
 
 /// A place as a record: effect 5, speed 3, A, B, a colour.
 StrandEffectParam effectAt(Byte port, Byte subPort)
@@ -115,8 +115,8 @@ TYPED_TEST(StrandRequests, areRefusedWithTheDevicesReasonInTheLog)
             debugLinesOf([&] { EXPECT_EQ(request.call(*hub.host), E_INVALID_GET) << request.name; });
         const std::string name = request.name;
         EXPECT_EQ(lines,
-                  (Lines{hubLine<TypeParam>(name + ", #"), hubLine<TypeParam>(name + ", error code = 42"),
-                         hubLine<TypeParam>(name + ", ret = -3")}));
+                  (Lines{hostLine<TypeParam>(name + ", #"), hostLine<TypeParam>(name + ", error code = 42"),
+                         hostLine<TypeParam>(name + ", ret = -3")}));
         EXPECT_EQ(reports(hub.written()).size(), 1U) << name;
     }
 }

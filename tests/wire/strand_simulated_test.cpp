@@ -2,6 +2,7 @@
 
 #include "simulator/models/strand_hub.h"
 #include "tests/support/hub.h"
+#include "tests/support/simulated_device.h"
 
 #include <gtest/gtest.h>
 
@@ -17,53 +18,18 @@ namespace {
 using Byte = std::uint8_t;
 
 template <class Model>
-struct FirmwareOf;
-template <>
-struct FirmwareOf<StrandHubModel> {
-    using Type = sim::StrandHubFirmware;
-};
-template <>
-struct FirmwareOf<StrandHubV2Model> {
-    using Type = sim::StrandHubV2Firmware;
-};
-
-template <class Model>
-class SimulatedStrand : public testing::Test {
+class SimulatedStrand : public Simulated<sim::StrandFirmware, Model> {
 protected:
-    SimulatedStrand()
-        : device(std::make_shared<typename FirmwareOf<Model>::Type>()), path(sim::plug(device)),
-          host(Model::factory(path.c_str()))
-    {
-    }
-    ~SimulatedStrand() override
-    {
-        sim::unplug(path);
-        host->exit_device(1);
-    }
-
-    /// Waits until the device has shown as many frames since power-on.
-    void awaitFrames(int count)
-    {
-        const auto deadline = std::chrono::steady_clock::now() + patience;
-        while (device->frames() < count && std::chrono::steady_clock::now() < deadline)
-            std::this_thread::yield();
-        EXPECT_EQ(device->frames(), count);
-    }
-
     std::vector<sim::Light> zone(const std::string& name) const
     {
-        for (const sim::LightZone& zone : device->picture())
+        for (const sim::LightZone& zone : this->device->picture())
             if (zone.name == name)
                 return zone.leds;
         ADD_FAILURE() << "no " << name;
         return {};
     }
-
-    std::shared_ptr<sim::StrandFirmware> device;
-    std::string path;
-    typename Model::Interface* host;
 };
-TYPED_TEST_SUITE(SimulatedStrand, StrandModels, HubModelName);
+TYPED_TEST_SUITE(SimulatedStrand, StrandModels, ModelName);
 
 TYPED_TEST(SimulatedStrand, keepsTheEffectOfEachPlace)
 {

@@ -3,7 +3,7 @@
 #include "pyrux/pyrux.h"
 #include "tests/support/bytes.h"
 #include "tests/support/debug_log.h"
-#include "tests/support/mouse.h"
+#include "tests/support/opened_device.h"
 
 #include <gtest/gtest.h>
 
@@ -12,19 +12,13 @@
 namespace pyrux::test {
 namespace {
 
-sim::Identity strandIdentity(std::uint16_t pid)
-{
-    sim::Identity identity;
-    identity.pid = pid;
-    identity.collections = {{.interface = 1}};
-    identity.controlInterface = 1;
-    return identity;
-}
-
-class Strand : public OpenedMouse<PYRUX_STRANDHUB_Base> {
+/// A strand controller that is opened. It echoes what the test has no answer for.
+template <auto make>
+class StrandOf : public OpenedDevice<typename ModelOf<make>::Interface> {
 public:
-    Strand() : OpenedMouse(strandhub, strandIdentity(0x0173)) {}
+    StrandOf() : OpenedDevice<typename ModelOf<make>::Interface>(make, identityOf<ModelOf<make>>()) {}
 };
+using Strand = StrandOf<&strandhub>;
 
 TEST(Strand, setsAndReadsAnEffect)
 {
@@ -112,7 +106,7 @@ TEST(Strand, paintsZonesInFramesOfSixtyLeds)
 
 TEST(Strand, secondModelIsTheSame)
 {
-    OpenedMouse<PYRUX_STRANDHUBV2_Base> strand(strandhubv2, strandIdentity(0x01C9));
+    StrandOf<&strandhubv2> strand;
     strand.device->answer("80 06 02", "80 06 03");
     const StrandGen1Size size{.port = 2, .chainLength = 7, .leds = 10};
     EXPECT_EQ(strand->setGen1Size(&size), E_OK);

@@ -8,7 +8,7 @@
 #include "services/polled_service.h"
 #include "services/sys_info.h"
 #include "simulator/bus.h"
-#include "tests/support/scripted_mouse.h"
+#include "tests/support/scripted_device.h"
 #include "transport/cmd_queue.h"
 #include "transport/device_closer.h"
 #include "transport/reader_thread.h"
@@ -88,7 +88,7 @@ int newThreads(const std::set<int>& before)
 
 TEST(LibraryThreads, areAllStartedInOneWay)
 {
-    const auto device = std::make_shared<ScriptedMouse>();
+    const auto device = std::make_shared<ScriptedDevice>();
     const std::string path = sim::plug(device);
     {
         usbHid channel(path);

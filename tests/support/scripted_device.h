@@ -6,6 +6,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
@@ -22,9 +23,9 @@ sim::Identity rd210Identity();
 
 /// A device without a mind of its own: it answers each command by what the test has laid down, else by the
 /// command itself.
-class ScriptedMouse final : public sim::Firmware {
+class ScriptedDevice final : public sim::Firmware {
 public:
-    explicit ScriptedMouse(sim::Identity identity = rd210Identity()) : self(std::move(identity)) {}
+    explicit ScriptedDevice(sim::Identity identity = rd210Identity()) : self(std::move(identity)) {}
 
     /// Commands that begin with `command` are answered by `replies`: one after the other, the last one again
     /// and again. A reply of "" is silence, one of "52 00 | 52 00 01" is two reports. Of several rules the
@@ -55,5 +56,8 @@ private:
     std::map<ByteVector, std::deque<std::string>> rules;
     std::vector<ByteVector> received;
 };
+
+/// Lays down a device's answers.
+using Prepare = std::function<void(ScriptedDevice&)>;
 
 } // namespace pyrux::test

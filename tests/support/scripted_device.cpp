@@ -1,4 +1,4 @@
-#include "tests/support/scripted_mouse.h"
+#include "tests/support/scripted_device.h"
 
 #include <algorithm>
 #include <optional>
@@ -26,42 +26,42 @@ sim::Identity rd210Identity()
     return identity;
 }
 
-void ScriptedMouse::answers(std::string_view command, const std::vector<std::string>& replies)
+void ScriptedDevice::answers(std::string_view command, const std::vector<std::string>& replies)
 {
     const std::lock_guard lock(mutex);
     rules[bytes(command)] = {replies.begin(), replies.end()};
 }
 
-void ScriptedMouse::send(std::string_view report)
+void ScriptedDevice::send(std::string_view report)
 {
     emit(sim::Bytes(bytes(report)));
 }
 
-bool ScriptedMouse::awaitCommands(std::string_view command, std::size_t count)
+bool ScriptedDevice::awaitCommands(std::string_view command, std::size_t count)
 {
     std::unique_lock lock(mutex);
     return arrived.wait_for(lock, patience, [&] { return countLocked(bytes(command)) >= count; });
 }
 
-std::size_t ScriptedMouse::commands(std::string_view command) const
+std::size_t ScriptedDevice::commands(std::string_view command) const
 {
     const std::lock_guard lock(mutex);
     return countLocked(bytes(command));
 }
 
-void ScriptedMouse::forget()
+void ScriptedDevice::forget()
 {
     const std::lock_guard lock(mutex);
     received.clear();
 }
 
-std::size_t ScriptedMouse::countLocked(const ByteVector& head) const
+std::size_t ScriptedDevice::countLocked(const ByteVector& head) const
 {
     return static_cast<std::size_t>(
         std::ranges::count_if(received, [&](const ByteVector& report) { return begins(report, head); }));
 }
 
-void ScriptedMouse::output(sim::Bytes payload)
+void ScriptedDevice::output(sim::Bytes payload)
 {
     const ByteVector command(payload.begin(), payload.end());
     std::optional<std::string> reply;

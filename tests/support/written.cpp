@@ -1,5 +1,15 @@
+#include "tests/support/written.h"
+
+#include "simulator/bus.h"
 #include "tests/support/bytes.h"
-#include "tests/support/mouse.h"
+#include "tests/support/scripted_device.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <span>
+#include <vector>
 
 namespace pyrux::test {
 
@@ -25,6 +35,22 @@ std::string takeWritten(const std::string& path, std::size_t atLeast)
             return joined(pieces);
         }
     }
+}
+
+std::string sortedGroups(const std::string& text)
+{
+    std::vector<std::string> groups;
+    bool open = false;
+    for (const std::string& report : reports(text)) {
+        if (open)
+            groups.back() += " | " + report;
+        else
+            groups.push_back(report);
+        // The first report of a port's three counts as 0, and the last one has bit 7.
+        open = report.starts_with("00 ") || (open && !report.starts_with("82"));
+    }
+    std::ranges::sort(groups);
+    return joined(groups);
 }
 
 } // namespace pyrux::test
