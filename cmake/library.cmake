@@ -18,8 +18,7 @@ else()
 endif()
 
 # The exports, and nothing else, are visible: one list makes the version script and the definition file.
-file(STRINGS cmake/exports.txt exports)
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS cmake/exports.txt)
+pyrux_find_exports(exports)
 add_library(pyrux SHARED cmake/empty.cpp)
 target_link_libraries(pyrux PRIVATE pyrux_inside hidapi)
 target_include_directories(pyrux INTERFACE

@@ -128,10 +128,11 @@ MadeHost makeHost(const std::string& path)
     return {.core = host.release(), .interface = interface};
 }
 
-/// The factory export of a model.
-#define PYRUX_FACTORY(name, Host)                                                                            \
-    PYRUX_API Host::Interface* name(const char* path)                                                        \
+/// The factory export of a model: its name and its host class, which may have commas.
+#define PYRUX_FACTORY(name, ...)                                                                             \
+    PYRUX_API __VA_ARGS__::Interface* name(const char* path)                                                 \
     {                                                                                                        \
+        using Host = __VA_ARGS__;                                                                            \
         return static_cast<Host::Interface*>(                                                                \
             pyrux::findOrMakeHost(Host::model(), path, __LINE__, pyrux::makeHost<Host>));                    \
     }

@@ -20,11 +20,11 @@ std::optional<NotifyRecord> KeyReports::read(const Reply& report) const
     if (state != up && state != down)
         return std::nullopt;
     if (number == row.fnKey)
-        row.fnHeld = state == down;
+        fnHeld = state == down;
     std::uint16_t value = USAGE_NO_KEY;
     if (number < row.usages.size())
         value = row.usages[number];
-    if (row.fnHeld && (value != USAGE_FN || row.fnRaisesItself))
+    if (fnHeld && (value != USAGE_FN || row.fnRaisesItself))
         value = std::uint16_t(value + USAGE_FN);
     return NotifyRecord{.event = state == down ? KEYBOARD_KEY_DOWN : KEYBOARD_KEY_UP, .value = value};
 }

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "devices/held_key.h"
 #include "devices/keyboards/keyboard_layout.h"
 #include "pyrux/records.h"
 #include "transport/report.h"
 
+#include <atomic>
 #include <optional>
 
 namespace pyrux {
@@ -11,7 +13,7 @@ namespace pyrux {
 /// The reports of keys that go down and up, as hosts are told of them.
 class KeyReports {
 public:
-    explicit KeyReports(const KeyReportRow& row) : row(row) {}
+    KeyReports(const ModelRow& model, const KeyReportRow& row) : fnHeld(heldKeyOf(model)), row(row) {}
 
     static bool isOne(const Reply& report) { return report.begins({0x43, 0x01}); }
 
@@ -19,6 +21,7 @@ public:
     std::optional<NotifyRecord> read(const Reply& report) const;
 
 private:
+    std::atomic<bool>& fnHeld;
     const KeyReportRow& row;
 };
 

@@ -54,7 +54,7 @@ std::unique_ptr<StatusEffect> makeStatus(DeviceLink& link, const KeyboardLayout&
 
 std::optional<KeyReports> makeKeyReports(const KeyboardLayout& layout)
 {
-    return layout.keys ? std::optional(KeyReports(*layout.keys)) : std::nullopt;
+    return layout.keys ? std::optional(KeyReports(layout.model, *layout.keys)) : std::nullopt;
 }
 
 } // namespace

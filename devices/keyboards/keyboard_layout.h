@@ -6,7 +6,6 @@
 #include "pyrux/keyboard_records.h"
 
 #include <array>
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -100,7 +99,6 @@ struct DirectLightRow {
 struct KeyReportRow {
     std::span<const std::uint16_t> usages; ///< By matrix number; 0 after its end.
     std::uint8_t fnKey = 60;               ///< Matrix number of the Fn key.
-    std::atomic<bool>& fnHeld;             ///< Whether Fn is held: one flag per model, not per device.
     bool fnRaisesItself = false;           ///< While Fn is held its own value is raised too.
 };
 

@@ -1,6 +1,5 @@
 #include "devices/lighting/glow_hub.h"
 
-#include "pyrux/pyrux.h"
 #include "transport/multi_frame.h"
 
 #include <algorithm>

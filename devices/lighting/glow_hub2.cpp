@@ -1,6 +1,5 @@
 #include "devices/lighting/glow_hub2.h"
 
-#include "pyrux/pyrux.h"
 #include "services/service_manager.h"
 
 #include <algorithm>

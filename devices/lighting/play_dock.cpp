@@ -1,7 +1,5 @@
 #include "devices/lighting/play_dock.h"
 
-#include "pyrux/pyrux.h"
-
 #include <algorithm>
 #include <array>
 #include <optional>

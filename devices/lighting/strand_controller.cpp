@@ -179,8 +179,9 @@ struct StrandController::Colors {
     }
 };
 
-StrandController::StrandController(const std::string& path, const ModelRow& model)
-    : NotifyingDevice(path, {.model = model, .paceMs = 0, .gap = requestGap}), requests(link, model)
+StrandController::StrandController(const std::string& path, const StrandTraits& traits)
+    : NotifyingDevice(path, {.model = traits.model, .paceMs = 0, .gap = requestGap}),
+      requests(link, traits.model)
 {
     for (auto& count : ledCounts)
         count = leastLeds;

@@ -17,12 +17,17 @@
 
 namespace pyrux {
 
+/// What tells one strand controller from another.
+struct StrandTraits {
+    const ModelRow& model;
+};
+
 /// The protocol of the strand controllers. Deliberate: a callback is only kept, these devices tell nothing by
 /// themselves. Operations are those of the host interface, whose header tells
 /// arguments, results and bytes.
 class StrandController : public NotifyingDevice<NotifyCallback, LightingController> {
 public:
-    StrandController(const std::string& path, const ModelRow& model);
+    StrandController(const std::string& path, const StrandTraits& traits);
     ~StrandController() override;
 
     _error setLightingInit();

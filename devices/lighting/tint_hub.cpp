@@ -1,7 +1,5 @@
 #include "devices/lighting/tint_hub.h"
 
-#include "pyrux/pyrux.h"
-
 #include <algorithm>
 #include <array>
 #include <optional>

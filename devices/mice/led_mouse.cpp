@@ -27,20 +27,17 @@ constexpr std::array<DeviceEvent<NotifyRecord>, 4> events{{
 }};
 // clang-format on
 
+constexpr MouseTraits ledMouseTraits{
+    .startUp = startUp,
+    .events = events,
+    .keys = {.downEvent = LED_MOUSE_KEY_DOWN, .upEvent = LED_MOUSE_KEY_UP, .values = wiredKeyValues},
+    .paceMs = MouseFrames::idlePaceMs};
+
 } // namespace
 
-LedMouseTraits ledMouseTraits(const ModelRow& model, std::atomic<bool>& shift,
-                              std::span<const std::uint8_t> effectModes)
+LedMouse::LedMouse(const std::string& path, const LedMouseTraits& traits)
+    : WiredMouse(path, traits.model, ledMouseTraits), effects(link, modes, traits.effectModes)
 {
-    return {.mouse = {.model = model,
-                      .startUp = startUp,
-                      .events = events,
-                      .keys = {.downEvent = LED_MOUSE_KEY_DOWN,
-                               .upEvent = LED_MOUSE_KEY_UP,
-                               .values = wiredKeyValues,
-                               .shift = shift},
-                      .paceMs = MouseFrames::idlePaceMs},
-            .effectModes = effectModes};
 }
 
 } // namespace pyrux

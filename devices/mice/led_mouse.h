@@ -7,7 +7,6 @@
 #include "pyrux/led_mouse.h"
 #include "pyrux/lighting.h"
 
-#include <atomic>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -17,23 +16,15 @@ namespace pyrux {
 
 /// What tells one wired mouse with lights from another.
 struct LedMouseTraits {
-    MouseTraits mouse;
+    const ModelRow& model;
     std::span<const std::uint8_t> effectModes;
 };
-
-/// The traits of a model. What is not named here is alike in all of them.
-/// @param shift        whether button 1 is held, one flag per model
-LedMouseTraits ledMouseTraits(const ModelRow& model, std::atomic<bool>& shift,
-                              std::span<const std::uint8_t> effectModes);
 
 /// The wired mouse with lights: effects that the device plays by itself, and frames of a host, which go
 /// through a queue.
 class LedMouse : public WiredMouse {
 public:
-    LedMouse(const std::string& path, const LedMouseTraits& traits)
-        : WiredMouse(path, traits.mouse), effects(link, modes, traits.effectModes)
-    {
-    }
+    LedMouse(const std::string& path, const LedMouseTraits& traits);
 
     _error setLightingInit() { return frames.setLightingInit(); }
     _error setLightingUninit() { return frames.setLightingUninit(); }

@@ -16,12 +16,12 @@ std::optional<NotifyRecord> MouseKeys::take(const Reply& report)
     if (state != up && state != down)
         return std::nullopt;
     if (button == facts.shiftKey) {
-        facts.shift = state == down;
+        shift = state == down;
         return std::nullopt;
     }
     const int value = button < facts.values.size() ? facts.values[button] : 0;
     return NotifyRecord{.event = state == down ? facts.downEvent : facts.upEvent,
-                        .value = std::uint16_t(value + (facts.shift ? facts.shiftValue : 0))};
+                        .value = std::uint16_t(value + (shift ? facts.shiftValue : 0))};
 }
 
 } // namespace pyrux

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "devices/held_key.h"
 #include "pyrux/records.h"
 #include "transport/report.h"
 
@@ -19,7 +20,6 @@ inline constexpr std::array<std::uint8_t, 10> wiredKeyValues{0x1E, 0x20, 0x1F, 0
 struct MouseKeyFacts {
     std::uint32_t downEvent, upEvent;     ///< `NotifyRecord::event`.
     std::span<const std::uint8_t> values; ///< `NotifyRecord::value` by button number; 0 after its end.
-    std::atomic<bool>& shift;             ///< Whether the shift is held: one flag per model, not per device.
     std::uint8_t shiftKey = 1;            ///< Number of the button that is the shift.
     std::uint16_t shiftValue = 32;        ///< Added to the values of the others while it is held.
 };
@@ -27,7 +27,7 @@ struct MouseKeyFacts {
 /// The buttons that a mouse reports by itself, as 43 01. Sends nothing.
 class MouseKeys {
 public:
-    explicit MouseKeys(const MouseKeyFacts& facts) : facts(facts) {}
+    MouseKeys(const ModelRow& model, const MouseKeyFacts& facts) : shift(heldKeyOf(model)), facts(facts) {}
 
     static bool isKey(const Reply& report) { return report.begins({0x43, 0x01}); }
 
@@ -35,6 +35,7 @@ public:
     std::optional<NotifyRecord> take(const Reply& report);
 
 private:
+    std::atomic<bool>& shift; ///< Whether it is held.
     const MouseKeyFacts& facts;
 };
 

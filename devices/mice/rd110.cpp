@@ -1,19 +1,14 @@
 #include "devices/mice/rd110.h"
 
-#include "pyrux/pyrux.h"
-
-#include <atomic>
-
 namespace pyrux {
 
 namespace {
 
-std::atomic<bool> shift{false};
-const LedMouseTraits rd110Traits = ledMouseTraits(RD110::model, shift, laterEffectModes);
+constexpr LedMouseTraits rd110Row{RD110::model, laterEffectModes};
 
 } // namespace
 
-RD110::RD110(const std::string& path) : LedMouse(path, rd110Traits) {}
+RD110::RD110(const std::string& path) : LedMouse(path, rd110Row) {}
 
 _error RD110::test()
 {

@@ -1,9 +1,6 @@
 #include "devices/mice/rd210.h"
 
-#include "pyrux/pyrux.h"
-
 #include <array>
-#include <atomic>
 
 namespace pyrux {
 
@@ -25,17 +22,14 @@ constexpr std::array<DeviceEvent<NotifyRecord>, 2> events{{
     {{0x42, 0x20, 0x00}, 4, " profile change", profileAck, changed<RD210_PROFILE_CHANGED>},
 }};
 
-std::atomic<bool> shift{false};
-
-const MouseTraits rd210Traits{
-    .model = RD210::model,
+constexpr MouseTraits rd210Traits{
     .startUp = startUp,
     .events = events,
-    .keys = {.downEvent = RD210_KEY_DOWN, .upEvent = RD210_KEY_UP, .values = wiredKeyValues, .shift = shift}};
+    .keys = {.downEvent = RD210_KEY_DOWN, .upEvent = RD210_KEY_UP, .values = wiredKeyValues}};
 
 } // namespace
 
-RD210::RD210(const std::string& path) : WiredMouse(path, rd210Traits) {}
+RD210::RD210(const std::string& path) : WiredMouse(path, model, rd210Traits) {}
 
 } // namespace pyrux
 

@@ -10,9 +10,9 @@ constexpr Report hello{0x43, 0x00, 0x00, 0x00, 0x01};
 
 } // namespace
 
-WiredMouse::WiredMouse(const std::string& path, const MouseTraits& traits)
-    : NotifyingDevice(path, {.model = traits.model, .paceMs = traits.paceMs}), MouseParts(link, row, closed),
-      traits(traits), keys(traits.keys)
+WiredMouse::WiredMouse(const std::string& path, const ModelRow& model, const MouseTraits& traits)
+    : NotifyingDevice(path, {.model = model, .paceMs = traits.paceMs}), MouseParts(link, row, closed),
+      traits(traits), keys(model, traits.keys)
 {
     if (!link.opened())
         return;

@@ -23,9 +23,8 @@ NotifyRecord changed(const Reply&)
     return {.event = event, .value = 0};
 }
 
-/// What tells one mouse of the family from another.
+/// What tells one kind of mouse of the family from another.
 struct MouseTraits {
-    const ModelRow& model;
     std::span<const Report> startUp; ///< Written at the start, without waiting for replies.
     std::span<const DeviceEvent<NotifyRecord>> events;
     MouseKeyFacts keys;
@@ -39,7 +38,7 @@ struct MouseTraits {
 /// that a reply that does not begin as asked for shows as a missing one.
 class WiredMouse : public NotifyingDevice<NotifyCallback>, public MouseParts {
 public:
-    WiredMouse(const std::string& path, const MouseTraits& traits);
+    WiredMouse(const std::string& path, const ModelRow& model, const MouseTraits& traits);
     ~WiredMouse() override;
 
     void sayGoodbye() override;

@@ -1,7 +1,5 @@
 #include "devices/power/psuctrl.h"
 
-#include "pyrux/pyrux.h"
-
 #include <array>
 #include <sstream>
 #include <string_view>

@@ -1,7 +1,5 @@
 #include "devices/power/voltgrid.h"
 
-#include "pyrux/pyrux.h"
-
 namespace pyrux {
 
 namespace {

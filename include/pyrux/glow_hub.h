@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pyrux/error.h"
+#include "pyrux/export.h"
 #include "pyrux/hub_records.h"
 #include "pyrux/lighting.h"
 
@@ -189,3 +190,6 @@ struct PYRUX_GLOW_Base : DEV_LIGHTING {
 protected:
     ~PYRUX_GLOW_Base() = default;
 };
+
+/// Factory of GLOW HUB.
+PYRUX_API PYRUX_GLOW_Base* glow_hub(const char* path);

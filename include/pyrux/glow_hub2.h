@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pyrux/error.h"
+#include "pyrux/export.h"
 #include "pyrux/lighting.h"
 
 #include <cstddef>
@@ -152,3 +153,6 @@ struct PYRUX_GLOW2_Base : DEV_LIGHTING {
 protected:
     ~PYRUX_GLOW2_Base() = default;
 };
+
+/// Factory of GLOW HUB II.
+PYRUX_API PYRUX_GLOW2_Base* glow2(const char* path);

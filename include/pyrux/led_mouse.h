@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pyrux/error.h"
+#include "pyrux/export.h"
 #include "pyrux/lighting.h"
 #include "pyrux/mouse_records.h"
 #include "pyrux/records.h"
@@ -8,7 +9,7 @@
 #include <cstdint>
 
 /// @file
-/// What the wired mice with lights have in common: RD215, RD230, RD240 and RD110.
+/// The wired mice with lights. The models that have nothing of their own, and their factories, stand at the end.
 
 /// Events of these mice in `NotifyRecord::event`.
 enum LedMouseEvent : std::uint32_t {
@@ -25,7 +26,7 @@ enum LedMouseEvent : std::uint32_t {
 /// host.
 ///
 /// Slots: the operations stand in the order of the object's virtual table; a host that does not use this
-/// header calls the N-th entry. The model's own interface goes on behind them.
+/// header calls the N-th entry. The model's own interface goes on after them.
 ///
 /// Lights (slots 0 to 4): slot 2 is not supported. The zone numbers of slot 3 do not matter; a LED's index
 /// goes out as one byte. A frame has places for 15 LEDs: what is listed behind them, or has an index above
@@ -188,3 +189,38 @@ struct LED_MOUSE_Base : DEV_LIGHTING {
 protected:
     ~LED_MOUSE_Base() = default;
 };
+
+/// Slots 0 to 35: the interface of a mouse with nothing of its own.
+struct PLAIN_LED_MOUSE_Base : LED_MOUSE_Base {
+    /// Slot 35. Closes the object: ends its threads and the channel; frames that wait are dropped. Always
+    /// E_OK; further calls do nothing.
+    /// @param unplugged  not 0: the device has gone, nothing is sent to it; 0: it is told goodbye (41 01 | 41
+    ///                   00)
+    /// @note Calls that wait for a reply on other threads are given 2 s with `unplugged` 0, and end at once
+    ///       otherwise.
+    virtual _error exit_device(std::uint8_t unplugged) = 0;
+
+protected:
+    ~PLAIN_LED_MOUSE_Base() = default;
+};
+
+/// RD215 has the effect modes 0, 1, 2, 4, 176, 254.
+struct PYRUX_RD215_Base : PLAIN_LED_MOUSE_Base {
+protected:
+    ~PYRUX_RD215_Base() = default;
+};
+PYRUX_API PYRUX_RD215_Base* rd215(const char* path);
+
+/// RD230 has the effect modes 0, 1, 2, 4, 176, 254.
+struct PYRUX_RD230_Base : PLAIN_LED_MOUSE_Base {
+protected:
+    ~PYRUX_RD230_Base() = default;
+};
+PYRUX_API PYRUX_RD230_Base* rd230(const char* path);
+
+/// RD240 has the effect modes 0, 1, 2, 4, 5, 176, 254.
+struct PYRUX_RD240_Base : PLAIN_LED_MOUSE_Base {
+protected:
+    ~PYRUX_RD240_Base() = default;
+};
+PYRUX_API PYRUX_RD240_Base* rd240(const char* path);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pyrux/error.h"
+#include "pyrux/export.h"
 #include "pyrux/lighting.h"
 
 #include <cstddef>
@@ -135,3 +136,6 @@ struct PYRUX_PLAY_DOCK_Base : DEV_LIGHTING {
 protected:
     ~PYRUX_PLAY_DOCK_Base() = default;
 };
+
+/// Factory of PLAY DOCK.
+PYRUX_API PYRUX_PLAY_DOCK_Base* playdock(const char* path);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pyrux/error.h"
+#include "pyrux/export.h"
 #include "pyrux/psu_records.h"
 
 #include <cstddef>
@@ -79,3 +80,6 @@ struct PYRUX_PSUCTRL_Base {
 protected:
     ~PYRUX_PSUCTRL_Base() = default;
 };
+
+/// Factory of the whole series AU_LINE and PT_LINE, and of SILENT_1300.
+PYRUX_API PYRUX_PSUCTRL_Base* psuCtrl(const char* path);

@@ -4,15 +4,12 @@
 #include "pyrux/export.h"
 #include "pyrux/glow_hub.h"
 #include "pyrux/glow_hub2.h"
+#include "pyrux/led_mouse.h"
 #include "pyrux/play_dock.h"
 #include "pyrux/psuctrl.h"
-#include "pyrux/qw210.h"
-#include "pyrux/qw220.h"
+#include "pyrux/qw_keyboard.h"
 #include "pyrux/rd110.h"
 #include "pyrux/rd210.h"
-#include "pyrux/rd215.h"
-#include "pyrux/rd230.h"
-#include "pyrux/rd240.h"
 #include "pyrux/records.h"
 #include "pyrux/strandhub.h"
 #include "pyrux/sys_info.h"
@@ -25,6 +22,11 @@
 /// The exports of the library: plain functions, callable without any object and from any thread. A host calls
 /// `pyrux_background` (optional), `pyrux_init`, `registerDevNotify`, `devNums`, `devInfo`, then the factory
 /// of each device's model, and `pyrux_exit` at the end.
+///
+/// Factories stand with the interfaces of their models, in the headers that are included here. All are alike:
+/// `path` is a device path, as `devInfo` or a hotplug event gives it; there is one object per path, made by
+/// the first call; it stays valid to the end of the process, and answers -11 once the device has gone. The
+/// result is null when the device cannot be opened.
 
 /// Starts the library's threads. Repeated calls, also behind `pyrux_exit`, do nothing. Always 0.
 /// @note Tells the control application "app_control_on" unless in background mode, and waits for it up to 3 s
@@ -111,35 +113,3 @@ PYRUX_API std::int32_t fakeTempEnable();
 /// Takes one step of the simulated temperatures.
 /// @return as `getSysTemp`
 PYRUX_API std::int32_t fakeTempStep();
-
-/// Factory of the wired mouse RD210: one object per path, made by the first call. It stays valid to the end
-/// of the process, and answers -11 once the device has gone.
-/// @param path  device path, as `devInfo` or a hotplug event gives it
-/// @return null when the device cannot be opened
-PYRUX_API PYRUX_RD210_Base* rd210(const char* path);
-
-/// Factories of the wired mice with lights, likewise.
-PYRUX_API PYRUX_RD110_Base* rd110(const char* path);
-PYRUX_API PYRUX_RD215_Base* rd215(const char* path);
-PYRUX_API PYRUX_RD230_Base* rd230(const char* path);
-PYRUX_API PYRUX_RD240_Base* rd240(const char* path);
-
-/// Factories of the lighting controllers, likewise.
-PYRUX_API PYRUX_GLOW_Base* glow_hub(const char* path);
-PYRUX_API PYRUX_GLOW2_Base* glow2(const char* path);
-PYRUX_API PYRUX_TINT_Base* tint_hub(const char* path);
-PYRUX_API PYRUX_PLAY_DOCK_Base* playdock(const char* path);
-
-/// Factories of the power supplies, likewise. `psuCtrl` serves the whole series AU_LINE and PT_LINE, and
-/// SILENT_1300.
-PYRUX_API PYRUX_PSUCTRL_Base* psuCtrl(const char* path);
-PYRUX_API PYRUX_VOLTGRID_Base* voltgrid(const char* path);
-
-/// Factories of the strand controllers, likewise.
-PYRUX_API PYRUX_STRANDHUB_Base* strandhub(const char* path);
-PYRUX_API PYRUX_STRANDHUBV2_Base* strandhubv2(const char* path);
-
-/// Factories of the wired keyboards, likewise. The first call takes as long as the keyboard's effects take to
-/// be read: 54 commands, or about 18 s for a device that does not answer.
-PYRUX_API PYRUX_QW210_Base* qw210(const char* path);
-PYRUX_API PYRUX_QW220_Base* qw220(const char* path);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pyrux/error.h"
+#include "pyrux/export.h"
 #include "pyrux/keyboard_records.h"
 #include "pyrux/records.h"
 
@@ -8,13 +9,15 @@
 #include <vector>
 
 /// @file
-/// What the keyboards QW210 and QW220 have in common.
+/// The keyboards with a status effect. The models and their factories stand at the end. The first call of a
+/// factory takes as long as the keyboard's effects take to be read: 54 commands, or about 18 s for a device
+/// that does not answer.
 
 /// Slots 0 to 34 of the keyboards: five profiles, key maps, twenty macros, effects that the device plays out
 /// of a memory of its own, a status effect that shows the computer's load or sound, and frames of a host.
 ///
 /// Slots: the operations stand in the order of the object's virtual table; a host that does not use this
-/// header calls the N-th entry. The model's own interface goes on behind them.
+/// header calls the N-th entry. The model's own interface goes on after them.
 ///
 /// Lights (slots 0 to 4): the operations of `DEV_LIGHTING` in its order, with the keyboards' own arguments.
 /// Frames go through a queue: the calls return at once, a frame that the device has no time for is replaced
@@ -247,3 +250,33 @@ struct QW_KEYBOARD_Base {
 protected:
     ~QW_KEYBOARD_Base() = default;
 };
+
+/// Slots 0 to 35: the interface of a keyboard with nothing of its own.
+struct PLAIN_QW_KEYBOARD_Base : QW_KEYBOARD_Base {
+    /// Slot 35. Closes the object: ends its threads and the channel; frames that wait are dropped. Always
+    /// E_OK; further calls do nothing.
+    /// @param unplugged  not 0: the device has gone, nothing is sent to it; 0: it is told goodbye (41 01 |
+    ///                   41 00 | 41 00)
+    /// @note Calls that wait for a reply on other threads are given 2 s with `unplugged` 0, and end at once
+    ///       otherwise.
+    virtual _error exit_device(std::uint8_t unplugged) = 0;
+
+protected:
+    ~PLAIN_QW_KEYBOARD_Base() = default;
+};
+
+/// QW210 has 139 LEDs in direct lighting (0 to 138) and 168 in a custom effect; a zone matrix has 192 bytes per
+/// zone, 768 in all.
+struct PYRUX_QW210_Base : PLAIN_QW_KEYBOARD_Base {
+protected:
+    ~PYRUX_QW210_Base() = default;
+};
+PYRUX_API PYRUX_QW210_Base* qw210(const char* path);
+
+/// QW220 has 137 LEDs in direct lighting (0 to 136) and 168 in a custom effect; a zone matrix has 160 bytes per
+/// zone, 640 in all.
+struct PYRUX_QW220_Base : PLAIN_QW_KEYBOARD_Base {
+protected:
+    ~PYRUX_QW220_Base() = default;
+};
+PYRUX_API PYRUX_QW220_Base* qw220(const char* path);

@@ -27,3 +27,6 @@ struct PYRUX_RD110_Base : LED_MOUSE_Base {
 protected:
     ~PYRUX_RD110_Base() = default;
 };
+
+/// Factory of RD110.
+PYRUX_API PYRUX_RD110_Base* rd110(const char* path);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pyrux/error.h"
+#include "pyrux/export.h"
 #include "pyrux/mouse_records.h"
 #include "pyrux/records.h"
 
@@ -143,3 +144,6 @@ struct PYRUX_RD210_Base {
 protected:
     ~PYRUX_RD210_Base() = default;
 };
+
+/// Factory of RD210.
+PYRUX_API PYRUX_RD210_Base* rd210(const char* path);

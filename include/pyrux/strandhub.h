@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pyrux/error.h"
+#include "pyrux/export.h"
 #include "pyrux/hub_records.h"
 #include "pyrux/lighting.h"
 #include "pyrux/records.h"
@@ -311,9 +312,11 @@ struct PYRUX_STRANDHUB_Base : STRANDHUB_Operations {
 protected:
     ~PYRUX_STRANDHUB_Base() = default;
 };
+PYRUX_API PYRUX_STRANDHUB_Base* strandhub(const char* path);
 
 /// The strand controller STRANDHUBV2, function for function the same.
 struct PYRUX_STRANDHUBV2_Base : STRANDHUB_Operations {
 protected:
     ~PYRUX_STRANDHUBV2_Base() = default;
 };
+PYRUX_API PYRUX_STRANDHUBV2_Base* strandhubv2(const char* path);

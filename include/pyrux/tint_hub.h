@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pyrux/error.h"
+#include "pyrux/export.h"
 #include "pyrux/hub_records.h"
 #include "pyrux/lighting.h"
 
@@ -114,3 +115,6 @@ struct PYRUX_TINT_Base : DEV_LIGHTING {
 protected:
     ~PYRUX_TINT_Base() = default;
 };
+
+/// Factory of TINT HUB.
+PYRUX_API PYRUX_TINT_Base* tint_hub(const char* path);

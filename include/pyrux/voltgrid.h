@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pyrux/error.h"
+#include "pyrux/export.h"
 #include "pyrux/psu_records.h"
 
 #include <cstdint>
@@ -81,3 +82,6 @@ struct PYRUX_VOLTGRID_Base {
 protected:
     ~PYRUX_VOLTGRID_Base() = default;
 };
+
+/// Factory of VOLTGRID.
+PYRUX_API PYRUX_VOLTGRID_Base* voltgrid(const char* path);

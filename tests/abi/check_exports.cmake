@@ -1,4 +1,4 @@
-# Holds what a built library shows to the world against the list of its exports.
+# Holds what a built library shows to the world against what the public headers declare.
 # Variables: LIBRARY, LIST, TOOL (nm, or objdump for a DLL), FORMAT (elf or pe)
 if(FORMAT STREQUAL "elf")
     execute_process(COMMAND ${TOOL} -D --defined-only ${LIBRARY} OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
@@ -22,7 +22,7 @@ else()
         list(APPEND shown ${name})
     endforeach()
 endif()
-file(STRINGS ${LIST} listed)
+set(listed ${LIST})
 list(SORT shown)
 list(SORT listed)
 list(LENGTH listed count)

@@ -1,6 +1,7 @@
 #include "models.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace pyrux::ctl {
 
@@ -17,12 +18,15 @@ const Identity* findIdentity(const Model& model, std::uint32_t vid, std::uint32_
 
 const std::vector<Model>& models()
 {
-    static const std::vector<Model> all{
-        models_of::glow2(),       models_of::glow_hub(), models_of::playdock(), models_of::psuCtrl(),
-        models_of::qw210(),       models_of::qw220(),    models_of::rd110(),    models_of::rd210(),
-        models_of::rd215(),       models_of::rd230(),    models_of::rd240(),    models_of::strandhub(),
-        models_of::strandhubv2(), models_of::tint_hub(), models_of::voltgrid(), models_of::sysInfo(),
-    };
+    static const std::vector<Model> all = [] {
+        std::vector<Model> models;
+        for (const auto kind : {models_of::hubs, models_of::keyboards, models_of::ledMice,
+                                models_of::plainMice, models_of::powerSupplies, models_of::strandControllers})
+            std::ranges::move(kind(), std::back_inserter(models));
+        std::ranges::sort(models, {}, &Model::command);
+        models.push_back(models_of::sysInfo());
+        return models;
+    }();
     return all;
 }
 

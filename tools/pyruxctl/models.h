@@ -21,7 +21,7 @@ struct EventName {
     std::string_view text;
 };
 
-/// Everything that pyruxctl knows of a model. To add one: its operations as a list, and a row in `models`.
+/// Everything that pyruxctl knows of a model. To add one: its operations as a list, in the file of its kind.
 struct Model {
     std::string_view command; ///< On the command line; also the name of the factory export.
     std::string_view summary;
@@ -35,7 +35,7 @@ struct Model {
     std::string_view eventText(std::uint32_t event) const;
 };
 
-/// The models, in the order of their names.
+/// The models in the order of their names, and the computer.
 const std::vector<Model>& models();
 
 /// The model of a command, or null.
@@ -45,22 +45,14 @@ const Model* findModel(std::uint32_t vid, std::uint32_t pid);
 /// The catalogue's name of an identity; empty when no model has it.
 std::string_view findName(std::uint32_t vid, std::uint32_t pid);
 
+/// The models by the kinds of device: a file each in models/, with a row or a function for each model.
 namespace models_of {
-Model glow2();
-Model glow_hub();
-Model playdock();
-Model psuCtrl();
-Model qw210();
-Model qw220();
-Model rd110();
-Model rd210();
-Model rd215();
-Model rd230();
-Model rd240();
-Model strandhub();
-Model strandhubv2();
-Model tint_hub();
-Model voltgrid();
+std::vector<Model> hubs();
+std::vector<Model> keyboards();
+std::vector<Model> ledMice();
+std::vector<Model> plainMice();
+std::vector<Model> powerSupplies();
+std::vector<Model> strandControllers();
 Model sysInfo();
 } // namespace models_of
 

@@ -108,9 +108,7 @@ std::vector<Operation> join(std::vector<Operation> all, const std::vector<Operat
     return all;
 }
 
-} // namespace
-
-Model models_of::glow_hub()
+Model glow_hub()
 {
     using Interface = PYRUX_GLOW_Base;
     return {
@@ -147,7 +145,7 @@ Model models_of::glow_hub()
     };
 }
 
-Model models_of::glow2()
+Model glow2()
 {
     using Interface = PYRUX_GLOW2_Base;
     return {
@@ -176,7 +174,7 @@ Model models_of::glow2()
     };
 }
 
-Model models_of::playdock()
+Model playdock()
 {
     using Interface = PYRUX_PLAY_DOCK_Base;
     return {
@@ -203,7 +201,7 @@ Model models_of::playdock()
     };
 }
 
-Model models_of::tint_hub()
+Model tint_hub()
 {
     using Interface = PYRUX_TINT_Base;
     return {
@@ -224,6 +222,13 @@ Model models_of::tint_hub()
                  }),
         .calls = silentHostCalls<Interface, doNothing>(),
     };
+}
+
+} // namespace
+
+std::vector<Model> models_of::hubs()
+{
+    return {glow_hub(), glow2(), playdock(), tint_hub()};
 }
 
 } // namespace pyrux::ctl

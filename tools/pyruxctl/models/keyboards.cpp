@@ -1,8 +1,7 @@
 #include "keyboard_records.h"
 #include "models.h"
 
-#include "pyrux/qw210.h"
-#include "pyrux/qw220.h"
+#include "pyrux/qw_keyboard.h"
 
 #include <vector>
 
@@ -92,14 +91,12 @@ Model keyboard(std::string_view command, std::string_view summary, Identity iden
 
 } // namespace
 
-Model models_of::qw210()
+std::vector<Model> models_of::keyboards()
 {
-    return keyboard<PYRUX_QW210_Base, 192>("qw210", "Keyboard QW210", {"QW205V2", 0x3A7E, 0x0147});
-}
-
-Model models_of::qw220()
-{
-    return keyboard<PYRUX_QW220_Base, 160>("qw220", "Keyboard QW220", {"QW225V2", 0x3A7E, 0x0145});
+    return {
+        keyboard<PYRUX_QW210_Base, 192>("qw210", "Keyboard QW210", {"QW205V2", 0x3A7E, 0x0147}),
+        keyboard<PYRUX_QW220_Base, 160>("qw220", "Keyboard QW220", {"QW225V2", 0x3A7E, 0x0145}),
+    };
 }
 
 } // namespace pyrux::ctl

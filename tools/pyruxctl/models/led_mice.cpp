@@ -2,10 +2,8 @@
 #include "models.h"
 #include "models/mouse_operations.h"
 
+#include "pyrux/led_mouse.h"
 #include "pyrux/rd110.h"
-#include "pyrux/rd215.h"
-#include "pyrux/rd230.h"
-#include "pyrux/rd240.h"
 
 namespace pyrux::ctl {
 
@@ -45,28 +43,23 @@ Model ledMouse(std::string_view command, std::string_view summary, Identity iden
     };
 }
 
-} // namespace
-
-Model models_of::rd215()
-{
-    return ledMouse<PYRUX_RD215_Base>("rd215", "Wired mouse RD215, with lights", {"RD215", 0x3A7E, 0x0101});
-}
-
-Model models_of::rd230()
-{
-    return ledMouse<PYRUX_RD230_Base>("rd230", "Wired mouse RD230, with lights", {"RD230", 0x3A7E, 0x0141});
-}
-
-Model models_of::rd240()
-{
-    return ledMouse<PYRUX_RD240_Base>("rd240", "Wired mouse RD240, with lights", {"RD240", 0x3A7E, 0x0165});
-}
-
-Model models_of::rd110()
+std::vector<Operation> rd110Operations()
 {
     using Interface = PYRUX_RD110_Base;
-    return ledMouse<Interface>("rd110", "Wired mouse RD110, with lights", {"RD110", 0x3A7E, 0x015F},
-                               {OP(test), OP(getMacroAll, out("list"))});
+    return {OP(test), OP(getMacroAll, out("list"))};
+}
+
+} // namespace
+
+std::vector<Model> models_of::ledMice()
+{
+    return {
+        ledMouse<PYRUX_RD110_Base>("rd110", "Wired mouse RD110, with lights", {"RD110", 0x3A7E, 0x015F},
+                                   rd110Operations()),
+        ledMouse<PYRUX_RD215_Base>("rd215", "Wired mouse RD215, with lights", {"RD215", 0x3A7E, 0x0101}),
+        ledMouse<PYRUX_RD230_Base>("rd230", "Wired mouse RD230, with lights", {"RD230", 0x3A7E, 0x0141}),
+        ledMouse<PYRUX_RD240_Base>("rd240", "Wired mouse RD240, with lights", {"RD240", 0x3A7E, 0x0165}),
+    };
 }
 
 } // namespace pyrux::ctl

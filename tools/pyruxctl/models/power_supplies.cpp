@@ -69,9 +69,7 @@ std::vector<Operation> supplyOperations(const std::vector<Operation>& more = {})
 
 const std::vector<std::string_view> measurements{"getInput", "getOutput", "getThermal"};
 
-} // namespace
-
-Model models_of::voltgrid()
+Model voltgrid()
 {
     using Interface = PYRUX_VOLTGRID_Base;
     return {
@@ -85,7 +83,7 @@ Model models_of::voltgrid()
     };
 }
 
-Model models_of::psuCtrl()
+Model psuCtrl()
 {
     using Interface = PYRUX_PSUCTRL_Base;
     return {
@@ -108,6 +106,13 @@ Model models_of::psuCtrl()
         .calls = silentHostCalls<Interface, readTemperature<Interface>>(),
         .monitored = measurements,
     };
+}
+
+} // namespace
+
+std::vector<Model> models_of::powerSupplies()
+{
+    return {voltgrid(), psuCtrl()};
 }
 
 } // namespace pyrux::ctl

@@ -5,7 +5,9 @@
 
 namespace pyrux::ctl {
 
-Model models_of::rd210()
+namespace {
+
+Model rd210()
 {
     using Interface = PYRUX_RD210_Base;
     std::vector<Operation> operations = profileOperations<Interface>();
@@ -22,6 +24,13 @@ Model models_of::rd210()
         .operations = std::move(operations),
         .calls = hostCalls<Interface>(),
     };
+}
+
+} // namespace
+
+std::vector<Model> models_of::plainMice()
+{
+    return {rd210()};
 }
 
 } // namespace pyrux::ctl

@@ -116,16 +116,14 @@ Model strandController(std::string_view command, std::string_view summary, Ident
 
 } // namespace
 
-Model models_of::strandhub()
+std::vector<Model> models_of::strandControllers()
 {
-    return strandController<PYRUX_STRANDHUB_Base>("strandhub", "Strand controller STRANDHUB",
-                                                  {"STRANDHUB", 0x3A7E, 0x0173});
-}
-
-Model models_of::strandhubv2()
-{
-    return strandController<PYRUX_STRANDHUBV2_Base>("strandhubv2", "Strand controller STRANDHUBV2",
-                                                    {"STRANDHUBV2", 0x3A7E, 0x01C9});
+    return {
+        strandController<PYRUX_STRANDHUB_Base>("strandhub", "Strand controller STRANDHUB",
+                                               {"STRANDHUB", 0x3A7E, 0x0173}),
+        strandController<PYRUX_STRANDHUBV2_Base>("strandhubv2", "Strand controller STRANDHUBV2",
+                                                 {"STRANDHUBV2", 0x3A7E, 0x01C9}),
+    };
 }
 
 } // namespace pyrux::ctl
