@@ -59,8 +59,17 @@
 
 namespace pyrux::sim {
 
-class KeyboardFirmware : public EchoFirmware {
+class KeyboardFirmware final : public EchoFirmware {
 public:
+    /// Events "profile N": the profile key makes profile 0 to 4 current; "effect MODE": the effect key makes
+    /// effect 0 to 20 current; "key NUMBER STATE": key NUMBER of the key reports goes up (0) or down (1),
+    /// another STATE stands in the report as it is. The zones of the picture are "row 1" and so on, from the
+    /// top down.
+    ///
+    /// LEDs are numbered down the columns of `rows`; `maskBytes` is the size of one mask. `frames` counts
+    /// status frames and the host's.
+    KeyboardFirmware(const char* name, std::uint16_t pid, std::size_t rows, std::size_t maskBytes);
+
     static constexpr int profileCount = 5;
     static constexpr int keyCount = 256;
     static constexpr int ledCount = 168;
@@ -118,16 +127,6 @@ public:
     Lights lights() const;                                       ///< What the picture shows, by LED number.
     int acknowledgements() const { return copyOf(now.acks); } ///< Since power-on, with that of the start-up.
     int saves() const { return copyOf(now.saves); }           ///< Since power-on.
-
-protected:
-    /// Events "profile N": the profile key makes profile 0 to 4 current; "effect MODE": the effect key makes
-    /// effect 0 to 20 current; "key NUMBER STATE": key NUMBER of the key reports goes up (0) or down (1),
-    /// another STATE stands in the report as it is. The zones of the picture are "row 1" and so on, from the
-    /// top down.
-    ///
-    /// LEDs are numbered down the columns of `rows`; `maskBytes` is the size of one mask. `frames` counts
-    /// status frames and the host's.
-    KeyboardFirmware(const char* name, std::uint16_t pid, std::size_t rows, std::size_t maskBytes);
 
 private:
     struct Settings {
@@ -189,16 +188,6 @@ private:
     std::array<Effects, profileCount> stored;
     std::uint8_t currentProfile = 0;
     Session now;
-};
-
-class QW210Firmware final : public KeyboardFirmware {
-public:
-    QW210Firmware() : KeyboardFirmware("QW210", 0x0147, 7, 24) {}
-};
-
-class QW220Firmware final : public KeyboardFirmware {
-public:
-    QW220Firmware() : KeyboardFirmware("QW220", 0x0145, 6, 20) {}
 };
 
 } // namespace pyrux::sim

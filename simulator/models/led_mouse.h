@@ -5,7 +5,7 @@
 #include <map>
 
 /// @file
-/// Firmware models of the wired mice with lights: RD215, RD230, RD240, RD110.
+/// The firmware model of the wired mice with lights.
 ///
 /// They are RD210 and take these commands beside its own; bytes are payload bytes, counted from 0.
 ///
@@ -27,9 +27,17 @@
 
 namespace pyrux::sim {
 
-class LedMouseFirmware : public RD210Firmware {
+class LedMouseFirmware final : public RD210Firmware {
 public:
     static constexpr std::size_t ledCount = 2;
+
+    /// Events of RD210, and "effect MODE": the effect button makes MODE current; "brightness VALUE": it sets
+    /// the brightness of the current effect; "switch N": profile N becomes current, and the one report tells
+    /// that its effect is another too.
+    ///
+    /// The picture has one zone, "mouse". While the host drives the lights: its last frame; else the current
+    /// effect, in its color and brightness or in the custom colors. Mode 254 is dark.
+    LedMouseFirmware(const char* name, std::uint16_t pid, std::vector<std::uint8_t> effectModes);
 
     /// The effects of one profile, as bytes of the reports that carry them.
     struct Effects {
@@ -43,15 +51,6 @@ public:
     Effects effects(int profile) const { return copyOf(working.at(std::size_t(profile))); }
     Effects savedEffects(int profile) const { return copyOf(saved.at(std::size_t(profile))); }
     bool driven() const { return copyOf(drivenByHost); } ///< The host drives the lights.
-
-protected:
-    /// Events of RD210, and "effect MODE": the effect button makes MODE current; "brightness VALUE": it sets
-    /// the brightness of the current effect; "switch N": profile N becomes current, and the one report tells
-    /// that its effect is another too.
-    ///
-    /// The picture has one zone, "mouse". While the host drives the lights: its last frame; else the current
-    /// effect, in its color and brightness or in the custom colors. Mode 254 is dark.
-    LedMouseFirmware(const char* name, std::uint16_t pid, std::vector<std::uint8_t> effectModes);
 
 private:
     using AllEffects = std::array<Effects, profileCount>;
@@ -74,26 +73,6 @@ private:
     AllEffects saved;
     bool drivenByHost = false;
     std::array<Light, ledCount> shown{};
-};
-
-class RD215Firmware final : public LedMouseFirmware {
-public:
-    RD215Firmware() : LedMouseFirmware("RD215", 0x0101, {0, 1, 2, 4, 176, 254}) {}
-};
-
-class RD230Firmware final : public LedMouseFirmware {
-public:
-    RD230Firmware() : LedMouseFirmware("RD230", 0x0141, {0, 1, 2, 4, 176, 254}) {}
-};
-
-class RD240Firmware final : public LedMouseFirmware {
-public:
-    RD240Firmware() : LedMouseFirmware("RD240", 0x0165, {0, 1, 2, 4, 5, 176, 254}) {}
-};
-
-class RD110Firmware final : public LedMouseFirmware {
-public:
-    RD110Firmware() : LedMouseFirmware("RD110", 0x015F, {0, 1, 2, 4, 5, 176, 254}) {}
 };
 
 } // namespace pyrux::sim

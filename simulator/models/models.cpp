@@ -25,6 +25,22 @@ std::shared_ptr<Firmware> make()
     return std::make_shared<Type>();
 }
 
+std::shared_ptr<Firmware> ledMouse(const char* name, std::uint16_t pid, std::vector<std::uint8_t> effectModes)
+{
+    return std::make_shared<LedMouseFirmware>(name, pid, std::move(effectModes));
+}
+
+std::shared_ptr<Firmware> keyboard(const char* name, std::uint16_t pid, std::size_t rows,
+                                   std::size_t maskBytes)
+{
+    return std::make_shared<KeyboardFirmware>(name, pid, rows, maskBytes);
+}
+
+std::shared_ptr<Firmware> strandHub(const char* name, std::uint16_t pid)
+{
+    return std::make_shared<StrandFirmware>(name, pid);
+}
+
 /// One of the lines of PSUCTRL.
 template <std::size_t variant>
 std::shared_ptr<Firmware> makeLine()
@@ -47,16 +63,28 @@ constexpr Model models[]{
     {"pt_line_650_multi", makeLine<9>},
     {"pt_line_750_multi", makeLine<10>},
     {"pt_line_850_multi", makeLine<11>},
-    {"qw210", make<QW210Firmware>},
-    {"qw220", make<QW220Firmware>},
-    {"rd110", make<RD110Firmware>},
+    {"qw210", [] { return keyboard("QW210", 0x0147, 7, 24); }},
+    {"qw220", [] { return keyboard("QW220", 0x0145, 6, 20); }},
+    {"rd110",
+     [] {
+         return ledMouse("RD110", 0x015F, {0, 1, 2, 4, 5, 176, 254});
+     }},
     {"rd210", make<RD210Firmware>},
-    {"rd215", make<RD215Firmware>},
-    {"rd230", make<RD230Firmware>},
-    {"rd240", make<RD240Firmware>},
+    {"rd215",
+     [] {
+         return ledMouse("RD215", 0x0101, {0, 1, 2, 4, 176, 254});
+     }},
+    {"rd230",
+     [] {
+         return ledMouse("RD230", 0x0141, {0, 1, 2, 4, 176, 254});
+     }},
+    {"rd240",
+     [] {
+         return ledMouse("RD240", 0x0165, {0, 1, 2, 4, 5, 176, 254});
+     }},
     {"silent_1300", makeLine<8>},
-    {"strandhub", make<StrandHubFirmware>},
-    {"strandhubv2", make<StrandHubV2Firmware>},
+    {"strandhub", [] { return strandHub("STRANDHUB", 0x0173); }},
+    {"strandhubv2", [] { return strandHub("STRANDHUBV2", 0x01C9); }},
     {"tint_hub", make<TintHubFirmware>},
     {"voltgrid", make<VoltgridFirmware>},
 };

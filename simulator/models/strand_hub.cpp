@@ -91,9 +91,6 @@ StrandFirmware::StrandFirmware(const char* name, std::uint16_t pid)
     });
 }
 
-StrandHubFirmware::StrandHubFirmware() : StrandFirmware("STRANDHUB", 0x0173) {}
-StrandHubV2Firmware::StrandHubV2Firmware() : StrandFirmware("STRANDHUBV2", 0x01C9) {}
-
 template <class Act>
 auto StrandFirmware::onPorts(Act act)
 {

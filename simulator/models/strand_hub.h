@@ -55,8 +55,13 @@
 
 namespace pyrux::sim {
 
-class StrandFirmware : public TableFirmware {
+class StrandFirmware final : public TableFirmware {
 public:
+    /// Events "attach PORT LEDS": a fan more at the end of a port's chain; "detach PORT": the last fan is
+    /// pulled off. The zones of the picture are "port 1" to "port 3" for strands, "port 1 fan 1" and so on
+    /// for fans.
+    StrandFirmware(const char* name, std::uint16_t pid);
+
     static constexpr std::size_t portCount = 3;
     static constexpr std::size_t fanCount = 5;
     static constexpr std::size_t effectCount = 10;
@@ -107,12 +112,6 @@ public:
     bool driven() const { return copyOf(now.drivenByHost); } ///< The host drives the lights.
     /// M and S of the last identify since power-on.
     std::array<std::uint8_t, 2> identified() const { return copyOf(now.identified); }
-
-protected:
-    /// Events "attach PORT LEDS": a fan more at the end of a port's chain; "detach PORT": the last fan is
-    /// pulled off. The zones of the picture are "port 1" to "port 3" for strands, "port 1 fan 1" and so on
-    /// for fans.
-    StrandFirmware(const char* name, std::uint16_t pid);
 
 private:
     using Chain = std::vector<std::uint8_t>; ///< LEDs of each fan.
@@ -165,16 +164,6 @@ private:
     std::array<Chain, portCount> attached;
     std::array<Chain, portCount> discovered;
     Session now;
-};
-
-class StrandHubFirmware final : public StrandFirmware {
-public:
-    StrandHubFirmware();
-};
-
-class StrandHubV2Firmware final : public StrandFirmware {
-public:
-    StrandHubV2Firmware();
 };
 
 } // namespace pyrux::sim

@@ -16,23 +16,23 @@ namespace {
 
 using test::EffectImage;
 
-template <class Keyboard>
-class KeyboardOnTable : public OnTable<Keyboard> {
+class KeyboardOnTable : public OnTable<KeyboardFirmware> {
 protected:
+    explicit KeyboardOnTable(const char* name) : OnTable(makeFirmware(name)) {}
+
     using State = KeyboardFirmware::State;
 
-    std::string led(int number) const { return textOfLight(this->device.lights().at(std::size_t(number))); }
+    std::string led(int number) const { return textOfLight(device.lights().at(std::size_t(number))); }
 
     static std::string textOfLight(const Light& light)
     {
-        return OnTable<Keyboard>::hexOf(light.red) + OnTable<Keyboard>::hexOf(light.green) +
-               OnTable<Keyboard>::hexOf(light.blue);
+        return hexOf(light.red) + hexOf(light.green) + hexOf(light.blue);
     }
 
     /// How many LEDs show a color.
     int count(const std::string& color) const
     {
-        const auto lights = this->device.lights();
+        const auto lights = device.lights();
         return int(
             std::ranges::count_if(lights, [&](const Light& one) { return textOfLight(one) == color; }));
     }
@@ -40,38 +40,43 @@ protected:
     /// Brings the state to configuration and shows the preview whose image is `pages`.
     void preview(const std::string& frames, const std::vector<std::string>& pages)
     {
-        EXPECT_EQ(this->ask("56 81 00 00 00 00 00 00 " + frames), "56 81");
+        EXPECT_EQ(ask("56 81 00 00 00 00 00 00 " + frames), "56 81");
         for (std::size_t i = 0; i < pages.size(); ++i) {
-            const std::string head = "56 83 " + OnTable<Keyboard>::hexOf(std::uint8_t(i));
-            EXPECT_EQ(this->ask(head + " 00 " + pages[i]), i == 0 ? "56 83" : head);
+            const std::string head = "56 83 " + hexOf(std::uint8_t(i));
+            EXPECT_EQ(ask(head + " 00 " + pages[i]), i == 0 ? "56 83" : head);
         }
-        EXPECT_EQ(this->ask("41 80"), "41 80");
-        EXPECT_EQ(this->ask("51 28 00 00 FF"), "51 28");
+        EXPECT_EQ(ask("41 80"), "41 80");
+        EXPECT_EQ(ask("51 28 00 00 FF"), "51 28");
     }
 
     /// The image that the device gives when it is read.
     void expectImage(const EffectImage& image)
     {
         for (std::size_t i = 0; i < image.descriptors.size(); ++i) {
-            const std::string head = "56 14 " + OnTable<Keyboard>::hexOf(std::uint8_t(i));
-            EXPECT_EQ(this->ask(head),
-                      textOf(bytesOf(head + " 00 " + std::string(image.descriptors[i], 11))));
+            const std::string head = "56 14 " + hexOf(std::uint8_t(i));
+            EXPECT_EQ(ask(head), textOf(bytesOf(head + " 00 " + std::string(image.descriptors[i], 11))));
         }
         for (std::size_t i = 0; i < image.pages.size(); ++i) {
-            const std::string head = "56 20 " + OnTable<Keyboard>::hexOf(std::uint8_t(i));
-            EXPECT_EQ(this->ask(head), textOf(bytesOf(head + " 00 " + image.pages[i])));
+            const std::string head = "56 20 " + hexOf(std::uint8_t(i));
+            EXPECT_EQ(ask(head), textOf(bytesOf(head + " 00 " + image.pages[i])));
         }
     }
 
     void write(const EffectImage& image)
     {
         for (const std::string& report : test::reports(test::storingOf(image)))
-            EXPECT_EQ(this->ask(report), textOf(bytesOf(report.substr(0, 11))));
+            EXPECT_EQ(ask(report), textOf(bytesOf(report.substr(0, 11))));
     }
 };
 
-using QW210FirmwareTest = KeyboardOnTable<QW210Firmware>;
-using QW220FirmwareTest = KeyboardOnTable<QW220Firmware>;
+class QW210FirmwareTest : public KeyboardOnTable {
+protected:
+    QW210FirmwareTest() : KeyboardOnTable("qw210") {}
+};
+class QW220FirmwareTest : public KeyboardOnTable {
+protected:
+    QW220FirmwareTest() : KeyboardOnTable("qw220") {}
+};
 
 TEST(KeyboardFirmwareIdentity, isTheModels)
 {

@@ -1,3 +1,4 @@
+#include "simulator/models.h"
 #include "simulator/models/led_mouse.h"
 #include "tests/sim/on_table.h"
 
@@ -10,24 +11,16 @@ namespace pyrux::sim {
 
 namespace {
 
-using RD215FirmwareTest = OnTable<RD215Firmware>;
-using RD240FirmwareTest = OnTable<RD240Firmware>;
+class RD215FirmwareTest : public OnTable<LedMouseFirmware> {
+protected:
+    RD215FirmwareTest() : OnTable(makeFirmware("rd215")) {}
+};
 
-TEST(LedMouseFirmwareIdentity, isTheModels)
-{
-    const auto check = [](const Firmware& mouse, std::uint16_t pid, const char* name) {
-        EXPECT_EQ(mouse.identity().vid, 0x3A7E);
-        EXPECT_EQ(mouse.identity().pid, pid);
-        EXPECT_EQ(mouse.identity().product, name);
-        EXPECT_EQ(mouse.identity().serial, std::string(name) + "-000001");
-        EXPECT_EQ(mouse.identity().controlInterface, 1);
-        EXPECT_EQ(mouse.identity().collections.size(), 2U);
-    };
-    check(RD215Firmware(), 0x0101, "RD215");
-    check(RD230Firmware(), 0x0141, "RD230");
-    check(RD240Firmware(), 0x0165, "RD240");
-    check(RD110Firmware(), 0x015F, "RD110");
-}
+/// The later effect modes.
+class RD110FirmwareTest : public OnTable<LedMouseFirmware> {
+protected:
+    RD110FirmwareTest() : OnTable(makeFirmware("rd110")) {}
+};
 
 TEST_F(RD215FirmwareTest, isTheWiredMouseToo)
 {
@@ -54,7 +47,7 @@ TEST_F(RD215FirmwareTest, keepsItsEffectMode)
     EXPECT_EQ(ask("52 28"), "52 28 00 00 FE");
 }
 
-TEST_F(RD240FirmwareTest, hasOneModeMore)
+TEST_F(RD110FirmwareTest, hasOneModeMore)
 {
     EXPECT_EQ(ask("41 80"), "41 80");
     EXPECT_EQ(ask("51 28 00 00 05"), "51 28");

@@ -5,7 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <concepts>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace pyrux::sim {
@@ -14,7 +17,9 @@ namespace pyrux::sim {
 template <class Model>
 class OnTable : public testing::Test {
 protected:
-    OnTable()
+    /// @param made  the firmware model, where the class alone does not tell all of it
+    explicit OnTable(std::shared_ptr<Firmware> made = whole())
+        : owned(std::dynamic_pointer_cast<Model>(std::move(made))), device(owned ? *owned : throw "no model")
     {
         device.connect([this](Bytes report) {
             if (!said.empty())
@@ -81,7 +86,15 @@ protected:
         return digits;
     }
 
-    Model device;
+    static std::shared_ptr<Firmware> whole()
+    {
+        if constexpr (std::default_initializable<Model>)
+            return std::make_shared<Model>();
+        return nullptr;
+    }
+
+    const std::shared_ptr<Model> owned;
+    Model& device;
     std::string said;
 };
 

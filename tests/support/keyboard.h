@@ -17,6 +17,7 @@
 namespace pyrux::test {
 
 struct QW210Model : ModelOf<&qw210> {
+    static constexpr NamedModel own{"qw210", "QW210", 0x0147, 36, "QW205V2"};
     static constexpr int directLeds = 139;
     static constexpr std::size_t zoneBytes = 192;
     static constexpr std::size_t maskBytes = 24;
@@ -26,6 +27,7 @@ struct QW210Model : ModelOf<&qw210> {
 };
 
 struct QW220Model : ModelOf<&qw220> {
+    static constexpr NamedModel own{"qw220", "QW220", 0x0145, 36, "QW225V2"};
     static constexpr int directLeds = 137;
     static constexpr std::size_t zoneBytes = 160;
     static constexpr std::size_t maskBytes = 20;

@@ -1,6 +1,8 @@
 #include "tests/support/models.h"
 
+#include "tests/support/keyboard.h"
 #include "tests/support/keyboard_images.h"
+#include "tests/support/led_mouse.h"
 #include "tests/support/supply_texts.h"
 
 #include <gtest/gtest.h>
@@ -63,9 +65,24 @@ void supply(ScriptedDevice& device)
     device.answer(ascii("[OQ]"), ascii("[O1]"));
 }
 
-} // namespace
+/// The row of a model, from what its family has in common.
+template <class Model>
+ModelFacts factsIn(ModelFacts family)
+{
+    constexpr const NamedModel& own = Model::own;
+    const std::string name(own.name), tag(own.tag);
+    family.factoryName = own.factoryName;
+    family.factory = made<Model::factory>;
+    family.hostClass = "PYRUX_" + name;
+    family.tag = tag;
+    family.model = name;
+    family.pid = own.pid;
+    family.slots = own.slots;
+    family.reader = "[PYRUX][" + tag + "]" + name + " USB fail";
+    return family;
+}
 
-const std::vector<ModelFacts>& models()
+std::vector<ModelFacts> madeRows()
 {
     // All inside: the names of typed tests ask for rows before main.
     const std::vector<sim::Collection> mouse{{0, 0x0001, 0x0002}, {1, 0xFF00, 0x0001}};
@@ -75,25 +92,9 @@ const std::vector<ModelFacts>& models()
     const std::vector<sim::Collection> single{{-1, 0xFF00, 0x0001}};
 
     // clang-format off
-    static const std::vector<ModelFacts> all{
+    std::vector<ModelFacts> all{
         {"rd210", made<&rd210>, "PYRUX_RD210", "RD210", "RD210", 0x012F, mouse, 1, 25,
          "[PYRUX][RD210]RD210 USB fail", mouseOpening, mouseGoodbye, {}, "42"},
-        {"rd215", made<&rd215>, "PYRUX_RD215", "RD215", "RD215", 0x0101, mouse, 1, 36,
-         "[PYRUX][RD215]RD215 USB fail", ledMouseOpening, mouseGoodbye, {}, "42"},
-        {"rd230", made<&rd230>, "PYRUX_RD230", "RD230", "RD230", 0x0141, mouse, 1, 36,
-         "[PYRUX][RD230]RD230 USB fail", ledMouseOpening, mouseGoodbye, {}, "42"},
-        {"rd240", made<&rd240>, "PYRUX_RD240", "RD240", "RD240", 0x0165, mouse, 1, 36,
-         "[PYRUX][RD240]RD240 USB fail", ledMouseOpening, mouseGoodbye, {}, "42"},
-        {"rd110", made<&rd110>, "PYRUX_RD110", "RD110", "RD110", 0x015F, mouse, 1, 38,
-         "[PYRUX][RD110]RD110 USB fail", ledMouseOpening, mouseGoodbye, {}, "42"},
-
-        {"qw210", made<&qw210>, "PYRUX_QW210", "QW205V2", "QW210", 0x0147, keyboard, 1, 36,
-         "[PYRUX][QW205V2]QW210 USB fail", keyboardOpening(), keyboardGoodbye,
-         {"RAIN effect not found"}, "42"},
-        {"qw220", made<&qw220>, "PYRUX_QW220", "QW225V2", "QW220", 0x0145, keyboard, 1, 36,
-         "[PYRUX][QW225V2]QW220 USB fail", keyboardOpening(), keyboardGoodbye,
-         {"RAIN effect not found"}, "42"},
-
         {"glow_hub", made<&glow_hub>, "PYRUX_GLOW", "GLOWHUB", "GLOW HUB", 0x1011, hubOnZero, 0, 29,
          "[PYRUX]Glow hub USB fail", "80 01 05 03 | 80 0B 01 01", "", {}, nullptr, glowHub},
         {"glow2", made<&glow2>, "PYRUX_GLOW2", "GLOWHUB2", "GLOW HUB II", 0x1007, hubOnZero, 0, 19,
@@ -109,11 +110,34 @@ const std::vector<ModelFacts>& models()
 
         {"voltgrid", made<&voltgrid>, "PYRUX_VOLTGRID", "VOLTGRID", "VOLTGRID", 0x0030, single, -1, 9,
          "[PYRUX]VOLTGRID USB fail", "", "", {}, nullptr, supply, takeTexts},
-        // The whole series has the tag of its first member; SILENT_1300: any of the series will do.
-        {"psuCtrl", made<&psuCtrl>, "PYRUX_PSUCTRL", "AU_LINE_550_MULTI", "PSUCTRL", 0x01A5, single, -1, 10,
+        // The whole series has the tag of its first member, which stands here for all.
+        {"psuCtrl", made<&psuCtrl>, "PYRUX_PSUCTRL", "AU_LINE_550_MULTI", "PSUCTRL", 0x018D, single, -1, 10,
          "[PYRUX]PSUCTRL USB fail", "", "", {}, nullptr, supply, takeTexts},
     };
     // clang-format on
+    forEachOf(LedMouseModels(), [&]<class Model>() {
+        all.push_back(factsIn<Model>({.collections = mouse,
+                                      .interface = 1,
+                                      .opening = ledMouseOpening,
+                                      .goodbye = mouseGoodbye,
+                                      .unanswered = "42"}));
+    });
+    forEachOf(KeyboardModels(), [&]<class Model>() {
+        all.push_back(factsIn<Model>({.collections = keyboard,
+                                      .interface = 1,
+                                      .opening = keyboardOpening(),
+                                      .goodbye = keyboardGoodbye,
+                                      .openingLines = {"RAIN effect not found"},
+                                      .unanswered = "42"}));
+    });
+    return all;
+}
+
+} // namespace
+
+const std::vector<ModelFacts>& models()
+{
+    static const std::vector<ModelFacts> all = madeRows();
     return all;
 }
 

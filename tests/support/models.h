@@ -5,30 +5,33 @@
 #include "tests/support/scripted_device.h"
 #include "tests/support/written.h"
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
 /// @file
-/// The models as hosts, devices and logs see them: one row for each factory, written by hand. Nothing here is
-/// taken from the library's own tables.
+/// The models as hosts, devices and logs see them: one row for each factory, written by hand, in models.cpp or
+/// with the model's class for typed tests. Nothing here is taken from the library's own tables.
 
 namespace pyrux::test {
 
 struct ModelFacts {
-    std::string factoryName;
-    void* (*factory)(const char* path);
-    std::string hostClass; ///< Class of the host object, as log lines name it.
-    std::string tag;       ///< Of its log lines. Empty: they are dropped.
-    std::string model;     ///< Model text, as the line tells it with which the core ends an object.
-    std::uint16_t pid;
-    std::vector<sim::Collection> collections;
-    int interface;      ///< The one that takes the commands.
-    std::size_t slots;  ///< Entries of the first virtual table.
-    std::string reader; ///< The line with which the reader gives up.
+    std::string factoryName = {};
+    void* (*factory)(const char* path) = nullptr;
+    std::string hostClass = {}; ///< Class of the host object, as log lines name it.
+    std::string tag = {};       ///< Of its log lines. Empty: they are dropped.
+    std::string model = {};     ///< Model text, as the line tells it with which the core ends an object.
+    std::uint16_t pid = 0;
+    std::vector<sim::Collection> collections = {};
+    int interface = -1;      ///< The one that takes the commands.
+    std::size_t slots = 0;   ///< Entries of the first virtual table.
+    std::string reader = {}; ///< The line with which the reader gives up.
 
     std::string opening = {}; ///< What a fresh device is told.
     std::string goodbye = {}; ///< What `exit_device` says to a device that is still there.
@@ -40,6 +43,15 @@ struct ModelFacts {
     void (*prepare)(ScriptedDevice& device) = [](ScriptedDevice&) {};
     /// What the device has been sent, as its tests write it.
     std::string (*written)(const std::string& path, std::size_t atLeast) = takeWritten;
+};
+
+/// What tells a model from the others of a family that has one form of row.
+struct NamedModel {
+    std::string_view factoryName;
+    std::string_view name; ///< Its host class is this after "PYRUX_".
+    std::uint16_t pid;
+    std::size_t slots;
+    std::string_view tag = name; ///< Of its log lines.
 };
 
 /// All models, each with a row of its own.
@@ -77,6 +89,13 @@ struct ModelOf {
     static constexpr auto factory = make;
     static const ModelFacts& facts() { return factsOf(&made<make>); }
 };
+
+/// Does the same with each model of a list for typed tests: `act.operator()<Model>()`.
+template <class... Models, class Act>
+void forEachOf(testing::Types<Models...>, Act act)
+{
+    (act.template operator()<Models>(), ...);
+}
 
 /// Names the models of a typed test.
 struct ModelName {

@@ -1,5 +1,6 @@
 // What holds for every model: the factory, the object's fields, the core's hooks, the end.
 
+#include "simulator/models.h"
 #include "tests/support/debug_log.h"
 #include "tests/support/opened_device.h"
 #include "tests/support/timing.h"
@@ -7,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 #include <sstream>
 
@@ -84,6 +86,20 @@ TEST_P(EveryModel, isNotThereWithoutADevice)
     EXPECT_EQ(sim::openHandles(), handles);
 }
 
+TEST_P(EveryModel, isSimulated)
+{
+    const auto firmware = sim::makeFirmware(facts.factoryName);
+    ASSERT_NE(firmware, nullptr);
+    EXPECT_EQ(firmware->identity().vid, 0x3A7E);
+    EXPECT_EQ(firmware->identity().pid, facts.pid);
+    EXPECT_EQ(firmware->identity().controlInterface, facts.interface);
+    const std::string path = sim::plug(firmware);
+    void* const host = facts.factory(path.c_str());
+    sim::unplug(path);
+    ASSERT_NE(host, nullptr);
+    EXPECT_EQ(callHook(host, Hook::exit, true), 0);
+}
+
 TEST_P(EveryModel, hasItsFieldsAfterTwoTables)
 {
     Device device(facts);
@@ -139,17 +155,28 @@ const std::set<std::string> plainExports{
     "devInfo",        "sysInfo",    "registerDevNotify", "getBTVersion",  "getDGVersion", "getDriverVersion",
     "fakeTempEnable", "getSysTemp", "getSysCore",        "getVersion",    "fakeTempStep"};
 
+/// The names of all rows, and others.
+std::set<std::string> namesAnd(std::set<std::string> others)
+{
+    for (const ModelFacts& facts : models())
+        EXPECT_TRUE(others.insert(facts.factoryName).second) << facts.factoryName;
+    return others;
+}
+
 TEST(Models, areAllThatTheLibraryExports)
 {
-    std::istringstream list(PYRUX_EXPORTS); // the names of cmake/exports.txt
-    std::set<std::string> factories;
-    for (std::string name; list >> name;)
-        if (!plainExports.contains(name))
-            factories.insert(name);
-    std::set<std::string> rows;
-    for (const ModelFacts& facts : models())
-        EXPECT_TRUE(rows.insert(facts.factoryName).second) << facts.factoryName;
-    EXPECT_EQ(rows, factories);
+    std::istringstream list(PYRUX_EXPORTS); // what the public headers declare
+    EXPECT_EQ((std::set<std::string>{std::istream_iterator<std::string>(list), {}}), namesAnd(plainExports));
+}
+
+TEST(Models, areAllThatTheSimulatorHas)
+{
+    const std::vector<std::string> simulated = sim::firmwareNames();
+    EXPECT_TRUE(std::ranges::is_sorted(simulated));
+    EXPECT_EQ(std::set(simulated.begin(), simulated.end()),
+              namesAnd({"au_line_550_single", "au_line_650_multi", "au_line_650_single", "au_line_750_multi",
+                        "au_line_750_single", "au_line_850_multi", "au_line_850_single", "pt_line_650_multi",
+                        "pt_line_750_multi", "pt_line_850_multi", "silent_1300"}));
 }
 
 } // namespace

@@ -116,7 +116,9 @@ SlotTable table()
 }
 
 const AddSlotTables keyboards([] {
-    return std::vector<SlotTable>{table<QW210Model>(), table<QW220Model>()};
+    std::vector<SlotTable> tables;
+    forEachOf(KeyboardModels(), [&]<class Model>() { tables.push_back(table<Model>()); });
+    return tables;
 });
 
 } // namespace

@@ -244,14 +244,14 @@ WAITING_TEST(LedMouseMissingReply, ofTheParametersLeavesTheModeAlone)
 
 WAITING_TEST(LedMouseMissingReply, ofTheModeBehindTheParametersFailsTheSet)
 {
-    Opened<RD240Model> mouse(without("51 28"));
+    Opened<RD110Model> mouse(without("51 28"));
     const MouseEffectRecord effect{5, 1, 0, 1, 2, 3, 4};
     EXPECT_EQ(mouse->setGeneralEffect(&effect), E_INVALID_SET);
 }
 
 WAITING_TEST(LedMouseMissingReply, ofTheColorsLeavesTheModeAlone)
 {
-    Opened<RD230Model> mouse(without("51 A8"));
+    Opened<RD215Model> mouse(without("51 A8"));
     const std::array<std::uint8_t, 6> colors{1, 2, 3, 4, 5, 6};
     EXPECT_EQ(mouse->setCustomEffect(colors.data()), E_INVALID_SET);
     EXPECT_EQ(mouse.written(), "41 80 | 51 A8 00 00 01 02 03 04 05 06");

@@ -8,6 +8,10 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <vector>
 
 namespace pyrux::test {
 namespace {
@@ -148,13 +152,10 @@ std::string shiftedBy(Opened<Model>& mouse)
 
 TYPED_TEST(LedMouseEvents, shiftTheKeysOfAllMiceOfTheModelAndOfNoOther)
 {
-    const auto expected = [](const char* other) {
-        return TypeParam::facts().model == other ? "4:62" : "4:30";
-    };
-    EXPECT_EQ(shiftedBy<RD215Model>(this->mouse), expected("RD215"));
-    EXPECT_EQ(shiftedBy<RD230Model>(this->mouse), expected("RD230"));
-    EXPECT_EQ(shiftedBy<RD240Model>(this->mouse), expected("RD240"));
-    EXPECT_EQ(shiftedBy<RD110Model>(this->mouse), expected("RD110"));
+    forEachOf(LedMouseModels(), [&]<class Other>() {
+        EXPECT_EQ(shiftedBy<Other>(this->mouse), std::is_same_v<Other, TypeParam> ? "4:62" : "4:30")
+            << Other::own.name;
+    });
     Mouse plain;
     plain.device->send("43 01 00 00 01 C0");
     EXPECT_EQ(plain->stopSurfaceLearning(), E_OK);
@@ -165,20 +166,20 @@ TYPED_TEST(LedMouseEvents, shiftTheKeysOfAllMiceOfTheModelAndOfNoOther)
 
 TEST(LedMouseReader, givesUpAtTheThirtyFirstFailure)
 {
-    Opened<RD215Model> first;
-    Opened<RD230Model> second;
-    Opened<RD240Model> third;
-    Opened<RD110Model> fourth;
+    std::vector<std::unique_ptr<OpenedDevice<void>>> mice;
+    std::vector<std::string> expected;
+    forEachOf(LedMouseModels(), [&]<class Model>() {
+        mice.push_back(std::make_unique<OpenedDevice<void>>(Model::facts().factory, identityOf<Model>()));
+        expected.push_back(Model::facts().reader);
+    });
     forgetDebugOutput();
-    for (const std::string& path : {first.path, second.path, third.path, fourth.path})
-        sim::setConduct(path, {.readFailures = 31});
-    debugLinesWith("[PYRUX][RD215]RD215 USB fail");
-    debugLinesWith("[PYRUX][RD230]RD230 USB fail");
-    debugLinesWith("[PYRUX][RD240]RD240 USB fail");
-    const Lines lines = debugLinesWith("[PYRUX][RD110]RD110 USB fail");
-    for (const char* name : {"RD215", "RD230", "RD240", "RD110"})
-        EXPECT_EQ(std::ranges::count(lines, std::string("[PYRUX][") + name + "]" + name + " USB fail"), 1)
-            << name;
+    for (const auto& mouse : mice)
+        sim::setConduct(mouse->path, {.readFailures = 31});
+    Lines lines;
+    for (const std::string& line : expected)
+        lines = debugLinesWith(line);
+    for (const std::string& line : expected)
+        EXPECT_EQ(std::ranges::count(lines, line), 1) << line;
 }
 
 } // namespace

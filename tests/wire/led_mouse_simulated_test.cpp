@@ -78,7 +78,7 @@ TYPED_TEST(SimulatedLedMouse, doesWhatTheWiredMouseDoes)
 
 TEST(SimulatedRD110, tellsAllItsMacros)
 {
-    const auto device = std::make_shared<sim::RD110Firmware>();
+    const auto device = sim::makeFirmware("rd110");
     const std::string path = sim::plug(device);
     PYRUX_RD110_Base* const host = rd110(path.c_str());
     ASSERT_NE(host, nullptr);

@@ -1,5 +1,6 @@
 // The slots of the wired mice.
 
+#include "tests/support/led_mouse.h"
 #include "tests/support/slots.h"
 
 namespace pyrux::test {
@@ -155,19 +156,21 @@ Rows joinedRows(const std::vector<Rows>& parts)
 }
 
 /// One size of memory holds all records, that of thirteen macros too.
-SlotTable tableOf(const char* model, const std::vector<Rows>& parts)
+SlotTable tableOf(std::string_view model, const std::vector<Rows>& parts)
 {
-    return {.model = model, .slots = joinedRows(parts), .prepare = answer, .room = 16384};
+    return {.model = std::string(model), .slots = joinedRows(parts), .prepare = answer, .room = 16384};
 }
 
 const AddSlotTables mice([] {
-    return std::vector<SlotTable>{
+    std::vector<SlotTable> tables{
         tableOf("rd210", {profiles(), keysAndRest(), {exitDevice}}),
-        tableOf("rd215", {lights(), profiles(), effects(), keysAndRest(), {exitDevice}}),
-        tableOf("rd230", {lights(), profiles(), effects(), keysAndRest(), {exitDevice}}),
-        tableOf("rd240", {lights(), profiles(), effects(), keysAndRest(), {exitDevice}}),
         tableOf("rd110", {lights(), profiles(), effects(), keysAndRest(), {test, getMacroAll, exitDevice}}),
     };
+    forEachOf(PlainLedMouseModels<>(), [&]<class Model>() {
+        tables.push_back(
+            tableOf(Model::own.factoryName, {lights(), profiles(), effects(), keysAndRest(), {exitDevice}}));
+    });
+    return tables;
 });
 
 } // namespace
