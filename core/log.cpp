@@ -1,5 +1,6 @@
 #include "core/log.h"
 
+#include "core/models.h"
 #include "platform/debug_output.h"
 #include "platform/standard_output.h"
 
@@ -12,21 +13,35 @@ namespace pyrux {
 
 namespace {
 
-/// Catalogue name of each category. A category without a name logs nothing; 53 is not in use.
-constexpr std::array<std::string_view, 58> categoryNames{
-    "SYS",        "RD410",    "PD210",     "QW410",       "HS310",
-    "GLOWHUB",    "TINTHUB",  "",          "VK530",       "VK410",
-    "PW520",      "HS410",    "VK320",     "VIEWSONIC24", "VIEWSONIC35",
-    "FZ140",      "VOLTGRID", "",          "GLOWHUB2",    "HS220",
-    "QT151B",     "HS210",    "QT131B",    "VOXDOCK",     "KX9",
-    "DECKPANELG", "RD210",    "PD120M",    "RD215",       "RD415",
-    "TB310",      "QW205V2",  "QW225V2",   "QT122B",      "FZ280",
-    "RD230",      "QW110",    "STRANDHUB", "QT120B",      "QT154",
-    "QT152",      "RD240",    "TB305",     "TB320",       "AU_LINE_550_MULTI",
-    "QT153",      "RD245",    "FZ140_OLD", "QW310",       "RD110",
-    "QX310",      "RD220",    "RD115",     "TB305",       "STRANDHUBV2",
-    "VK950",      "HS110",    "PLAY_DOCK",
+struct Category {
+    int number;
+    std::string_view name;
 };
+
+/// The categories of no model; 53 is not in use.
+constexpr std::array<Category, 7> otherCategories{{{0, "SYS"},
+                                                   {39, "QT154"},
+                                                   {40, "QT152"},
+                                                   {42, "TB305"},
+                                                   {47, "FZ140_OLD"},
+                                                   {50, "QX310"},
+                                                   {53, "TB305"}}};
+
+/// A category without a name logs nothing. Deliberate: those of PD110 and TZ880 have none.
+constexpr std::array namelessCategories{modelRow("pd110").logCategory, modelRow("tz880").logCategory};
+
+/// The name of each category: of a model's, that of its family in the catalogue.
+constexpr auto categoryNames = [] {
+    std::array<std::string_view, 58> names{};
+    for (const ModelRow& row : modelRows)
+        if (row.logCategory != noCategory)
+            names[std::size_t(row.logCategory)] = deviceCatalogue[std::size_t(row.deviceType)].name;
+    for (const int category : namelessCategories)
+        names[std::size_t(category)] = {};
+    for (const Category& category : otherCategories)
+        names[std::size_t(category.number)] = category.name;
+    return names;
+}();
 
 constexpr const char* logFile = "PYRUX_debug.txt";
 

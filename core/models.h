@@ -15,7 +15,7 @@ struct ModelRow {
     std::string_view exportName; ///< The factory.
     std::string_view model;      ///< Model text of the registry.
     std::int32_t deviceType;     ///< Index of the family's first row in `deviceCatalogue`.
-    int logCategory;             ///< Category of its log lines.
+    int logCategory;             ///< Category of its log lines, whose tag is the name of that row.
     std::string_view hostClass;  ///< Class of its host object, as log lines name it.
 };
 
