@@ -153,8 +153,8 @@ std::string shiftedBy(Opened<Model>& mouse)
 TYPED_TEST(LedMouseEvents, shiftTheKeysOfAllMiceOfTheModelAndOfNoOther)
 {
     forEachOf(LedMouseModels(), [&]<class Other>() {
-        EXPECT_EQ(shiftedBy<Other>(this->mouse), std::is_same_v<Other, TypeParam> ? "4:62" : "4:30")
-            << Other::own.name;
+        const bool same = std::is_same_v<Other, TypeParam>;
+        EXPECT_EQ(shiftedBy<Other>(this->mouse), same ? "4:62" : "4:30") << Other::own.name;
     });
     Mouse plain;
     plain.device->send("43 01 00 00 01 C0");
