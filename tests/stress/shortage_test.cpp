@@ -150,8 +150,9 @@ TEST_P(Shortages, doNotKeepADeviceFromItsEnd)
                 EXPECT_EQ(device.exit(0), 0);
                 felt = shortage.felt();
             }
-            EXPECT_EQ(sim::openHandles(), 0);
+            // On a busy machine the rest is done behind its back.
             expectBackAt(plugged);
+            EXPECT_EQ(sim::openHandles(), 0);
             return felt;
         });
 }
