@@ -1,5 +1,6 @@
 #include "core/debug_console.h"
 
+#include "core/boundary.h"
 #include "core/log.h"
 #include "platform/pipe.h"
 #include "platform/threads.h"
@@ -40,12 +41,13 @@ void runCommand(std::string_view command)
 /// Runs detached. What it uses, the log's settings and sinks, is never destroyed.
 void consoleThread()
 {
-    const auto server = platform::PipeServer::create(pipeName, bufferSize);
+    std::unique_ptr<platform::PipeServer> server;
+    attempt([&] { server = platform::PipeServer::create(pipeName, bufferSize); });
     if (!server)
         return;
     for (;;) {
         if (server->accept())
-            serveConsoleClient(*server);
+            attempt([&] { serveConsoleClient(*server); });
         else
             std::this_thread::sleep_for(std::chrono::seconds(1)); // no descriptors left, or the like
         server->disconnect();

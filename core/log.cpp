@@ -70,10 +70,10 @@ bool categoryTag(int category, std::string& tag)
     return known;
 }
 
-void log(int category, std::string_view text)
+namespace {
+
+void put(int category, std::string_view text)
 {
-    if (!debugEnabled)
-        return;
     std::string line;
     if (!categoryTag(category, line))
         return;
@@ -91,19 +91,32 @@ void log(int category, std::string_view text)
     }
 }
 
+} // namespace
+
+void log(int category, std::string_view text)
+{
+    if (debugEnabled)
+        attempt([&] { put(category, text); });
+}
+
 void logCall(int category, std::string_view name, int line)
 {
-    log(category, [&] { return std::string(name) + ", " + std::to_string(line); });
+    logCall(category, {}, name, line);
+}
+
+void logCall(int category, std::string_view head, std::string_view name, int line)
+{
+    log(category, [&] { return std::string(head).append(name).append(", ").append(std::to_string(line)); });
 }
 
 void debugText(std::string_view text)
 {
-    platform::debugOutput("[PYRUX]" + std::string(text));
+    attempt([&] { platform::debugOutput("[PYRUX]" + std::string(text)); });
 }
 
 void consoleLine(std::string_view text)
 {
-    platform::standardOutput(text);
+    attempt([&] { platform::standardOutput(text); });
 }
 
 } // namespace pyrux

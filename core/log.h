@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/boundary.h"
+
 #include <atomic>
 #include <cstdint>
 #include <string>
@@ -28,7 +30,7 @@ bool categoryTag(int category, std::string& tag);
 /// without a tag are dropped. Safe from any thread; never fails.
 void log(int category, std::string_view text);
 
-/// Writes one line of the log; `text` is called only while the log is on.
+/// Writes one line of the log; `text` is called only while the log is on. Likewise never fails.
 template <class Text>
 requires requires(Text text)
 {
@@ -37,16 +39,19 @@ requires requires(Text text)
 void log(int category, Text&& text)
 {
     if (debugEnabled.load(std::memory_order_relaxed))
-        log(category, std::string_view(std::forward<Text>(text)()));
+        attempt([&] { log(category, std::string_view(std::forward<Text>(text)())); });
 }
 
-/// The log line of a function: its full name and the source line.
+/// The log line of a function: its full name, in two pieces where one is not the same for all, and the source
+/// line.
 void logCall(int category, std::string_view name, int line);
+void logCall(int category, std::string_view head, std::string_view name, int line);
 
-/// Writes a text to the debug output behind "[PYRUX]", whatever the log's settings.
+/// Writes a text to the debug output behind "[PYRUX]", whatever the log's settings. Never fails.
 void debugText(std::string_view text);
 
 /// Writes one line to the standard output, at once. A reader that does not read is waited for at most 100 ms.
+/// Never fails.
 void consoleLine(std::string_view text);
 
 } // namespace pyrux

@@ -1,5 +1,6 @@
 #include "core/registry.h"
 
+#include "core/boundary.h"
 #include "platform/threads.h"
 
 #include <algorithm>
@@ -35,7 +36,8 @@ void Registry::waitUntilMade(std::unique_lock<std::mutex>& lock, std::string_vie
 
 DeviceEntry* Registry::find(std::string_view path)
 {
-    const auto place = std::ranges::find(entries, path, [](const auto& entry) { return entry->path; });
+    const auto place =
+        std::ranges::find(entries, path, [](const auto& entry) { return std::string_view(entry->path); });
     return place == entries.end() ? nullptr : place->get();
 }
 
@@ -55,6 +57,9 @@ std::vector<DeviceEntry*> Registry::all()
 
 void Registry::add(DeviceEntry entry)
 {
+    // Room for the end of all that are there: an end cannot fail.
+    if (const std::size_t all = retiredHosts.size() + entries.size() + 1; retiredHosts.capacity() < all)
+        retiredHosts.reserve(2 * all);
     entries.push_back(std::make_unique<DeviceEntry>(std::move(entry)));
 }
 
@@ -73,18 +78,20 @@ void Registry::exitAll()
     for (const auto& entry : entries)
         entry->probe->announceExit();
     std::vector<std::thread> goodbyes;
+    const bool sideBySide = attempt([&] { goodbyes.reserve(entries.size()); });
     for (const auto& entry : entries) {
         const auto shutDown = [&probe = *entry->probe, unplugged = entry->unplugged != 0] {
             probe.shutDown(unplugged);
         };
-        goodbyes.push_back(platform::startThread(shutDown));
-        if (!goodbyes.back().joinable())
+        std::thread goodbye = sideBySide ? platform::startThread(shutDown) : std::thread();
+        if (goodbye.joinable())
+            goodbyes.push_back(std::move(goodbye));
+        else
             shutDown(); // one after the other is better than never
         retiredHosts.push_back(entry->host);
     }
     for (std::thread& goodbye : goodbyes)
-        if (goodbye.joinable())
-            goodbye.join();
+        goodbye.join();
     entries.clear();
 }
 

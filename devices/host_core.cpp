@@ -1,5 +1,6 @@
 #include "devices/host_core.h"
 
+#include "core/boundary.h"
 #include "core/log.h"
 #include "core/registry.h"
 #include "core/state.h"
@@ -8,7 +9,6 @@
 #include "transport/device_closer.h"
 #include "transport/device_path.h"
 
-#include <exception>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -24,43 +24,40 @@ constexpr std::chrono::milliseconds threadGrace{150};
 /// cannot be opened: nothing is thrown at hosts.
 MadeHost makeOrNot(MadeHost (*make)(const std::string& path), const std::string& path)
 {
-    try {
-        return make(path);
-    } catch (const std::exception&) {
+    MadeHost made;
+    if (!attempt([&] { made = make(path); }))
         debugText("init fail\n");
-        return {};
-    }
+    return made;
 }
 
 } // namespace
 
-HostCore::Call::Call(HostCore& host, const char* operation, int line)
-    : host(host), operation(operation), absent(platform::inForkedChild())
-{
-    if (absent)
-        return;
-    host.logOwn(operation, line);
-    host.calls.enter();
-}
+/// Keeps the protocol object.
+class HostCore::Inside {
+public:
+    explicit Inside(CallGate& calls) : calls(calls) { calls.enter(); }
+    ~Inside() { calls.leave(); }
+    Inside(const Inside&) = delete;
+    Inside& operator=(const Inside&) = delete;
 
-HostCore::Call::Call(HostCore& host) : host(host), absent(platform::inForkedChild())
-{
-    if (!absent)
-        host.calls.enter();
-}
+private:
+    CallGate& calls;
+};
 
-HostCore::Call::~Call()
+_error HostCore::call(const char* name, int line, Operation operation, void* arguments)
 {
-    if (!absent)
-        host.calls.leave();
-}
-
-_error HostCore::Call::finish(_error result) const
-{
-    log(host.model.logCategory, [&] {
-        return fullName(host.model, operation) +
-               ", ret = " + std::to_string(static_cast<std::int32_t>(result));
-    });
+    if (platform::inForkedChild())
+        return E_CLOSED; // the protocol object's threads are the parent's
+    if (name)
+        logOwn(name, line);
+    const Inside inside(calls);
+    if (closed)
+        return E_CLOSED;
+    const _error result = atBoundary(E_FAIL, [&] { return operation(*device, arguments); });
+    if (name)
+        log(model.logCategory, [&] {
+            return fullName(model, name) + ", ret = " + std::to_string(static_cast<std::int32_t>(result));
+        });
     return result;
 }
 
@@ -77,7 +74,9 @@ void HostCore::logConstructor() const
 void HostCore::logFailedOpening() const
 {
     debugText("init fail\n");
-    logOwn("~" + std::string(model.hostClass), __LINE__);
+    log(model.logCategory, [&] {
+        return fullName(model, "~" + std::string(model.hostClass)) + ", " + std::to_string(__LINE__);
+    });
 }
 
 void HostCore::adopt(std::unique_ptr<ProtocolObject> made)
@@ -141,7 +140,7 @@ void HostCore::shutDown(bool unplugged)
     if (unplugged || !calls.drain(callGrace))
         owned->abort();
     const bool empty = calls.drain(callGrace);
-    owned->sayGoodbye();
+    attempt([&] { owned->sayGoodbye(); });
     const bool quiet = owned->endThreads(std::chrono::steady_clock::now() + threadGrace);
     if (empty && quiet) {
         device = nullptr;
@@ -160,13 +159,10 @@ void HostCore::shutDown(bool unplugged)
         last.detach();
 }
 
-void* findOrMakeHost(const ModelRow& model, const char* path, int line,
-                     MadeHost (*make)(const std::string& path))
+namespace {
+
+void* findOrMake(const ModelRow& model, const std::string& key, MadeHost (*make)(const std::string& path))
 {
-    if (platform::inForkedChild())
-        return nullptr;
-    logCall(model.logCategory, "PYRUX::" + std::string(model.exportName), line);
-    const std::string key = registryKey(path ? path : "");
     Registry& all = registry();
     std::unique_lock lock(all.mutex);
     all.waitUntilMade(lock, key);
@@ -180,23 +176,36 @@ void* findOrMakeHost(const ModelRow& model, const char* path, int line,
     lock.lock();
     if (!made.core)
         return nullptr;
-    if (place.late()) {
+    const bool added = !place.late() && attempt([&] {
+        all.add({.model = model.model,
+                 .deviceType = model.deviceType,
+                 .host = made.interface,
+                 .path = key,
+                 .probe = made.core,
+                 .backgroundAtCreate = backgroundMode != 0,
+                 .opened = place.opened});
+    });
+    if (!added) {
         lock.unlock();
         made.core->announceExit();
         made.core->shutDown(false);
         lock.lock();
         return nullptr;
     }
-    all.add({.model = model.model,
-             .deviceType = model.deviceType,
-             .host = made.interface,
-             .path = key,
-             .probe = made.core,
-             .backgroundAtCreate = backgroundMode != 0,
-             .opened = place.opened});
     if (place.gone)
-        closeDeviceByPath(key);
+        attempt([&] { closeDeviceByPath(key); });
     return made.interface;
+}
+
+} // namespace
+
+void* findOrMakeHost(const ModelRow& model, const char* path, int line,
+                     MadeHost (*make)(const std::string& path))
+{
+    if (platform::inForkedChild())
+        return nullptr;
+    logCall(model.logCategory, "PYRUX::", model.exportName, line);
+    return atBoundary<void*>(nullptr, [&] { return findOrMake(model, registryKey(path ? path : ""), make); });
 }
 
 } // namespace pyrux

@@ -46,29 +46,13 @@ protected:
     /// the registry.
     _error exitDevice(std::uint8_t unplugged, int line);
 
-    /// One call of a host operation, from its entry to its result. It keeps the protocol object.
-    class Call {
-    public:
-        /// Logs name and source line.
-        Call(HostCore& host, const char* operation, int line);
+    /// What a host operation asks of the protocol object, with its arguments behind the pointer.
+    using Operation = _error (*)(ProtocolObject& target, void* arguments);
 
-        /// For operations that run at frame rate: without a log.
-        explicit Call(HostCore& host);
-
-        ~Call();
-        Call(const Call&) = delete;
-        Call& operator=(const Call&) = delete;
-
-        bool refused() const { return absent || host.closed; }
-
-        /// Logs the result and hands it on.
-        _error finish(_error result) const;
-
-    private:
-        HostCore& host;
-        const char* operation = nullptr;
-        const bool absent; ///< In a forked child, where the protocol object has no threads.
-    };
+    /// One call of a host operation, from its entry to its result. The protocol object stays meanwhile.
+    /// @param name  logged with the source line, and with the result; null: at frame rate, without a log
+    /// @return E_CLOSED for a closed object; E_FAIL where the system has no room for what the operation needs
+    _error call(const char* name, int line, Operation operation, void* arguments);
 
     // Deliberate order: directly behind the two virtual table pointers, where hosts know them.
     std::int32_t openFailed = 0;
@@ -76,6 +60,8 @@ protected:
     std::atomic<std::int32_t> closed{0};
 
 private:
+    class Inside;
+
     void logOwn(std::string_view operation, int line) const;
 
     const ModelRow& model;

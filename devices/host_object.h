@@ -61,19 +61,17 @@ protected:
     template <class Operation>
     _error forward(const char* name, int line, Operation operation)
     {
-        const Call call(*this, name, line);
-        return call.refused() ? E_CLOSED : call.finish(operation(target()));
+        const auto run = [](ProtocolObject& target, void* arguments) {
+            return (*static_cast<Operation*>(arguments))(static_cast<Device&>(target));
+        };
+        return call(name, line, run, &operation);
     }
 
     template <class Operation>
     _error forwardQuiet(Operation operation)
     {
-        const Call call(*this);
-        return call.refused() ? E_CLOSED : operation(target());
+        return forward(nullptr, 0, operation);
     }
-
-private:
-    Device& target() { return static_cast<Device&>(*device.load()); }
 };
 
 /// What a model with lights adds to the host object of its family: the five operations of `DEV_LIGHTING`.

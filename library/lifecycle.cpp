@@ -1,5 +1,6 @@
 #include "library/lifecycle.h"
 
+#include "core/boundary.h"
 #include "core/debug_console.h"
 #include "core/log.h"
 #include "core/registry.h"
@@ -66,7 +67,7 @@ void startLibrary()
     platform::keepLoaded();
     if (!backgroundMode) {
         debugText("send data");
-        TW_SERVICE().sendToControlApp("app_control_on");
+        attempt([] { TW_SERVICE().sendToControlApp("app_control_on"); });
     }
     platform::enterApartment();
     if (!startHotplug())
@@ -84,13 +85,13 @@ void stopLibrary()
     {
         Registry& all = registry();
         const std::lock_guard lock(all.mutex);
-        DeviceCloser::instance().beginPending();
+        attempt([] { DeviceCloser::instance().beginPending(); });
         all.exitAll();
     }
     platform::leaveApartment();
     stopHotplug();
     // The debug console waits for clients to the end of the process and goes on answering: deliberate.
-    PYRUX_SERVICE::instance().releaseAll();
+    attempt([] { PYRUX_SERVICE::instance().releaseAll(); });
     debugText(" PYRUX exit send the finish event");
     {
         FinishEvent& event = finishEvent();
@@ -99,7 +100,7 @@ void stopLibrary()
         event.changed.notify_all();
     }
     if (!backgroundMode)
-        TW_SERVICE().sendToControlApp("app_control_off");
+        attempt([] { TW_SERVICE().sendToControlApp("app_control_off"); });
 }
 
 } // namespace pyrux

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <exception>
 #include <memory>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -29,10 +29,10 @@ private:
 template <class Body>
 std::thread startThread(Body&& body)
 {
-    const ThreadStart start;
     try {
+        const ThreadStart start;
         return std::thread(std::forward<Body>(body));
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) { // memory, or the thread itself
         return {};
     }
 }

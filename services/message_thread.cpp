@@ -1,5 +1,6 @@
 #include "services/message_thread.h"
 
+#include "core/boundary.h"
 #include "platform/threads.h"
 
 #include <memory>
@@ -17,8 +18,8 @@ bool MessageThread::start(Take take)
         finished = true;
         return false;
     }
-    changed.wait(lock, [&] { return standing; });
-    return true;
+    changed.wait(lock, [&] { return standing || finished; });
+    return standing;
 }
 
 /// While the lock is held the thread cannot have ended, so that the message meets no later thread with its
@@ -58,7 +59,9 @@ void MessageThread::run(const Take& take)
         this->*state = true;
         changed.notify_all();
     };
-    std::unique_ptr<platform::ThreadMessages> messages = platform::ThreadMessages::open();
+    std::unique_ptr<platform::ThreadMessages> messages;
+    if (!attempt([&] { messages = platform::ThreadMessages::open(); }))
+        return setState(&MessageThread::finished);
     threadId = platform::currentThreadId();
     setState(&MessageThread::standing);
     for (;;) {
@@ -67,7 +70,7 @@ void MessageThread::run(const Take& take)
             continue;
         if (message->number == MSG_QUIT_THREAD)
             break;
-        take(*message);
+        attempt([&] { take(*message); });
     }
     messages.reset(); // a post from now on is lost
     setState(&MessageThread::finished);

@@ -1,5 +1,6 @@
 #include "services/polled_service.h"
 
+#include "core/boundary.h"
 #include "platform/threads.h"
 
 #include <condition_variable>
@@ -24,7 +25,7 @@ struct PollingThread::State {
         std::unique_lock lock(mutex);
         for (;;) {
             lock.unlock();
-            cycle();
+            attempt(cycle);
             lock.lock();
             if (exitFlag)
                 break;

@@ -1,5 +1,6 @@
 #include "services/sys_info.h"
 
+#include "core/boundary.h"
 #include "core/log.h"
 #include "platform/fork.h"
 #include "services/resident_service.h"
@@ -36,6 +37,13 @@ SysKeyboardLanguage codeOf(std::uint16_t primaryLanguage)
         std::find_if(std::begin(languageCodes), std::end(languageCodes),
                      [&](const LanguageCode& one) { return one.primaryLanguage == primaryLanguage; });
     return row == std::end(languageCodes) ? SYS_LANGUAGE_OTHER : row->code;
+}
+
+/// Runs a slot: not in a forked child, whose thread is the parent's, and without throwing at the host.
+template <class Body>
+_error operation(Body body)
+{
+    return platform::inForkedChild() ? E_CLOSED : atBoundary<_error>(E_FAIL, body);
 }
 
 /// Hands out a value, unless there is no place for it.
@@ -124,132 +132,124 @@ void SYS_INFO::tellStatus(const Temperatures& temperatures)
 
 _error SYS_INFO::getHardwareNames(SysHardwareNames* names)
 {
-    if (platform::inForkedChild())
-        return E_CLOSED;
-    return names ? collectHardwareNames(sources.hardware, *names) : E_INVALID_GET;
+    return operation([&] { return names ? collectHardwareNames(sources.hardware, *names) : E_INVALID_GET; });
 }
 
 _error SYS_INFO::getSysTemp(std::int32_t* cpu, std::int32_t* gpu)
 {
-    if (platform::inForkedChild())
-        return E_CLOSED;
-    if (!cpu || !gpu)
-        return E_INVALID_GET;
-    *cpu = withinRange(cpuTemp);
-    *gpu = withinRange(gpuTemp);
-    return E_OK;
+    return operation([&] {
+        if (!cpu || !gpu)
+            return E_INVALID_GET;
+        *cpu = withinRange(cpuTemp);
+        *gpu = withinRange(gpuTemp);
+        return E_OK;
+    });
 }
 
 _error SYS_INFO::getSysCore(std::int32_t* first, std::int32_t* second)
 {
-    if (platform::inForkedChild())
-        return E_CLOSED;
-    return resident::coreCounts(first, second, sources.limits);
+    return operation([&] { return resident::coreCounts(first, second, sources.limits); });
 }
 
 _error SYS_INFO::getCpuUsage(std::int32_t* percent)
 {
-    if (platform::inForkedChild())
-        return E_CLOSED;
-    return percent ? give(percent, sources.cpuLoad.percent(sources.cpuTimes())) : E_INVALID_GET;
+    return operation(
+        [&] { return percent ? give(percent, sources.cpuLoad.percent(sources.cpuTimes())) : E_INVALID_GET; });
 }
 
 _error SYS_INFO::getGpuUsage(std::int32_t* percent)
 {
-    if (platform::inForkedChild())
-        return E_CLOSED;
-    return give(percent, static_cast<std::int32_t>(sources.gpuLoad()));
+    return operation([&] { return give(percent, static_cast<std::int32_t>(sources.gpuLoad())); });
 }
 
 _error SYS_INFO::getRamUsage(std::int32_t* percent)
 {
-    if (platform::inForkedChild())
-        return E_CLOSED;
-    return give(percent, static_cast<std::int32_t>(sources.memoryLoad()));
+    return operation([&] { return give(percent, static_cast<std::int32_t>(sources.memoryLoad())); });
 }
 
 _error SYS_INFO::setHookWindow(void* window)
 {
-    if (platform::inForkedChild())
-        return E_CLOSED;
-    hookWindow = window;
-    hookThreadId = sources.windowThread(window);
-    consoleLine("hook_pid set = " + std::to_string(hookThreadId));
-    const platform::DynamicLibrary hook(sources.hookLibrary);
-    if (auto* const install = hook.find<InstallHook>("installTWInjectHook"))
-        install(threadId, window, windowProcedureHook);
-    return E_OK;
+    return operation([&] {
+        hookWindow = window;
+        hookThreadId = sources.windowThread(window);
+        consoleLine("hook_pid set = " + std::to_string(hookThreadId));
+        const platform::DynamicLibrary hook(sources.hookLibrary);
+        if (auto* const install = hook.find<InstallHook>("installTWInjectHook"))
+            install(threadId, window, windowProcedureHook);
+        return E_OK;
+    });
 }
 
 _error SYS_INFO::getKeyboardLanguage(std::int32_t* language)
 {
-    if (platform::inForkedChild())
-        return E_CLOSED;
-    return hookWindow.load() ? give(language, codeOf(sources.keyboardLanguage(hookThreadId))) : E_INVALID_GET;
+    return operation([&] {
+        return hookWindow.load() ? give(language, codeOf(sources.keyboardLanguage(hookThreadId)))
+                                 : E_INVALID_GET;
+    });
 }
 
 _error SYS_INFO::registerStatusNotify(SysStatusCallback callback)
 {
-    if (platform::inForkedChild())
-        return E_CLOSED;
-    statusCallback.set(callback);
-    return E_OK;
+    return operation([&] {
+        statusCallback.set(callback);
+        return E_OK;
+    });
 }
 
 _error SYS_INFO::unRegisterStatusNotify()
 {
-    if (platform::inForkedChild())
-        return E_CLOSED;
-    statusCallback.set(nullptr);
-    return E_OK;
+    return operation([&] {
+        statusCallback.set(nullptr);
+        return E_OK;
+    });
 }
 
 _error SYS_INFO::registerLanguageNotify(SysLanguageCallback callback)
 {
-    if (platform::inForkedChild())
-        return E_CLOSED;
-    languageCallback.set(callback);
-    return E_OK;
+    return operation([&] {
+        languageCallback.set(callback);
+        return E_OK;
+    });
 }
 
 _error SYS_INFO::unRegisterLanguageNotify()
 {
-    if (platform::inForkedChild())
-        return E_CLOSED;
-    languageCallback.set(nullptr);
-    return E_OK;
+    return operation([&] {
+        languageCallback.set(nullptr);
+        return E_OK;
+    });
 }
 
 _error SYS_INFO::callStatusNotify(SysStatusRecord status)
 {
-    if (platform::inForkedChild())
-        return E_CLOSED;
-    statusCallback.call(status);
-    return E_OK;
+    return operation([&] {
+        statusCallback.call(status);
+        return E_OK;
+    });
 }
 
 _error SYS_INFO::registerInfoNotify(SysDetailCallback callback)
 {
-    if (platform::inForkedChild())
-        return E_CLOSED;
-    infoCallback.set(callback);
-    return E_OK;
+    return operation([&] {
+        infoCallback.set(callback);
+        return E_OK;
+    });
 }
 
 _error SYS_INFO::unRegisterInfoNotify()
 {
-    if (platform::inForkedChild())
-        return E_CLOSED;
-    infoCallback.set(nullptr);
-    return E_OK;
+    return operation([&] {
+        infoCallback.set(nullptr);
+        return E_OK;
+    });
 }
 
 _error SYS_INFO::callInfoNotify(SysDetailRecord details)
 {
-    if (platform::inForkedChild())
-        return E_CLOSED;
-    infoCallback.call(details);
-    return E_OK;
+    return operation([&] {
+        infoCallback.call(details);
+        return E_OK;
+    });
 }
 
 void* SYS_INFO::destroy(std::uint32_t flags)

@@ -2,10 +2,9 @@
 
 #include "core/log.h"
 
-#include <nlohmann/json.hpp>
-
 #include <array>
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <system_error>
 
@@ -109,10 +108,18 @@ _error TW_SERVICE::query(std::string_view name, std::string& text)
 std::string deviceCommand(std::string_view device, std::string_view operation,
                           std::initializer_list<std::pair<std::string_view, std::uint32_t>> arguments)
 {
-    nlohmann::json param = nlohmann::json::object();
+    // In the order of the alphabet, each name once, as the service's host writes it. No name needs an escape.
+    std::map<std::string_view, std::uint32_t> ordered;
     for (const auto& [name, value] : arguments)
-        param[std::string(name)] = value;
-    return nlohmann::json{{"mod", device}, {"func", operation}, {"param", param}}.dump();
+        ordered[name] = value;
+    std::string text = R"({"func":")";
+    text.append(operation).append(R"(","mod":")").append(device).append(R"(","param":{)");
+    const char* separator = "\"";
+    for (const auto& [name, value] : ordered) {
+        text.append(separator).append(name).append("\":").append(std::to_string(value));
+        separator = ",\"";
+    }
+    return text.append("}}");
 }
 
 } // namespace pyrux

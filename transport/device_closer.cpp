@@ -1,5 +1,6 @@
 #include "transport/device_closer.h"
 
+#include "core/boundary.h"
 #include "core/catalogue.h"
 #include "platform/threads.h"
 #include "transport/device_path.h"
@@ -68,7 +69,7 @@ void DeviceCloser::run()
             const std::lock_guard held(registry().mutex);
             std::unique_lock lock(mutex);
             // The registry stays held, deliberately; removals that come meanwhile are taken at once.
-            for (takeRemovals(lock); !leaving.empty(); takeRemovals(lock)) {
+            for (takeRemovals(lock); removals.empty() && !leaving.empty(); takeRemovals(lock)) {
                 const auto first = std::ranges::min_element(leaving, {}, &Leaving::due)->due;
                 if (first <= Clock::now())
                     break;
@@ -90,10 +91,14 @@ void DeviceCloser::run()
 
 void DeviceCloser::takeRemovals(std::unique_lock<std::mutex>& lock)
 {
-    for (const Removal& removal : std::exchange(removals, {})) {
+    while (!removals.empty()) {
+        const Removal& removal = removals.front();
         lock.unlock();
-        beginExit(removal);
+        const bool begun = attempt([&] { beginExit(removal); });
         lock.lock();
+        if (!begun)
+            return; // for want of memory: it stays to be done
+        removals.pop_front();
     }
 }
 
@@ -108,6 +113,7 @@ void DeviceCloser::beginExit(const Removal& removal)
     for (DeviceEntry* entry : registry().all()) {
         if (entry->unplugged || !concerns(*entry))
             continue;
+        leaving.reserve(leaving.size() + 1); // what is begun is finished
         const std::uint8_t unplugged = 1;
         entry->unplugged = unplugged;
         entry->probe->device_pre_exit(&unplugged);

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <deque>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -50,7 +51,7 @@ private:
     std::mutex mutex; ///< Taken inside the registry's.
     std::condition_variable changed;
     bool running = false;
-    std::vector<Removal> removals;
+    std::deque<Removal> removals; ///< The first stays in its place while it is begun, with the mutex free.
     std::vector<Leaving> leaving; ///< Guarded by the registry's mutex.
 };
 

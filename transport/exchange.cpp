@@ -16,6 +16,30 @@ struct Exchange::Pending {
     std::condition_variable changed{};
 };
 
+/// A command's place among those that wait, whatever ends it.
+class Exchange::Waiting {
+public:
+    Waiting(Exchange& among, Pending& one) : exchange(among), entry(one)
+    {
+        const std::lock_guard lock(exchange.mutex);
+        exchange.pending.push_back(&entry);
+    }
+    ~Waiting() { end(); }
+    Waiting(const Waiting&) = delete;
+    Waiting& operator=(const Waiting&) = delete;
+
+    /// From now on the reply is not written to.
+    void end() const
+    {
+        const std::lock_guard lock(exchange.mutex);
+        std::erase(exchange.pending, &entry);
+    }
+
+private:
+    Exchange& exchange;
+    Pending& entry;
+};
+
 _error Exchange::exchange(std::span<const std::uint8_t> command, std::span<const std::uint8_t> pattern,
                           Reply& reply)
 {
@@ -23,10 +47,7 @@ _error Exchange::exchange(std::span<const std::uint8_t> command, std::span<const
     if (ended || !channel.isOpen())
         return E_NOT_OPEN;
     Pending entry{.pattern = pattern, .reply = &reply};
-    {
-        const std::lock_guard lock(mutex);
-        pending.push_back(&entry);
-    }
+    const Waiting waiting(*this, entry);
     // A lost command shows in the missing reply.
     channel.writeWatched(command.first(std::min(command.size(), rules.reportSize)));
     if (turn) {
@@ -35,10 +56,11 @@ _error Exchange::exchange(std::span<const std::uint8_t> command, std::span<const
     }
     const auto done = [&] { return entry.answered || ended || deaf; };
     lookBriefly(done);
-    std::unique_lock lock(mutex);
-    entry.changed.wait_for(lock, rules.wait, done);
-    std::erase(pending, &entry);
-    lock.unlock();
+    {
+        std::unique_lock lock(mutex);
+        entry.changed.wait_for(lock, rules.wait, done);
+    }
+    waiting.end();
     if (entry.answered)
         return E_OK;
     if (!ended && !rules.timeoutText.empty())

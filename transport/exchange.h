@@ -75,6 +75,7 @@ public:
 
 private:
     struct Pending;
+    class Waiting;
 
     _error exchange(std::span<const std::uint8_t> command, std::span<const std::uint8_t> pattern,
                     Reply& reply);

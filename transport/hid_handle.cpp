@@ -48,13 +48,19 @@ std::optional<int> HidHandle::Line::call(std::optional<std::chrono::milliseconds
             return {};
         taken = true;
     }
-    const int result = call();
-    {
-        const std::lock_guard lock(mutex);
-        taken = false;
-    }
-    freed.notify_all();
-    return result;
+    struct Turn {
+        Line& line;
+        ~Turn()
+        {
+            {
+                const std::lock_guard lock(line.mutex);
+                line.taken = false;
+            }
+            line.freed.notify_all();
+        }
+    };
+    const Turn turn{*this};
+    return call();
 }
 
 namespace {

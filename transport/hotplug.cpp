@@ -1,5 +1,6 @@
 #include "transport/hotplug.h"
 
+#include "core/boundary.h"
 #include "core/catalogue.h"
 #include "core/log.h"
 #include "platform/threads.h"
@@ -160,20 +161,23 @@ void notifyRow(const DeviceRow& row, const std::string& name, bool plugged)
 
 void takeNotice(const std::string& name, DeviceChange change)
 {
-    notifyDevice(name, change);
+    attempt([&] { notifyDevice(name, change); });
     debugText("core usb event notify finish");
 }
 
 void takeLinkChange(std::uintptr_t status, std::uintptr_t address)
 {
     if (const auto change = LinkChanges::instance().take(address))
-        dongleDeviceChange(*change, status);
+        attempt([&] { dongleDeviceChange(*change, status); });
 }
 
 void run()
 {
     Hotplug& own = hotplug();
-    auto notices = platform::DeviceNotices::open({.device = takeNotice, .linkChange = takeLinkChange});
+    std::unique_ptr<platform::DeviceNotices> notices;
+    attempt([&] {
+        notices = platform::DeviceNotices::open({.device = takeNotice, .linkChange = takeLinkChange});
+    });
     bool wanted = false;
     {
         const std::lock_guard lock(own.mutex);
@@ -181,8 +185,9 @@ void run()
         wanted = notices && !own.stopping;
         own.changed.notify_all();
     }
-    if (wanted)
-        notices->run();
+    while (wanted && !attempt([&] { notices->run(); })) {
+        // It goes on where it was: at worst a notice is lost.
+    }
     notices.reset();
     LinkChanges::instance().clear();
     const std::lock_guard lock(own.mutex);

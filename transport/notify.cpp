@@ -1,18 +1,25 @@
 #include "transport/notify.h"
 
 #include <condition_variable>
-#include <map>
+#include <cstddef>
 #include <mutex>
 
 namespace pyrux {
 
 namespace {
 
+/// Which gate a thread waits for. It stands on the thread's stack.
+struct Wait {
+    std::thread::id thread;
+    const CallbackGate* gate;
+    Wait* next;
+};
+
 /// What all gates share. Events are rare and callbacks short, so that one mutex is enough.
 struct Gates {
     std::mutex mutex;
     std::condition_variable changed;
-    std::map<std::thread::id, const CallbackGate*> waits; ///< Which gate a thread waits for.
+    Wait* waits = nullptr;
 };
 
 /// Never destroyed: callbacks may come while the process ends.
@@ -60,9 +67,13 @@ void CallbackGate::waitUntilEmpty()
         return depth == 0 || turns != turn || runner == self || waitsForMe();
     };
     if (!done()) {
-        gates().waits[self] = this;
+        Wait own{self, this, gates().waits};
+        gates().waits = &own;
         gates().changed.wait(lock, done);
-        gates().waits.erase(self);
+        Wait** place = &gates().waits;
+        while (*place != &own)
+            place = &(*place)->next;
+        *place = own.next;
     }
     lock.release();
 }
@@ -70,13 +81,17 @@ void CallbackGate::waitUntilEmpty()
 /// Whether the thread inside waits, itself or through others, for a gate in which the caller is.
 bool CallbackGate::waitsForMe() const
 {
-    const auto& waits = gates().waits;
+    std::size_t most = 1;
+    for (const Wait* one = gates().waits; one; one = one->next)
+        ++most;
     const CallbackGate* gate = this;
-    for (std::size_t steps = 0; steps <= waits.size(); ++steps) {
-        const auto next = waits.find(gate->runner);
-        if (gate->depth == 0 || next == waits.end())
+    for (std::size_t steps = 0; steps < most; ++steps) {
+        const Wait* next = gates().waits;
+        while (next && next->thread != gate->runner)
+            next = next->next;
+        if (gate->depth == 0 || !next)
             return false;
-        gate = next->second;
+        gate = next->gate;
         if (gate->depth > 0 && gate->runner == std::this_thread::get_id())
             return true;
     }

@@ -1,5 +1,6 @@
 #include "transport/reader_thread.h"
 
+#include "core/boundary.h"
 #include "platform/threads.h"
 
 #include <algorithm>
@@ -97,7 +98,7 @@ void ReaderThread::run(const std::function<void(const Reply&)>& take)
         if (count > 0) {
             silence = {};
             marked = false;
-            take(Reply(room.first(std::size_t(count))));
+            attempt([&] { take(Reply(room.first(std::size_t(count)))); }); // at worst a report is lost
         } else if (count == 0) {
             if (marked)
                 channel.awaitInput();

@@ -1,5 +1,6 @@
 #include "transport/watched_writer.h"
 
+#include "core/boundary.h"
 #include "platform/threads.h"
 #include "transport/brief_look.h"
 
@@ -34,8 +35,8 @@ public:
                std::chrono::milliseconds limit)
     {
         std::unique_lock lock(mutex);
-        handle = std::move(to);
         bytes.assign(report.begin(), report.end());
+        handle = std::move(to);
         state = State::full;
         changed.notify_all();
         lock.unlock();
@@ -77,7 +78,7 @@ private:
             if (state == State::full) {
                 std::shared_ptr<HidHandle> to = std::move(handle);
                 lock.unlock();
-                to->write(bytes);
+                attempt([&] { to->write(bytes); }); // a lost report shows in the missing reply
                 to.reset();
                 lock.lock();
                 state = State::empty;
@@ -123,6 +124,7 @@ _error WatchedWriter::write(const std::shared_ptr<HidHandle>& handle, std::span<
         if (!worker)
             return E_WRITE_TIMEOUT;
     }
+    stuck.reserve(stuck.size() + 1); // once a thread has been left alone it must be known
     const auto left =
         std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
     if (worker->write(handle, report, left))

@@ -10,7 +10,7 @@
 /// Result code of every operation: 0 for success, negative for failure.
 enum _error : std::int32_t {
     E_OK = 0,    ///< Success.
-    E_FAIL = -1, ///< General failure.
+    E_FAIL = -1, ///< General failure; of any operation: no memory for what it needs.
     E_INVALID_SET =
         -2, ///< Bad argument of a set operation, or a set command that the device did not acknowledge.
     E_INVALID_GET = -3,  ///< Bad argument of a get operation, no reply in time, or a reply that does not fit.

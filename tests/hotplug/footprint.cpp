@@ -15,13 +15,21 @@ Footprint footprint()
 {
     DWORD handles = 0;
     GetProcessHandleCount(GetCurrentProcess(), &handles);
-    return {handles, 0};
+    return {handles, 0, 0};
 }
 #else
+namespace {
+
+std::size_t entriesOf(const char* folder)
+{
+    return std::size_t(std::distance(std::filesystem::directory_iterator(folder), {}));
+}
+
+} // namespace
+
 Footprint footprint()
 {
-    return {std::size_t(std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {})),
-            mallinfo2().uordblks};
+    return {entriesOf("/proc/self/fd"), mallinfo2().uordblks, entriesOf("/proc/self/task")};
 }
 #endif
 

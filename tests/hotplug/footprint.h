@@ -8,6 +8,7 @@ namespace pyrux::test {
 struct Footprint {
     std::size_t files = 0; ///< Open files or handles.
     std::size_t bytes = 0; ///< Allocated memory.
+    std::size_t threads = 0;
 };
 
 Footprint footprint();
