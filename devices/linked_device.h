@@ -31,7 +31,7 @@ public:
     }
 
 protected:
-    LinkedDevice(const std::string& path, const LinkRules& rules, Clock& clock = Clock::steady())
+    LinkedDevice(const std::string& path, const LinkRules& rules, Clock& clock = Clock::current())
         : row(rules.model), link(path, rules, clock)
     {
     }

@@ -68,34 +68,39 @@ bool TW_SERVICE::connect(std::string_view name)
     return connection.available;
 }
 
-bool TW_SERVICE::write(std::string_view request)
-{
-    return pipe && pipe->write(request, limits.reply);
-}
-
 _error TW_SERVICE::command(std::string_view name, std::string_view text)
 {
-    connect(name); // without a peer the write fails
-    if (!write(text))
-        return E_PIPE_FAIL;
-    std::array<char, commandPiece> buffer;
-    for (std::optional<PipePiece> piece; !piece || piece->more;) {
-        piece = pipe->read(buffer, limits.reply);
-        if (!piece || !std::string_view(buffer.data(), piece->length).starts_with(acknowledgement))
-            return E_PIPE_FAIL;
-    }
-    return E_OK;
+    connect(name);
+    return pipe ? commandOn(*pipe, text, limits.reply) : E_PIPE_FAIL;
 }
 
 _error TW_SERVICE::query(std::string_view name, std::string& text)
 {
     if (!connect(name))
         return E_INVALID_GET;
-    if (!write(text))
+    return pipe ? queryOn(*pipe, text, limits.reply) : E_PIPE_FAIL;
+}
+
+_error commandOn(platform::PipeClient& pipe, std::string_view text, std::chrono::milliseconds limit)
+{
+    if (!pipe.write(text, limit))
+        return E_PIPE_FAIL;
+    std::array<char, commandPiece> buffer;
+    for (std::optional<PipePiece> piece; !piece || piece->more;) {
+        piece = pipe.read(buffer, limit);
+        if (!piece || !std::string_view(buffer.data(), piece->length).starts_with(acknowledgement))
+            return E_PIPE_FAIL;
+    }
+    return E_OK;
+}
+
+_error queryOn(platform::PipeClient& pipe, std::string& text, std::chrono::milliseconds limit)
+{
+    if (!pipe.write(text, limit))
         return E_PIPE_FAIL;
     for (std::optional<PipePiece> piece; !piece || piece->more;) {
         std::array<char, queryPiece + 1> buffer{};
-        piece = pipe->read(std::span(buffer).first(queryPiece), limits.reply);
+        piece = pipe.read(std::span(buffer).first(queryPiece), limit);
         if (!piece) {
             consoleLine("error read ");
             return E_PIPE_FAIL;

@@ -19,6 +19,11 @@ struct PipeLimits {
     std::chrono::milliseconds reply{3000}; ///< For the peer to take the request, and again for its reply.
 };
 
+/// What passes on a connection, from the request to the last piece of its reply. The results are those of
+/// `TW_SERVICE`.
+_error commandOn(platform::PipeClient& pipe, std::string_view text, std::chrono::milliseconds limit);
+_error queryOn(platform::PipeClient& pipe, std::string& text, std::chrono::milliseconds limit);
+
 /// Client of the resident services and of the control application. One connection carries one request, a
 /// plain text without terminator, and its reply, one message.
 class TW_SERVICE {
@@ -47,7 +52,6 @@ public:
 private:
     /// @return whether a peer was there and free in time
     bool connect(std::string_view name);
-    bool write(std::string_view request);
     _error command(std::string_view name, std::string_view text);
     _error query(std::string_view name, std::string& text);
 

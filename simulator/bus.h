@@ -96,6 +96,11 @@ PYRUX_SIM_API int writersInside();
 /// Waits up to `limit` until there are `count` such threads at least.
 PYRUX_SIM_API bool awaitWritersInside(int count, std::chrono::milliseconds limit = std::chrono::seconds(5));
 
+/// Waits up to `limit` until whoever reads a device has come back for more, with every input report so far
+/// in hand. False also where nobody has ever read.
+PYRUX_SIM_API bool awaitReader(const std::string& path,
+                               std::chrono::milliseconds limit = std::chrono::seconds(5));
+
 /// How often hid_read, hid_read_timeout were called for the interface of a path since the device was plugged
 /// in or `reset` ran.
 PYRUX_SIM_API int readWakeups(const std::string& path);

@@ -1,5 +1,7 @@
 #include "transport/clock.h"
 
+#include <atomic>
+
 namespace pyrux {
 
 namespace {
@@ -25,7 +27,26 @@ public:
     }
 };
 
+std::atomic<Clock*> replacement{nullptr};
+
 } // namespace
+
+void Clock::await(std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
+                  std::chrono::milliseconds limit, const std::function<bool()>& until)
+{
+    changed.wait_for(lock, limit, until);
+}
+
+Clock& Clock::current()
+{
+    Clock* const other = replacement;
+    return other ? *other : steady();
+}
+
+void Clock::replace(Clock& clock)
+{
+    replacement = &clock;
+}
 
 Clock& Clock::steady()
 {

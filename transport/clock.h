@@ -25,8 +25,20 @@ public:
     virtual void wait(std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
                       const std::function<bool()>& until) = 0;
 
+    /// Waits for somebody else, such as a device, until `until` holds or `limit` is over. Its time is that of
+    /// the world, whatever clock a test holds, unless the clock knows when nobody has anything left to say.
+    virtual void await(std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
+                       std::chrono::milliseconds limit, const std::function<bool()>& until);
+
     /// The clock of the world.
     static Clock& steady();
+
+    /// The clock of devices that are given none: the clock of the world, unless there is another one in its
+    /// place.
+    static Clock& current();
+
+    /// Puts a clock in that place, for devices that are made later. It outlives them.
+    static void replace(Clock& clock);
 };
 
 /// What is left until a moment, rounded up; negative after it.

@@ -43,7 +43,7 @@ struct LinkRules {
 class DeviceLink {
 public:
     /// Opens the path. The reader stands still until `start`.
-    DeviceLink(const std::string& path, const LinkRules& rules, Clock& clock = Clock::steady());
+    DeviceLink(const std::string& path, const LinkRules& rules, Clock& clock = Clock::current());
     ~DeviceLink() { reader.stop(); }
     DeviceLink(const DeviceLink&) = delete;
     DeviceLink& operator=(const DeviceLink&) = delete;

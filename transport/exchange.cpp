@@ -58,7 +58,7 @@ _error Exchange::exchange(std::span<const std::uint8_t> command, std::span<const
     lookBriefly(done);
     {
         std::unique_lock lock(mutex);
-        entry.changed.wait_for(lock, rules.wait, done);
+        clock.await(lock, entry.changed, rules.wait, done);
     }
     waiting.end();
     if (entry.answered)

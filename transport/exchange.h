@@ -36,7 +36,7 @@ struct ExchangeRules {
 /// channel's reader hands every input report to `deliver`.
 class Exchange {
 public:
-    Exchange(usbHid& channel, const ExchangeRules& rules, Clock& clock = Clock::steady())
+    Exchange(usbHid& channel, const ExchangeRules& rules, Clock& clock = Clock::current())
         : channel(channel), rules(rules), clock(clock)
     {
     }

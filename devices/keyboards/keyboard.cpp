@@ -60,7 +60,7 @@ std::optional<KeyReports> makeKeyReports(const KeyboardLayout& layout)
 } // namespace
 
 KeyboardCore::KeyboardCore(const std::string& path, const KeyboardLayout& layout)
-    : LinkedDevice(path, linkRules(layout)), keyReports(makeKeyReports(layout)), layout(layout),
+    : LinkedDevice(path, linkRules(layout)), keyReports(makeKeyReports(layout)),
       profiles(link, state, layout.partialResets), keyMap(link), macros(link, closed),
       lights(makeLights(link, layout)), status(makeStatus(link, layout, state)),
       effects(link, layout.model, layout.effects, state, status.get())

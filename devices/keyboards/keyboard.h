@@ -49,7 +49,6 @@ protected:
     const std::optional<KeyReports> keyReports; ///< None: the keyboard does not tell of its keys.
 
 private:
-    const KeyboardLayout& layout;
     ProfileState state;
     bool threadless = false; ///< The system had no room for the status effect's thread.
 

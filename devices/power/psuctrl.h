@@ -11,7 +11,7 @@ namespace pyrux {
 class PSUCTRL : public PowerSupplyOf<std::uint8_t> {
 public:
     static constexpr const ModelRow& model = modelRow("psuCtrl");
-    explicit PSUCTRL(const std::string& path, Clock& clock = Clock::steady());
+    explicit PSUCTRL(const std::string& path, Clock& clock = Clock::current());
 
     _error getLog(PsuLog& log);
 };

@@ -10,7 +10,7 @@ namespace pyrux {
 class VOLTGRID : public PowerSupplyOf<std::uint16_t> {
 public:
     static constexpr const ModelRow& model = modelRow("voltgrid");
-    explicit VOLTGRID(const std::string& path, Clock& clock = Clock::steady());
+    explicit VOLTGRID(const std::string& path, Clock& clock = Clock::current());
 };
 
 class PYRUX_VOLTGRID final : public SupplyHost<VOLTGRID, PYRUX_VOLTGRID_Base> {

@@ -48,6 +48,11 @@ std::string item(std::string_view list, std::size_t index, char separator)
 
 } // namespace
 
+std::string layoutOfGroup(std::string_view rulesNames, std::size_t group)
+{
+    return item(item(rulesNames, 2, '\0'), group, ',');
+}
+
 std::string serverKeyboardLayout(const char* library)
 {
     const DynamicLibrary xlib(library);
@@ -77,9 +82,8 @@ std::string serverKeyboardLayout(const char* library)
         !data)
         return {};
     const std::unique_ptr<void, x::Free*> owned(data, release);
-    // Rules, model, layouts, variants and options, each ended by a NUL.
     const std::string_view names(reinterpret_cast<const char*>(data), format == 8 ? count : 0);
-    return item(item(names, 2, '\0'), state.group, ',');
+    return layoutOfGroup(names, state.group);
 }
 
 ThreadId windowThread(void*)

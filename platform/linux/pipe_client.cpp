@@ -1,6 +1,7 @@
 #include "platform/linux/file_descriptor.h"
 #include "platform/linux/runtime_folder.h"
 #include "platform/linux/socket_address.h"
+#include "platform/linux/socket_client.h"
 #include "platform/linux/socket_peer.h"
 #include "platform/pipe.h"
 
@@ -150,6 +151,11 @@ bool waitUntilAccepted(int socketNumber, Deadline deadline)
 
 } // namespace
 
+std::unique_ptr<PipeClient> clientOn(FileDescriptor connected)
+{
+    return std::make_unique<SocketClient>(std::move(connected));
+}
+
 PipeClient::Connection PipeClient::connect(std::string_view name, milliseconds limit)
 {
     const auto address = socketAddress(name);
@@ -165,7 +171,7 @@ PipeClient::Connection PipeClient::connect(std::string_view name, milliseconds l
         case Attempt::connected:
             if (!waitUntilAccepted(descriptor.get(), deadline))
                 return {};
-            return {true, std::make_unique<SocketClient>(std::move(descriptor))};
+            return {true, clientOn(std::move(descriptor))};
         case Attempt::missing:
             return {};
         case Attempt::refused:

@@ -132,6 +132,13 @@ bool awaitWritersInside(int count, std::chrono::milliseconds limit)
     return awaitStalledWriters(count, limit);
 }
 
+bool awaitReader(const std::string& path, std::chrono::milliseconds limit)
+{
+    bool came = false;
+    withDevice(path, [&](Device& device) { came = device.awaitReader(limit); });
+    return came;
+}
+
 int readWakeups(const std::string& path)
 {
     int reads = 0;

@@ -300,6 +300,11 @@ int Device::read(Handle& handle, std::span<std::uint8_t> buffer, int limitMs)
 {
     ++handle.entry.wire->readCalls;
     Lock lock(mutex);
+    handle.read = true;
+    if (handle.count == 0) {
+        handle.caughtUp = true;
+        readersCame.notify_all();
+    }
     const auto failing = [&] { return conduct.failReads || conduct.readFailures > 0; };
     const auto over = [&] { return !plugged || handle.closed || failing() || handle.count > 0; };
     if (limitMs < 0)
@@ -424,6 +429,7 @@ void Device::deliver(const Lock& lock, Wire& wire, Bytes report)
         std::ranges::copy(report, handle->bytes.begin() + std::ptrdiff_t(place * wire.room));
         handle->lengths[place] = report.size();
         ++handle->count;
+        handle->caughtUp = false;
         handle->arrived.notify_one();
     }
 }
@@ -450,6 +456,22 @@ std::vector<WireRecord> Device::takeTraffic(Wire& wire, std::size_t least, std::
                                   std::make_move_iterator(wire.traffic.end()));
     wire.traffic.clear();
     return taken;
+}
+
+bool Device::awaitReader(std::chrono::milliseconds limit)
+{
+    Lock lock(mutex);
+    return readersCame.wait_for(lock, std::min(limit, longest), [&] {
+        bool anyone = false;
+        for (const Handle* handle : handles) {
+            if (!handle->read)
+                continue;
+            anyone = true;
+            if (!handle->caughtUp)
+                return false;
+        }
+        return anyone;
+    });
 }
 
 } // namespace pyrux::sim

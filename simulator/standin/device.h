@@ -68,6 +68,8 @@ private:
     std::size_t count = 0;
     std::condition_variable arrived;
     bool closed = false;
+    bool read = false;     ///< Somebody has.
+    bool caughtUp = false; ///< And has come back since the last report.
 };
 
 /// A plugged-in device: a firmware model, its conduct, the handles to it and the traffic on its wire.
@@ -108,6 +110,7 @@ public:
     /// Sends an input report as hid_read is to give it.
     void deliver(Wire& wire, Bytes report);
     std::vector<WireRecord> takeTraffic(Wire& wire, std::size_t least, std::chrono::milliseconds limit);
+    bool awaitReader(std::chrono::milliseconds limit);
 
 private:
     using Lock = std::unique_lock<std::mutex>;
@@ -134,6 +137,7 @@ private:
     std::uint64_t releases = 0;
 
     std::condition_variable recorded;
+    std::condition_variable readersCame; ///< One has found nothing to read.
     std::uint32_t noise = 0x2545F491;
 };
 

@@ -166,6 +166,7 @@ TEST(KeyMap, isThirteenCodesAsJsonOrAsAList)
     EXPECT_EQ(usageError("setKeyMappingAll", {"[1,2,3,4,5,6,7,8,9,10,11,12,1.5]"}),
               "map[12]: must be a whole number in 0 to 65535");
     EXPECT_EQ(usageError("setKeyMappingAll", {"[1,2,"}), "map: no valid JSON at byte 6");
+    EXPECT_EQ(usageError("setKeyMappingAll", {"[1,2,1e999]"}), "map: a number is too large");
 }
 
 constexpr auto performance =

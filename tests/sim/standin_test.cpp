@@ -725,6 +725,38 @@ TEST_F(StandinTest, countsReads)
     EXPECT_EQ(readWakeups("elsewhere"), 0);
 }
 
+TEST_F(StandinTest, tellsWhetherItsReaderHasCaughtUp)
+{
+    EXPECT_FALSE(awaitReader(path, 0ms)); // nobody has read
+    EXPECT_EQ(read(device, 0), "0");
+    EXPECT_TRUE(awaitReader(path, 0ms));
+    echo->happen("say", {1});
+    EXPECT_FALSE(awaitReader(path, 0ms));
+    EXPECT_EQ(read(device, 0), "01");
+    EXPECT_FALSE(awaitReader(path, 0ms)); // it may still be at work on that one
+    auto next = readElsewhere(60000);
+    EXPECT_TRUE(awaitReader(path));
+    echo->happen("say", {2});
+    EXPECT_EQ(next.get(), "02");
+    EXPECT_EQ(read(device, 0), "0");
+    EXPECT_TRUE(awaitReader(path, 0ms));
+    EXPECT_FALSE(awaitReader("elsewhere", 0ms));
+}
+
+TEST_F(StandinTest, waitsForThoseOnlyWhoRead)
+{
+    hid_device* const writing = hid_open_path(path.c_str());
+    EXPECT_EQ(read(device, 0), "0");
+    echo->happen("say", {1});
+    EXPECT_EQ(read(device, 0), "01");
+    EXPECT_EQ(read(device, 0), "0");
+    EXPECT_TRUE(awaitReader(path, 0ms));
+    EXPECT_EQ(read(writing, 0), "01");
+    EXPECT_FALSE(awaitReader(path, 0ms)); // now it is another reader
+    hid_close(writing);
+    EXPECT_TRUE(awaitReader(path, 0ms));
+}
+
 TEST_F(StandinTest, tellsTheTextsOfADevice)
 {
     std::array<wchar_t, 32> text{};

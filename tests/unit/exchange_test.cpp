@@ -271,6 +271,51 @@ TEST_F(Exchanges, canKeepAGapBehindAWrite)
     EXPECT_EQ(clock.slept(), 22U);
 }
 
+/// A clock whose limits are over at once.
+class ImpatientClock final : public Clock {
+public:
+    std::uint32_t now() override { return 0; }
+    void sleep(std::unique_lock<std::mutex>&, std::condition_variable&, std::chrono::milliseconds,
+               const std::function<bool()>&) override
+    {
+    }
+    void wait(std::unique_lock<std::mutex>&, std::condition_variable&, const std::function<bool()>&) override
+    {
+    }
+    void await(std::unique_lock<std::mutex>& lock, std::condition_variable&, std::chrono::milliseconds,
+               const std::function<bool()>&) override
+    {
+        EXPECT_TRUE(lock.owns_lock());
+        ++awaited;
+    }
+
+    std::atomic<int> awaited{0};
+};
+
+TEST_F(Exchanges, waitForRepliesByTheirClock)
+{
+    ImpatientClock clock;
+    Exchange exchange(channel, {.wait = 1h}, clock);
+    Reply got;
+    EXPECT_EQ(exchange.transact(getProfile, 2, got), E_INVALID_GET);
+    EXPECT_GE(clock.awaited, 1);
+}
+
+TEST_F(Exchanges, haveTheClockOfTheWorldUnlessAnotherStandsInItsPlace)
+{
+    EXPECT_EQ(&Clock::current(), &Clock::steady());
+    ImpatientClock clock;
+    Clock::replace(clock);
+    EXPECT_EQ(&Clock::current(), &clock);
+    {
+        Exchange exchange(channel, {.wait = 1h});
+        Reply got;
+        EXPECT_EQ(exchange.transact(getProfile, 2, got), E_INVALID_GET);
+    }
+    Clock::replace(Clock::steady());
+    EXPECT_EQ(&Clock::current(), &Clock::steady());
+}
+
 TEST_F(Exchanges, standRepliesOfAnyLength)
 {
     Exchange exchange(channel, {.wait = 20s});

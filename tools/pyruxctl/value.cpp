@@ -301,6 +301,8 @@ Json parseJson(std::string_view text, const std::string& place)
         return Json::parse(text);
     } catch (const Json::parse_error& error) {
         throw UsageError(place + ": no valid JSON at byte " + std::to_string(error.byte));
+    } catch (const Json::out_of_range&) {
+        throw UsageError(place + ": a number is too large");
     }
 }
 

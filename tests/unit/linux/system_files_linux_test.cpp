@@ -286,6 +286,18 @@ TEST(KeyboardLayouts, areNotThereWhenAnyStepToTheServerFails)
     EXPECT_EQ(serverKeyboardLayout("pyrux-no-such-library"), "");
 }
 
+TEST(KeyboardLayouts, areFoundByTheirGroup)
+{
+    const std::string_view names("evdev\0pc105\0us,,ru\0,nodeadkeys\0", 31);
+    EXPECT_EQ(layoutOfGroup(names, 0), "us");
+    EXPECT_EQ(layoutOfGroup(names, 1), "");
+    EXPECT_EQ(layoutOfGroup(names, 2), "ru");
+    EXPECT_EQ(layoutOfGroup(names, 3), "");
+    EXPECT_EQ(layoutOfGroup("", 0), "");
+    EXPECT_EQ(layoutOfGroup(names.substr(0, 11), 0), "");  // ends with the model
+    EXPECT_EQ(layoutOfGroup(names.substr(0, 13), 0), "u"); // ends in the layouts
+}
+
 TEST(UdevNames, areEmptyForWhatIsNotThere)
 {
     const NameDatabase names = udevNames();

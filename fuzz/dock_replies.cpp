@@ -1,0 +1,4 @@
+#include "fuzz/support/device_family.h"
+
+/// The same of the dock.
+FUZZ_FAMILY("dock_replies")

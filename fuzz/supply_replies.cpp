@@ -1,0 +1,4 @@
+#include "fuzz/support/device_family.h"
+
+/// The same of the power supplies.
+FUZZ_FAMILY("supply_replies")
