@@ -190,13 +190,11 @@ ISOLATED_TEST(Console, switchesTheLog)
                   devNums();
               }),
               (Lines{"[PYRUX]direct"}));
-    {
-        Mouse mouse;
-        forgetDebugOutput();
-        mouse.device->send("42 20 40 00 01");
-        EXPECT_EQ(mouse->changeProfileId(1), E_OK);
-        EXPECT_EQ(debugLines(), (Lines{"[PYRUX]RD210 dpi change"}));
-    }
+    Mouse mouse; // to the end, since its removal would be logged a second later
+    forgetDebugOutput();
+    mouse.device->send("42 20 40 00 01");
+    EXPECT_EQ(mouse->changeProfileId(1), E_OK);
+    EXPECT_EQ(debugLines(), (Lines{"[PYRUX]RD210 dpi change"}));
     say("debug=1", "[PYRUX][Debug]Debug ON");
     EXPECT_EQ(debugLinesOf([] { devNums(); }), (Lines{"[PYRUX][SYS]PYRUX::devNums, #"}));
 
