@@ -25,6 +25,18 @@ public:
     virtual void wait(std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
                       const std::function<bool()>& until) = 0;
 
+    /// What a device owes to whoever waits for it.
+    enum class Owed { write, reply };
+
+    /// Waits for a device until `done` holds, `limit` at most, likewise. The time is the world's unless a
+    /// clock says otherwise: a device does not wait for a clock that stands.
+    /// @return whether `done` holds
+    virtual bool awaitDevice(Owed, std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
+                             std::chrono::milliseconds limit, const std::function<bool()>& done)
+    {
+        return changed.wait_for(lock, limit, done);
+    }
+
     /// The clock of the world.
     static Clock& steady();
 };

@@ -36,7 +36,7 @@ _error Exchange::exchange(std::span<const std::uint8_t> command, std::span<const
     const auto done = [&] { return entry.answered || ended || deaf; };
     lookBriefly(done);
     std::unique_lock lock(mutex);
-    entry.changed.wait_for(lock, rules.wait, done);
+    clock.awaitDevice(Clock::Owed::reply, lock, entry.changed, rules.wait, done);
     std::erase(pending, &entry);
     lock.unlock();
     if (entry.answered)

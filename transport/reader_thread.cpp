@@ -71,7 +71,7 @@ bool ReaderThread::stopWithin(std::chrono::milliseconds limit)
 void ReaderThread::pause(std::chrono::milliseconds time)
 {
     std::unique_lock lock(mutex);
-    changed.wait_for(lock, time, [&] { return stopping; });
+    clock.sleep(lock, changed, time, [&] { return stopping; });
 }
 
 void ReaderThread::reportFailure() const
