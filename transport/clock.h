@@ -25,8 +25,9 @@ public:
     virtual void wait(std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
                       const std::function<bool()>& until) = 0;
 
-    /// What a device owes to whoever waits for it.
-    enum class Owed { write, reply };
+    /// What a device owes to whoever waits for it: the end of a write, the reply to a command, or a report,
+    /// which a reader looks for again after a pause.
+    enum class Owed { write, reply, report };
 
     /// Waits for a device until `done` holds, `limit` at most, likewise. The time is the world's unless a
     /// clock says otherwise: a device does not wait for a clock that stands.

@@ -32,7 +32,9 @@
 PYRUX_API std::int32_t pyrux_init();
 
 /// Shuts all devices down, each with its goodbye, then the library's threads and services. Always 0. A second
-/// caller waits up to 10 s for the first. The library cannot be started again.
+/// caller waits up to 10 s for the first, and 1 s more when that does not suffice. The library cannot be
+/// started again.
+/// @note The devices' ends run side by side: they take as long as the longest `exit_device`.
 PYRUX_API std::int32_t pyrux_exit();
 
 /// Background mode: a non-zero `flag` says that the host is a resident service without a control application.
@@ -116,15 +118,18 @@ PYRUX_API std::int32_t fakeTempStep();
 /// of the process, and answers -11 once the device has gone.
 /// @param path  device path, as `devInfo` or a hotplug event gives it
 /// @return null when the device cannot be opened
+/// @note Waits at most 7 s, 2 s for a device that answers nothing.
 PYRUX_API PYRUX_RD210_Base* rd210(const char* path);
 
 /// Factories of the wired mice with lights, likewise.
+/// @note Waits at most 7 s, 2 s for a device that answers nothing.
 PYRUX_API PYRUX_RD110_Base* rd110(const char* path);
 PYRUX_API PYRUX_RD215_Base* rd215(const char* path);
 PYRUX_API PYRUX_RD230_Base* rd230(const char* path);
 PYRUX_API PYRUX_RD240_Base* rd240(const char* path);
 
 /// Factories of the lighting controllers, likewise.
+/// @note Waits at most 4 s, 2 s for a device that answers nothing.
 PYRUX_API PYRUX_GLOW_Base* glow_hub(const char* path);
 PYRUX_API PYRUX_GLOW2_Base* glow2(const char* path);
 PYRUX_API PYRUX_TINT_Base* tint_hub(const char* path);
@@ -132,14 +137,17 @@ PYRUX_API PYRUX_PLAY_DOCK_Base* playdock(const char* path);
 
 /// Factories of the power supplies, likewise. `psuCtrl` serves the whole series AU_LINE and PT_LINE, and
 /// SILENT_1300.
+/// @note Does not wait.
 PYRUX_API PYRUX_PSUCTRL_Base* psuCtrl(const char* path);
 PYRUX_API PYRUX_VOLTGRID_Base* voltgrid(const char* path);
 
 /// Factories of the strand controllers, likewise.
+/// @note Does not wait.
 PYRUX_API PYRUX_STRANDHUB_Base* strandhub(const char* path);
 PYRUX_API PYRUX_STRANDHUBV2_Base* strandhubv2(const char* path);
 
 /// Factories of the wired keyboards, likewise. The first call takes as long as the keyboard's effects take to
-/// be read: 54 commands, or about 18 s for a device that does not answer.
+/// be read: 54 commands.
+/// @note Waits at most 238 s, 18 s for a device that answers nothing.
 PYRUX_API PYRUX_QW210_Base* qw210(const char* path);
 PYRUX_API PYRUX_QW220_Base* qw220(const char* path);

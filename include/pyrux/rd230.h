@@ -11,6 +11,7 @@ struct PYRUX_RD230_Base : LED_MOUSE_Base {
     ///                   00)
     /// @note Calls that wait for a reply on other threads are given 2 s with `unplugged` 0, and end at once
     ///       otherwise.
+    /// @note The goodbye waits at most 6 s, 4 s for a device that answers nothing.
     virtual _error exit_device(std::uint8_t unplugged) = 0;
 
 protected:

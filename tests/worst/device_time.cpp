@@ -26,13 +26,12 @@ public:
 
     void sleep(Lock& lock, std::condition_variable& changed, milliseconds time, const Condition& cut) override
     {
-        if (measures) {
-            tellIfNoticed(lock);
-            letPass(lock, int(time.count()), cut);
-        } else if (trouble == Trouble::vanished)
-            sleepBeside(lock, changed, int(time.count()), cut);
-        else
+        if (!measures) {
             changed.wait_for(lock, time, cut);
+            return;
+        }
+        tellIfNoticed(lock);
+        letPass(lock, int(time.count()), cut);
     }
 
     void wait(Lock& lock, std::condition_variable& changed, const Condition& until) override
@@ -46,6 +45,9 @@ public:
         const Trouble kind = trouble;
         if (kind == Trouble::none)
             return Clock::awaitDevice(owed, lock, changed, limit, done);
+        if (owed == Owed::report)
+            return kind == Trouble::vanished ? pauseBeside(lock, changed, int(limit.count()), done)
+                                             : Clock::awaitDevice(owed, lock, changed, limit, done);
         const bool never = kind == Trouble::stalled || (kind == Trouble::silent && owed == Owed::reply);
         if (!measures)
             return never ? done() : Clock::awaitDevice(owed, lock, changed, limit, done);
@@ -78,7 +80,7 @@ public:
     }
 
 private:
-    /// A thread beside the one that measures.
+    /// A reader that pauses.
     struct Sleeper {
         std::mutex* lock;
         std::condition_variable* changed;
@@ -124,7 +126,7 @@ private:
         return true;
     }
 
-    void sleepBeside(Lock& lock, std::condition_variable& changed, int ms, const Condition& cut)
+    bool pauseBeside(Lock& lock, std::condition_variable& changed, int ms, const Condition& cut)
     {
         bool due = false;
         {
@@ -134,6 +136,7 @@ private:
         changed.wait(lock, [&] { return due || cut() || trouble != Trouble::vanished; });
         const std::lock_guard guard(mutex);
         std::erase_if(sleepers, [&](const Sleeper& one) { return one.due == &due; });
+        return cut();
     }
 
     std::optional<int> nextEnd()

@@ -2,6 +2,7 @@
 
 #include "tests/support/opened_device.h"
 
+#include <algorithm>
 #include <chrono>
 
 namespace pyrux::test {
@@ -20,28 +21,38 @@ void trouble(const std::string& path, Trouble which)
 
 } // namespace
 
-int measuredCall(Trouble which, const SlotTable& table, const Slot& slot, std::size_t number)
+std::size_t numberOf(const SlotTable& table, const std::string& operation)
+{
+    return std::size_t(std::ranges::find(table.slots, operation, &Slot::name) - table.slots.begin());
+}
+
+int measuredCall(Trouble which, const SlotTable& table, const Measured& measured,
+                 const std::function<void(void* host, Byte* memory)>& before)
 {
     const ModelFacts& facts = factsOf(table.model);
     OpenedDevice<void> device(facts.factory, identityOf(facts), [&](ScriptedDevice& fresh) {
         facts.prepare(fresh);
         if (table.prepare)
             table.prepare(fresh);
-        if (slot.prepare)
-            slot.prepare(fresh);
+        if (measured.slot.prepare)
+            measured.slot.prepare(fresh);
     });
     if (table.begin)
         table.begin(*device.device, device.host);
-    ByteVector memory = bytes(slot.memory);
+    if (before) {
+        ByteVector memory(table.room, table.fill);
+        before(device.host, memory.data());
+    }
+    ByteVector memory = bytes(measured.memory);
     memory.resize(table.room, table.fill);
-    trouble(device.path, which);
     DeviceTime::begin(which, [&] {
         sim::unplug(device.path);
         callHook(device.host, Hook::preExit, true);
     });
-    slot.call(device.host, number, memory.data());
+    trouble(device.path, which);
+    measured.call(device.host, numberOf(table, measured.slot.name), memory.data());
     const int ms = DeviceTime::end();
-    if (slot.sort == Sort::destructor)
+    if (measured.slot.sort == Sort::destructor)
         device.release();
     return ms;
 }
@@ -51,8 +62,8 @@ int measuredOpening(Trouble which, const ModelFacts& facts)
     const auto device = std::make_shared<ScriptedDevice>(identityOf(facts));
     facts.prepare(*device);
     const std::string path = sim::plug(device);
-    trouble(path, which);
     DeviceTime::begin(which);
+    trouble(path, which);
     void* const host = facts.factory(path.c_str());
     const int ms = DeviceTime::end();
     sim::unplug(path);

@@ -12,11 +12,6 @@ namespace {
 
 constexpr int writeMs = 1000; // limit of a write
 
-int gapBefore(const DeviceTiming& timing, Steps steps)
-{
-    return steps.requests > 0 ? timing.gapMs : 0;
-}
-
 std::string inSeconds(int ms)
 {
     if (ms % 1000 == 0)
@@ -32,7 +27,7 @@ std::string row(std::string_view name, const DeviceTiming& timing, const Waits& 
     std::string text = "| " + std::string(name);
     for (const int number : {waits.all.requests, waits.all.writes})
         text += " | " + std::to_string(number);
-    for (const int ms : {times.late, times.silent, times.stalled, times.vanished, times.longest})
+    for (const int ms : {times.longest, times.silent, times.stalled, times.vanished})
         text += " | " + inSeconds(ms);
     return text + " |\n";
 }
@@ -53,36 +48,46 @@ requests and plain writes in pyruxctl's tables; the tests measure every operatio
 A plain write takes 1 s at most. A request is a write, and a wait for its reply behind that: 2 s with mice, 3 s with
 keyboards, 1 s with lighting controllers and power supplies, 1.5 s with TINT HUB. The columns:
 
-- late: the device takes everything, and answers at the last moment;
+- longest: whatever the device does; each report is taken, and answered, at the last moment;
 - silent: it takes everything and answers nothing; many operations give up at the first reply that is missing;
 - stalled: it hangs in each write;
-- vanished: it has gone, of which nobody has told the library. Its reader gives up after 3 s, and all waits with it;
-- longest: whatever the device does.
+- vanished: it has gone, of which nobody has told the library. Its reader gives up after 3 s, and all waits with it. A
+  device that is opened goes meanwhile; one that has gone before is not opened.
 
 Once the library has been told that a device has gone, a call that waits ends at once, and later ones are refused.
 
 Not in the table: a plain write or a request waits for those that other threads have under way. `exit_device` gives calls
 that are inside 2 s to finish before it ends them, which takes up to 1 s more while a write of theirs hangs, and its
-threads 0.15 s. `pyrux_exit` takes the sum of what all open devices take.
+threads 0.15 s. `pyrux_exit` ends all open devices at the same time.
 )";
 
 } // namespace
 
 WorstTimes worstTimes(const DeviceTiming& timing, const Waits& waits)
 {
-    const auto [all, unanswered, pause] = waits;
-    const int before = gapBefore(timing, all);
-    const int stalledWrites = timing.stopsAtWrite ? std::min(unanswered.writes, 1) : unanswered.writes;
-    const int stalledPause = timing.stopsAtWrite && stalledWrites > 0 ? 0 : pause;
+    const auto [all, unanswered] = waits;
+    const int requestMs = writeMs + timing.replyMs;
+    const int replies = unanswered.requests * timing.replyMs;
+    const int gap = all.requests > 0 ? timing.gapMs : 0; // after the operation before
+    const bool stops = timing.stopsAtWrite && unanswered.writes > 0;
     return {
-        .late = before + all.requests * timing.replyMs + pause,
-        .silent = before + unanswered.requests * timing.replyMs + pause,
-        .stalled = before + unanswered.requests * (writeMs + timing.replyMs) + stalledWrites * writeMs +
-                   stalledPause,
-        .vanished = std::min(unanswered.requests * timing.replyMs, timing.readerMs) +
-                    unanswered.requests * timing.gapMs + pause,
-        .longest = before + all.requests * (writeMs + timing.replyMs) + all.writes * writeMs + pause,
+        .longest = gap + all.requests * requestMs + all.writes * writeMs + all.pauseMs,
+        .silent = gap + replies + unanswered.pauseMs,
+        .stalled = gap + unanswered.requests * requestMs +
+                   (stops ? writeMs : unanswered.writes * writeMs + unanswered.pauseMs),
+        .vanished =
+            unanswered.requests * timing.gapMs + std::min(replies, timing.readerMs) + unanswered.pauseMs,
     };
+}
+
+std::string waitNote(const WorstTimes& times)
+{
+    if (times.longest == 0)
+        return "Does not wait.";
+    const std::string longest = "Waits at most " + inSeconds(times.longest) + " s";
+    if (times.silent == 0 || times.silent == times.longest)
+        return longest + ".";
+    return longest + ", " + inSeconds(times.silent) + " s for a device that answers nothing.";
 }
 
 std::string worstTimesTable()
@@ -101,8 +106,8 @@ std::string worstTimesTable()
     std::string text(head);
     for (const auto& [names, rows] : sections)
         text += "\n## " + names +
-                "\n\n| operation | requests | writes | late | silent | stalled | vanished | longest |\n"
-                "|---|---|---|---|---|---|---|---|\n" +
+                "\n\n| operation | requests | writes | longest | silent | stalled | vanished |\n"
+                "|---|---|---|---|---|---|---|\n" +
                 rows;
     return text;
 }

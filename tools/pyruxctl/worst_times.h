@@ -11,12 +11,12 @@ namespace pyrux::ctl {
 struct Steps {
     int requests = 0; ///< Reports whose reply is waited for.
     int writes = 0;   ///< Reports that are only written. Frames that go through a queue hold nobody up.
+    int pauseMs = 0;  ///< Pauses of the operation's own.
 };
 
 struct Waits {
     Steps all{};        ///< At most, with a device that answers.
     Steps unanswered{}; ///< With a device that answers nothing, which an operation may give up on.
-    int pauseMs = 0;    ///< A pause of its own.
 };
 
 /// What the operations of a model have in common.
@@ -30,15 +30,17 @@ struct DeviceTiming {
 
 /// The longest times of an operation, in ms, by what is wrong with the device.
 struct WorstTimes {
-    int late;     ///< It answers at the last moment.
-    int silent;   ///< It answers nothing.
+    int longest;  ///< Whatever is wrong with it: each report is taken and answered at the last moment.
+    int silent;   ///< It takes everything and answers nothing.
     int stalled;  ///< It hangs in each write for longer than the library waits.
     int vanished; ///< It has gone, and the library has not been told.
-    int longest;  ///< Whatever is wrong with it.
 };
 
 /// A device that has gone, of which the library has been told, takes no time.
 WorstTimes worstTimes(const DeviceTiming& timing, const Waits& waits);
+
+/// The times in the words of the headers: "Waits at most 6 s, 4 s for a device that answers nothing."
+std::string waitNote(const WorstTimes& times);
 
 /// All operations' times, as the manual shows them: Markdown.
 std::string worstTimesTable();
