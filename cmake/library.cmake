@@ -10,11 +10,13 @@ target_include_directories(pyrux_inside PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_S
 target_compile_definitions(pyrux_inside PRIVATE PYRUX_BUILDING)
 pyrux_use_headers(pyrux_library_headers pyrux_inside)
 # hidapi itself is linked by what is made of the objects: the library takes the system's, tests take the stand-in.
-target_link_libraries(pyrux_inside PUBLIC Threads::Threads portable_headers PRIVATE pyrux_warnings)
+add_library(pyrux_surroundings INTERFACE)
+target_link_libraries(pyrux_surroundings INTERFACE Threads::Threads portable_headers)
+target_link_libraries(pyrux_inside PUBLIC pyrux_surroundings PRIVATE pyrux_warnings)
 if(WIN32)
-    target_link_libraries(pyrux_inside PUBLIC ole32 oleaut32 wbemuuid setupapi user32 shell32 advapi32)
+    target_link_libraries(pyrux_surroundings INTERFACE ole32 oleaut32 wbemuuid setupapi user32 shell32 advapi32)
 else()
-    target_link_libraries(pyrux_inside PUBLIC PkgConfig::INIH PkgConfig::UDEV ${CMAKE_DL_LIBS})
+    target_link_libraries(pyrux_surroundings INTERFACE PkgConfig::INIH PkgConfig::UDEV ${CMAKE_DL_LIBS})
 endif()
 
 # The exports, and nothing else, are visible: one list makes the version script and the definition file.

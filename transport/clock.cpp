@@ -31,12 +31,6 @@ std::atomic<Clock*> replacement{nullptr};
 
 } // namespace
 
-void Clock::await(std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
-                  std::chrono::milliseconds limit, const std::function<bool()>& until)
-{
-    changed.wait_for(lock, limit, until);
-}
-
 Clock& Clock::current()
 {
     Clock* const other = replacement;

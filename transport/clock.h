@@ -25,10 +25,18 @@ public:
     virtual void wait(std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
                       const std::function<bool()>& until) = 0;
 
-    /// Waits for somebody else, such as a device, until `until` holds or `limit` is over. Its time is that of
-    /// the world, whatever clock a test holds, unless the clock knows when nobody has anything left to say.
-    virtual void await(std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
-                       std::chrono::milliseconds limit, const std::function<bool()>& until);
+    /// What a device owes to whoever waits for it: the end of a write, the reply to a command, or a report,
+    /// which a reader looks for again after a pause.
+    enum class Owed { write, reply, report };
+
+    /// Waits for a device until `done` holds, `limit` at most, likewise. The time is the world's unless a
+    /// clock says otherwise: a device does not wait for a clock that stands.
+    /// @return whether `done` holds
+    virtual bool awaitDevice(Owed, std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
+                             std::chrono::milliseconds limit, const std::function<bool()>& done)
+    {
+        return changed.wait_for(lock, limit, done);
+    }
 
     /// The clock of the world.
     static Clock& steady();

@@ -58,7 +58,7 @@ _error Exchange::exchange(std::span<const std::uint8_t> command, std::span<const
     lookBriefly(done);
     {
         std::unique_lock lock(mutex);
-        clock.await(lock, entry.changed, rules.wait, done);
+        clock.awaitDevice(Clock::Owed::reply, lock, entry.changed, rules.wait, done);
     }
     waiting.end();
     if (entry.answered)

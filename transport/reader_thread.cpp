@@ -72,7 +72,7 @@ bool ReaderThread::stopWithin(std::chrono::milliseconds limit)
 void ReaderThread::pause(std::chrono::milliseconds time)
 {
     std::unique_lock lock(mutex);
-    changed.wait_for(lock, time, [&] { return stopping; });
+    clock.awaitDevice(Clock::Owed::report, lock, changed, time, [&] { return stopping; });
 }
 
 void ReaderThread::reportFailure() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/log.h"
+#include "transport/clock.h"
 #include "transport/report.h"
 #include "transport/usb_hid.h"
 
@@ -29,7 +30,10 @@ struct ReaderRules {
 /// The one thread that reads a channel.
 class ReaderThread {
 public:
-    ReaderThread(usbHid& channel, const ReaderRules& rules) : channel(channel), rules(rules) {}
+    ReaderThread(usbHid& channel, const ReaderRules& rules, Clock& clock = Clock::steady())
+        : channel(channel), rules(rules), clock(clock)
+    {
+    }
     ~ReaderThread() { stop(); }
     ReaderThread(const ReaderThread&) = delete;
     ReaderThread& operator=(const ReaderThread&) = delete;
@@ -58,6 +62,7 @@ private:
 
     usbHid& channel;
     const ReaderRules rules;
+    Clock& clock;
     std::atomic<bool> running{false};
     std::mutex mutex;
     std::condition_variable changed;

@@ -4,6 +4,7 @@
 #include "platform/threads.h"
 #include "transport/brief_look.h"
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <thread>
@@ -32,7 +33,7 @@ public:
     /// Hands a report over and waits for its write to return. False when it takes too long: the thread is
     /// then left alone, and ends when the write returns.
     bool write(std::shared_ptr<HidHandle> to, std::span<const std::uint8_t> report,
-               std::chrono::milliseconds limit)
+               std::chrono::milliseconds limit, Clock& clock)
     {
         std::unique_lock lock(mutex);
         bytes.assign(report.begin(), report.end());
@@ -42,7 +43,8 @@ public:
         lock.unlock();
         lookBriefly([&] { return state == State::empty; });
         lock.lock();
-        if (changed.wait_for(lock, limit, [&] { return state == State::empty; }))
+        if (clock.awaitDevice(Clock::Owed::write, lock, changed, limit,
+                              [&] { return state == State::empty; }))
             return true;
         ending = true;
         thread.detach();
@@ -61,10 +63,11 @@ public:
     }
 
     /// Waits for a thread that was left alone.
-    bool waitForEnd(std::chrono::steady_clock::time_point deadline)
+    bool waitForEnd(std::chrono::milliseconds limit, Clock& clock)
     {
         std::unique_lock lock(mutex);
-        return changed.wait_until(lock, deadline, [&] { return state == State::ended; });
+        return clock.awaitDevice(Clock::Owed::write, lock, changed, limit,
+                                 [&] { return state == State::ended; });
     }
 
 private:
@@ -112,22 +115,22 @@ WatchedWriter::~WatchedWriter()
 _error WatchedWriter::write(const std::shared_ptr<HidHandle>& handle, std::span<const std::uint8_t> report)
 {
     const std::lock_guard lock(turn);
-    const auto deadline = std::chrono::steady_clock::now() + limit;
+    std::chrono::milliseconds left = limit;
     std::erase_if(stuck, [](const auto& one) { return one.expired(); });
     if (!worker) {
         if (stuck.size() >= mostStuck) {
+            const auto deadline = std::chrono::steady_clock::now() + limit;
             const std::shared_ptr<Worker> oldest = stuck.front().lock();
-            if (oldest && !oldest->waitForEnd(deadline))
+            if (oldest && !oldest->waitForEnd(limit, clock))
                 return E_WRITE_TIMEOUT;
+            left = std::max(timeUntil(deadline), std::chrono::milliseconds(0));
         }
         worker = Worker::start();
         if (!worker)
             return E_WRITE_TIMEOUT;
     }
     stuck.reserve(stuck.size() + 1); // once a thread has been left alone it must be known
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    if (worker->write(handle, report, left))
+    if (worker->write(handle, report, left, clock))
         return E_OK;
     stuck.push_back(worker);
     worker.reset();

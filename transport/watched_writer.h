@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pyrux/error.h"
+#include "transport/clock.h"
 #include "transport/hid_handle.h"
 
 #include <chrono>
@@ -16,7 +17,9 @@ namespace pyrux {
 /// over.
 class WatchedWriter {
 public:
-    explicit WatchedWriter(std::chrono::milliseconds limit = std::chrono::milliseconds(1000)) : limit(limit)
+    explicit WatchedWriter(std::chrono::milliseconds limit = std::chrono::milliseconds(1000),
+                           Clock& clock = Clock::steady())
+        : limit(limit), clock(clock)
     {
     }
     ~WatchedWriter();
@@ -32,6 +35,7 @@ private:
     class Worker;
 
     const std::chrono::milliseconds limit;
+    Clock& clock;
     std::mutex turn;
     std::shared_ptr<Worker> worker;
     std::vector<std::weak_ptr<Worker>> stuck;

@@ -20,17 +20,22 @@ void ImpatientClock::wait(std::unique_lock<std::mutex>& lock, std::condition_var
     changed.wait(lock, until);
 }
 
-void ImpatientClock::await(std::unique_lock<std::mutex>& lock, std::condition_variable&,
-                           std::chrono::milliseconds limit, const std::function<bool()>& until)
+bool ImpatientClock::awaitDevice(Owed owed, std::unique_lock<std::mutex>& lock,
+                                 std::condition_variable& changed, std::chrono::milliseconds limit,
+                                 const std::function<bool()>& done)
 {
-    if (until())
-        return;
+    if (owed != Owed::reply)
+        return Clock::awaitDevice(owed, lock, changed, limit, done);
+    if (done())
+        return true;
     lock.unlock(); // the reader needs it to hand over what there is
     if (const std::string* const path = watched)
         sim::awaitReader(*path);
     lock.lock();
-    if (!until())
-        time += std::uint32_t(limit.count());
+    if (done())
+        return true;
+    time += std::uint32_t(limit.count());
+    return false;
 }
 
 } // namespace pyrux::fuzz

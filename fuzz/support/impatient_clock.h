@@ -19,8 +19,8 @@ public:
                std::chrono::milliseconds length, const std::function<bool()>& cut) override;
     void wait(std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
               const std::function<bool()>& until) override;
-    void await(std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
-               std::chrono::milliseconds limit, const std::function<bool()>& until) override;
+    bool awaitDevice(Owed owed, std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
+                     std::chrono::milliseconds limit, const std::function<bool()>& done) override;
 
 private:
     std::atomic<const std::string*> watched{nullptr};

@@ -74,6 +74,7 @@ struct PYRUX_GLOW_Base : DEV_LIGHTING {
     ///         `port` counted down
     /// @note Wire: 80 01 01 | 80 0B 02 mask mode colorSource speed-1 brightness red green blue; mode 12 (the
     ///       ports follow the mainboard): 80 01 02 alone
+    /// @note Waits at most 2 s.
     virtual _error setEffectParameter(ArgbEffectParam* record) = 0;
 
     /// Slot 6. Reads a port's effect. While the host drives the ports: mode 12, speed 1, brightness 85,
@@ -82,6 +83,7 @@ struct PYRUX_GLOW_Base : DEV_LIGHTING {
     /// @return E_INVALID_SET: port outside 1 to 4, `port` counted down
     /// @note Wire: status | 80 0B 01 mask, reply 80 0B 03: P4 mode, P5 colorSource, P6 speed-1, P7
     ///       brightness, with colorSource 16 also P8 to P10 the colour
+    /// @note Waits at most 4 s, 2 s for a device that answers nothing.
     virtual _error getEffectParameter(ArgbEffectParam* record) = 0;
 
     /// Slot 7. Sets the colours of a port's LEDs, through the queue. When mode 12 was set before, the ports
@@ -89,12 +91,14 @@ struct PYRUX_GLOW_Base : DEV_LIGHTING {
     /// @param port  1 to 4; deliberately unchecked, a number up to 20 goes out. Above: E_INVALID_SET.
     /// @note Wire: 80 01 01 behind mode 12; three reports: 00 10 02 port-1 30 with bytes 4 to 62 of the
     ///       buffer from P5 | 01 with bytes 63 to 125 from P1 | 82 with bytes 126 to 147 from P1
+    /// @note Waits at most 1 s.
     virtual _error setEffectCustomize(std::uint8_t port, const ArgbCustomBuffer* buffer) = 0;
 
     /// Slot 8. Reads them; the buffer changes only when all have come.
     /// @return E_INVALID_GET also for a second or third reply with another beginning
     /// @note Wire: 80 10 01 port-1 30, sent three times, for the replies 00 10 03 port-1, 01 and 82, which
     ///       are cut as in slot 7
+    /// @note Waits at most 6 s, 1 s for a device that answers nothing.
     virtual _error getEffectCustomize(std::uint8_t port, ArgbCustomBuffer* buffer) = 0;
 
     /// Slot 9. Sets the strip's effect. `port` does not matter and stays.
@@ -102,58 +106,71 @@ struct PYRUX_GLOW_Base : DEV_LIGHTING {
     /// @note Wire: modes 0, 1, 2, 3, 5: 80 01 03 | 80 04 mode colorSource speed-1 brightness, with
     ///       colorSource 16 also red green blue; mode 6: 80 01 03 | 80 04 06; mode 7 (the strip follows the
     ///       mainboard): 80 01 04 01
+    /// @note Waits at most 2 s.
     virtual _error setRgbLightingEffectParameter(const ArgbEffectParam* record) = 0;
 
     /// Slot 10. Reads the strip's effect. While the host drives the strip: mode 7, colorSource 0, speed 1,
     /// the rest as it was.
     /// @note Wire: status | 80 0A 01, reply 80 0A 03: P3 mode, P4 colorSource, P5 speed-1, with colorSource
     ///       16 also P6 brightness and P7 to P9 the colour
+    /// @note Waits at most 4 s, 2 s for a device that answers nothing.
     virtual _error getRgbLightingEffectParameter(ArgbEffectParam* record) = 0;
 
     /// Slot 11. Sets how many LEDs a port has; `a` and `b` are the firmware's.
     /// @note Wire: 80 0D 02 mask a b
+    /// @note Waits at most 1 s.
     virtual _error setLEDSize(std::uint8_t port, std::uint8_t a, std::uint8_t b) = 0;
 
     /// Slot 12. Reads them.
     /// @note Wire: 80 0D 01 mask, reply 80 0D 03: P4 a, P5 b
+    /// @note Waits at most 2 s, 1 s for a device that answers nothing.
     virtual _error getLEDSize(std::uint8_t port, std::uint8_t* a, std::uint8_t* b) = 0;
 
     /// Slot 13. Gives the device an identity of 32 bytes.
     /// @note Wire: 80 0C 02 and the bytes from P3
+    /// @note Waits at most 1 s.
     virtual _error setUID(const std::uint8_t* bytes) = 0;
 
     /// Slot 14. Reads it: 32 bytes.
     /// @note Wire: 80 0C 01, reply 80 0C 03 and the bytes from P3
+    /// @note Waits at most 2 s, 1 s for a device that answers nothing.
     virtual _error getUID(std::uint8_t* bytes) = 0;
 
     /// Slot 15. Lets the device show itself.
     /// @param value  1 to 5 or 15; else E_INVALID_PARAM
     /// @note Wire: 80 15 5E value
+    /// @note Waits at most 1 s.
     virtual _error setIdentify(std::uint8_t value) = 0;
 
     /// Slot 16. Stores the settings in the device.
     /// @note Wire: 80 12 5A A5
+    /// @note Waits at most 1 s.
     virtual _error saveConfig() = 0;
 
     /// Slot 17. Restores stored settings.
     /// @note Wire: 80 13 55 AA value
+    /// @note Waits at most 1 s.
     virtual _error resetConfig(std::uint8_t value) = 0;
 
     /// Slot 18. Restores factory settings. Unless the ports then stand in mode 12, they are put there and
     /// taken back at once. Always E_OK.
     /// @note Wire: 80 16 56 78, what slot 6 sends for port 1, then 80 01 02 | 80 01 01
+    /// @note Waits at most 7 s, 2 s for a device that answers nothing.
     virtual _error resetData() = 0;
 
     /// Slot 19. Reads the firmware's version.
     /// @note Wire: 80 14 01, reply 80 14 03: P3 low byte, P4 high byte
+    /// @note Waits at most 2 s, 1 s for a device that answers nothing.
     virtual _error getVersion(std::uint16_t* version) = 0;
 
     /// Slot 20. Sets the mode of the layers.
     /// @note Wire: 80 17 02 value
+    /// @note Waits at most 1 s.
     virtual _error setMultilayerMode(std::uint8_t value) = 0;
 
     /// Slot 21. Reads it.
     /// @note Wire: 80 17 01, reply 80 17 03: P3
+    /// @note Waits at most 2 s, 1 s for a device that answers nothing.
     virtual _error getMultilayerMode(std::uint8_t* value) = 0;
 
     /// Slot 22. Sets the callback for effects that are changed on the device; a second one replaces the
@@ -172,19 +189,23 @@ struct PYRUX_GLOW_Base : DEV_LIGHTING {
     /// Slot 25. Chooses a port's effect. Unlike slot 5 it accepts mode 7.
     /// @return E_INVALID_MODE: above 12
     /// @note Wire: 80 01 01 | 80 20 mask mode; mode 12: 80 01 02 alone
+    /// @note Waits at most 2 s.
     virtual _error setEffectMode(std::uint8_t port, std::uint8_t mode) = 0;
 
     /// Slot 26. Reads the effect of port 1, whatever `port` says.
     /// @note Wire: as slot 6
+    /// @note Waits at most 4 s, 2 s for a device that answers nothing.
     virtual _error getEffectMode(std::uint8_t port, std::uint8_t* mode) = 0;
 
     /// Slot 27. Chooses the strip's effect. `port` does not matter.
     /// @return E_INVALID_PARAM: above 7
     /// @note Wire: 80 01 03 | 80 21 00 mode; mode 7: 80 01 04 01
+    /// @note Waits at most 2 s.
     virtual _error setRgbEffectMode(std::uint8_t port, std::uint8_t mode) = 0;
 
     /// Slot 28. Reads the strip's effect. `port` does not matter.
     /// @note Wire: as slot 10
+    /// @note Waits at most 4 s, 2 s for a device that answers nothing.
     virtual _error getRgbEffectMode(std::uint8_t port, std::uint8_t* mode) = 0;
 
 protected:
@@ -192,4 +213,5 @@ protected:
 };
 
 /// Factory of GLOW HUB.
+/// @note Waits at most 4 s, 2 s for a device that answers nothing.
 PYRUX_API PYRUX_GLOW_Base* glow_hub(const char* path);

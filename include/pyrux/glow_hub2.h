@@ -83,28 +83,33 @@ struct PYRUX_GLOW2_Base : DEV_LIGHTING {
     /// @param level  1 to 4
     /// @note Wire: request 80 0B 02 0F effect param speed-1 flag level-1; the param of effect 3 goes out less
     ///       one
+    /// @note Waits at most 2 s, 1 s for a device that answers nothing.
     virtual _error setARGBEffectParameter(std::uint8_t port, GlowHub2Effect effect, std::uint8_t level) = 0;
 
     /// Slot 6. Reads it.
     /// @param port   1 to 4
     /// @param bytes  room for five bytes: effect, param, speed, flag, level, as slot 5 takes them
     /// @note Wire: request 80 0B 01 0F, reply 80 0B 03: P4 effect, P5 param, P6 speed-1, P7 flag, P8 level-1
+    /// @note Waits at most 2 s, 1 s for a device that answers nothing.
     virtual _error getARGBEffectParameter(std::uint8_t port, std::uint8_t* bytes) = 0;
 
     /// Slot 7. Sets the colours of twelve LEDs, through the queue.
     /// @param port  1 to 4
     /// @param rgb   twelve times red, green, blue
     /// @note Wire: 80 10 02 0F 0C and the 36 bytes from P5
+    /// @note Does not wait.
     virtual _error setARGBCustomize(std::uint8_t port, const std::uint8_t* rgb) = 0;
 
     /// Slot 8. Reads them.
     /// @param port  1 to 4
     /// @param rgb   room for 36 bytes
     /// @note Wire: request 80 10 01 0F 0C, reply 80 10 03 and the colours from P5
+    /// @note Waits at most 2 s, 1 s for a device that answers nothing.
     virtual _error getARGBCustomize(std::uint8_t port, std::uint8_t* rgb) = 0;
 
     /// Slot 9. Chooses the layer.
     /// @note Wire: 80 17 value
+    /// @note Waits at most 1 s.
     virtual _error setLayerSelect(std::uint8_t value) = 0;
 
     /// Slot 10. Sets the strip's effect.
@@ -112,29 +117,35 @@ struct PYRUX_GLOW2_Base : DEV_LIGHTING {
     /// @param param  0 to 4 in mode 0, else 0 to 7
     /// @param speed  1 to 5
     /// @note Wire: request 80 0A 02 mode param speed-1
+    /// @note Waits at most 2 s, 1 s for a device that answers nothing.
     virtual _error setRGBEffectParameter(std::uint8_t mode, std::uint8_t param, std::uint8_t speed) = 0;
 
     /// Slot 11. Reads it.
     /// @note Wire: request 80 0A 01, reply 80 0A 03: P3 mode, P4 param, P5 speed-1
+    /// @note Waits at most 2 s, 1 s for a device that answers nothing.
     virtual _error getRGBEffectParameter(std::uint8_t* mode, std::uint8_t* param, std::uint8_t* speed) = 0;
 
     /// Slot 12. Sets the strip's own colour, three bytes, and effect 4, which shows it.
     /// @note Wire: 80 11 02 red green blue | request 80 0A 02 04
+    /// @note Waits at most 3 s, 1 s for a device that answers nothing.
     virtual _error setRGBCustomize(const std::uint8_t* rgb) = 0;
 
     /// Slot 13. Reads that colour.
     /// @note Wire: request 80 11 01, reply 80 11 03 and the colour from P3
+    /// @note Waits at most 2 s, 1 s for a device that answers nothing.
     virtual _error getRGBCustomize(std::uint8_t* rgb) = 0;
 
     /// Slot 14. Lets the strip follow a source.
     /// @param flag   0 or 1
     /// @param speed  1 to 5
     /// @note Wire: 80 18 02 source flag speed-1
+    /// @note Waits at most 1 s.
     virtual _error setRGBFollowParameter(std::uint8_t source, std::uint8_t flag, std::uint8_t speed) = 0;
 
     /// Slot 15. Asks for it. The reply is looked at as if slot 9 had asked: a device that answers 80 18 03
     /// leaves the outputs as they were, with E_OK.
     /// @note Wire: request 80 18 01, reply 80 17 03: P3 source, P4 flag, P5 speed-1
+    /// @note Waits at most 2 s, 1 s for a device that answers nothing.
     virtual _error getRGBFollowParameter(std::uint8_t* source, std::uint8_t* flag, std::uint8_t* speed) = 0;
 
     /// Slot 16. Sets the callback for effects that are changed on the device and for changes of the
@@ -148,6 +159,7 @@ struct PYRUX_GLOW2_Base : DEV_LIGHTING {
     /// E_OK; further calls do nothing.
     /// @param unplugged  not 0: the device has gone, nothing is sent to it, and calls that wait for a reply
     ///                   end at once; 0: they are given 2 s, and the lights are given back (80 16 02 04)
+    /// @note The goodbye waits at most 1 s.
     virtual _error exit_device(std::uint8_t unplugged) = 0;
 
 protected:
@@ -155,4 +167,5 @@ protected:
 };
 
 /// Factory of GLOW HUB II.
+/// @note Waits at most 4 s, 2 s for a device that answers nothing.
 PYRUX_API PYRUX_GLOW2_Base* glow2(const char* path);

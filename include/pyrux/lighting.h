@@ -57,24 +57,29 @@ static_assert(sizeof(LightingLedZone) == sizeof(void*) + sizeof(std::vector<Ligh
 struct DEV_LIGHTING {
     /// Slot 0. Takes the lights over: what is queued is dropped, the device's own effects end, all lights go
     /// dark, and frames go out at the fast pace.
+    /// @note Waits at most 3 s, 1.032 s for a device that answers nothing.
     virtual _error setLightingInit() { return E_NOT_SUPPORTED; }
 
     /// Slot 1. Gives the lights back: what is queued is dropped, the device's effects go on, the queue is
     /// slow again.
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error setLightingUninit() { return E_NOT_SUPPORTED; }
 
     /// Slot 2. Paints the listed zones in one colour.
     /// @param color  a `LightingPortColorOf` with the number of zones that the device states
+    /// @note Waits at most 1 s.
     virtual _error setLightingPortColor(const LightingPortColor* /*color*/) { return E_NOT_SUPPORTED; }
 
     /// Slot 3. Paints LEDs one by one.
     /// @return E_INVALID_SET for an empty vector, nothing sent
+    /// @note Does not wait.
     virtual _error setSyncLightingData(const std::vector<LightingLedZone>& /*zones*/)
     {
         return E_NOT_SUPPORTED;
     }
 
     /// Slot 4. Drops what is queued and turns all lights off.
+    /// @note Waits at most 1 s.
     virtual _error setLightingTurnOff() = 0;
 
 protected:

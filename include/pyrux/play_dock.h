@@ -75,6 +75,7 @@ struct PYRUX_PLAY_DOCK_Base : DEV_LIGHTING {
     /// @param effect  `speed` above 3, or with effect 0 `rate` above 7, is out of range
     /// @note Wire: 80 03 02 FF effect (3-speed or rate) red green blue colorCount, P10 effectData, P26
     ///       effectExtra, P30 effectTail
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error setEffectParameter(const PlayDockEffect* effect) = 0;
 
     /// Slot 6. Reads the effect that top and body play; `zone` and `unused` stay, and of `speed` and `rate`
@@ -82,43 +83,53 @@ struct PYRUX_PLAY_DOCK_Base : DEV_LIGHTING {
     /// @param effect  `effect` under 9, though it does not matter otherwise
     /// @note Wire: 80 03 01 FF, reply: P3 effect, P4 3-speed or rate, P5 to P7 the colour, P8 colorCount, P9
     ///       effectData, P25 effectExtra, P29 effectTail
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getEffectParameter(PlayDockEffect* effect) = 0;
 
     /// Slot 7. Reads the stored settings of an effect.
     /// @param effect  `effect` filled in by the caller, under 9
     /// @note Wire: 80 04 01 FF effect, reply as slot 6
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getAnyEffectParameter(PlayDockEffect* effect) = 0;
 
     /// Slot 8. Chooses the effect of top and body, 0 to 8. `zone` does not matter.
     /// @note Wire: 80 06 02 FF effect
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error setEffectMode(std::uint8_t zone, std::uint8_t effect) = 0;
 
     /// Slot 9. Reads it. `zone` does not matter.
     /// @note Wire: as slot 6
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getEffectMode(std::uint8_t zone, std::uint8_t* effect) = 0;
 
     /// Slot 10. Sets the colour of the bottom, three bytes.
     /// @note Wire: 80 11 02 FF red green blue
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error setBottomEffectParameter(const std::uint8_t* rgb) = 0;
 
     /// Slot 11. Reads it.
     /// @note Wire: 80 11 01 FF, reply: the colour from P3
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getBottomEffectParameter(std::uint8_t* rgb) = 0;
 
     /// Slot 12. Stores the settings in the device.
     /// @note Wire: 80 B0 02
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error saveConfig() = 0;
 
     /// Slot 13. Restores stored settings. `value` does not matter.
     /// @note Wire: 80 B1 02
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error resetConfig(std::uint8_t value) = 0;
 
     /// Slot 14. Restores factory settings.
     /// @note Wire: 80 B6 02
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error resetData() = 0;
 
     /// Slot 15. Reads the firmware's version.
     /// @note Wire: 80 B4 01, reply: P3 low byte, P4 high byte
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getVersion(std::uint16_t* version) = 0;
 
     /// Slot 16. Sets the callback for lights that are changed on the device; a second one replaces the first.
@@ -138,4 +149,5 @@ protected:
 };
 
 /// Factory of PLAY DOCK.
+/// @note Waits at most 4 s, 2 s for a device that answers nothing.
 PYRUX_API PYRUX_PLAY_DOCK_Base* playdock(const char* path);

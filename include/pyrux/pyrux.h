@@ -34,7 +34,9 @@
 PYRUX_API std::int32_t pyrux_init();
 
 /// Shuts all devices down, each with its goodbye, then the library's threads and services. Always 0. A second
-/// caller waits up to 10 s for the first. The library cannot be started again.
+/// caller waits up to 10 s for the first, and 1 s more when that does not suffice. The library cannot be
+/// started again.
+/// @note The devices' ends run side by side: they take as long as the longest `exit_device`.
 PYRUX_API std::int32_t pyrux_exit();
 
 /// Background mode: a non-zero `flag` says that the host is a resident service without a control application.

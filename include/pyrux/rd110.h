@@ -8,12 +8,14 @@ struct PYRUX_RD110_Base : LED_MOUSE_Base {
     /// Slot 35. Asks whether the device answers.
     /// @return E_OK; E_INVALID_GET: no reply in time
     /// @note Wire: 41 80
+    /// @note Waits at most 3 s, 2 s for a device that answers nothing.
     virtual _error test() = 0;
 
     /// Slot 36. Reads the macros of all buttons that have one, in the order of the buttons.
     /// @param list  receives the macros; the places behind the last one keep what they held. When a button
     ///              cannot be read, the result is its error and the list has the macros of those before it.
     /// @note Wire: 41 80, then for each button what slot 23 sends behind that
+    /// @note Waits at most 1758 s, 4 s for a device that answers nothing.
     virtual _error getMacroAll(MouseMacroList* list) = 0;
 
     /// Slot 37. Closes the object: ends its threads and the channel; frames that wait are dropped. Always
@@ -22,6 +24,7 @@ struct PYRUX_RD110_Base : LED_MOUSE_Base {
     ///                   00)
     /// @note Calls that wait for a reply on other threads are given 2 s with `unplugged` 0, and end at once
     ///       otherwise.
+    /// @note The goodbye waits at most 6 s, 4 s for a device that answers nothing.
     virtual _error exit_device(std::uint8_t unplugged) = 0;
 
 protected:
@@ -29,4 +32,5 @@ protected:
 };
 
 /// Factory of RD110.
+/// @note Waits at most 7 s, 2 s for a device that answers nothing.
 PYRUX_API PYRUX_RD110_Base* rd110(const char* path);

@@ -151,16 +151,19 @@ inline constexpr std::uint32_t strandAllZones = 255;
 struct STRANDHUB_Operations : DEV_LIGHTING {
     /// Slot 5. Sets the effect of a place.
     /// @note Wire: 80 03 02 M S effect speed-1 A red green blue B
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error setEffectParameter(const StrandEffectParam* effect) = 0;
 
     /// Slot 6. Reads the effect of a place.
     /// @param effect  `port` and `subPort` filled in by the caller
     /// @note Wire: 80 03 01 M S, reply P5 to P11 as the request of slot 5
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getEffectParameter(StrandEffectParam* effect) = 0;
 
     /// Slot 7. Reads what a place has stored for one effect, whether it plays or not.
     /// @param effect  `effect`, `port` and `subPort` filled in by the caller
     /// @note Wire: 80 04 01 M S effect, reply as slot 6
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getAnyEffectParameter(StrandEffectParam* effect) = 0;
 
     /// Slot 8. Reads what a place has stored for ten effects.
@@ -168,6 +171,7 @@ struct STRANDHUB_Operations : DEV_LIGHTING {
     ///               replies have come
     /// @note Wire: 80 0C 01 M S, reply from P6 on seven entries of eight bytes: effect speed-1 A red green
     ///       blue B and one more; then 81 0C 01 M S, reply from P5 on three entries
+    /// @note Waits at most 4.032 s, 1.032 s for a device that answers nothing.
     virtual _error getAllEffectParameter(StrandEffectTable* table) = 0;
 
     /// Slot 9. Sets the colour of each LED of a custom zone. A zone has as many LEDs as slots 12 and 13 have
@@ -176,61 +180,74 @@ struct STRANDHUB_Operations : DEV_LIGHTING {
     /// @return E_INVALID_GET also for an answer whose first byte is not that of the frame
     /// @note Wire: frames n 08 02 M S and up to 59 bytes of colours, in one stream; n counts from 0, with bit
     ///       7 set in the last one. Each is a request of its own, answered before the next goes out.
+    /// @note Waits at most 8.032 s, 1.032 s for a device that answers nothing.
     virtual _error setEffectCustomize(std::uint8_t zone, const StrandCustomBuffer* buffer) = 0;
 
     /// Slot 10. Reads the colours that slot 9 sets. LEDs behind those of the zone stay as they were.
     /// @note Wire: for each frame n 08 01 M S, answer the same with the colours from P5 on
+    /// @note Waits at most 8.032 s, 1.032 s for a device that answers nothing.
     virtual _error getEffectCustomize(std::uint8_t zone, StrandCustomBuffer* buffer) = 0;
 
     /// Slot 11. Tells the controller the size of a first-generation strand. Where it is more than 60 LEDs in
     /// all, the LEDs of a device go out as 60 by `chainLength`, rounded down.
     /// @note Wire: 80 06 02 port-1 chain-length LEDs; port 255 goes out as FF. An index, not a mask.
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error setGen1Size(const StrandGen1Size* size) = 0;
 
     /// Slot 12. Reads that size.
     /// @param size  `port`, 1 to 3, filled in by the caller
     /// @note Wire: 80 06 01 M, reply P4 chain length, P5 LEDs
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getGen1Size(StrandGen1Size* size) = 0;
 
     /// Slot 13. Reads the fans of a port.
     /// @param size  `port`, 1 to 3, filled in by the caller
     /// @return E_INVALID_GET also for a reply that tells of more than five fans
     /// @note Wire: 80 07 01 M, reply P4 count, P5 to P9 LEDs of each fan
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getGen2Size(StrandGen2Size* size) = 0;
 
     /// Slot 14. Gives the fans of a port other numbers.
     /// @param remap  `port` 1 to 3; the pairs are not checked
     /// @note Wire: 80 0D 02 M and five pairs of S, discovered and wanted
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error remapGen2SubPort(const StrandRemap* remap) = 0;
 
     /// Slot 15. Stores an id of 32 bytes for a port.
     /// @note Wire: 80 B5 02 M and the bytes
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error setUID(std::uint8_t port, const std::uint8_t* id) = 0;
 
     /// Slot 16. Reads an id of 32 bytes.
     /// @note Wire: 80 B5 01, reply from P3 on
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getUID(std::uint8_t* id) = 0;
 
     /// Slot 17. Lets a place show itself.
     /// @param port  1 to 3 or 255
     /// @note Wire: 80 0A 02 M S
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error setIdentify(std::uint8_t port, std::uint8_t subPort) = 0;
 
     /// Slot 18. Stores the settings in the device.
     /// @note Wire: 80 B0 02
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error saveConfig() = 0;
 
     /// Slot 19. Restores factory settings.
     /// @param value  0 to 2
     /// @note Wire: 80 B1 02 value
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error resetConfig(std::uint8_t value) = 0;
 
     /// Slot 20. Clears the device's data.
     /// @note Wire: 80 B6 02
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error resetData() = 0;
 
     /// Slot 21. Reads the firmware's version.
     /// @note Wire: 80 B4 01, reply P3 low, P4 high byte
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getVersion(std::uint16_t* version) = 0;
 
     /// Slot 22. Sets what is plugged into a port, and has the controller look at it again as slot 24 does,
@@ -238,16 +255,19 @@ struct STRANDHUB_Operations : DEV_LIGHTING {
     /// @param port  1 to 3 or 255
     /// @param type  the firmware's
     /// @note Wire: 80 0B 02 M type | 80 B2 02 M
+    /// @note Waits at most 4.032 s, 1.032 s for a device that answers nothing.
     virtual _error setARGBType(std::uint8_t port, std::uint8_t type) = 0;
 
     /// Slot 23. Reads what is plugged into a port.
     /// @param port  1 to 3 or 255
     /// @note Wire: 80 0B 01 M, reply P4
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getARGBType(std::uint8_t port, std::uint8_t* type) = 0;
 
     /// Slot 24. Has the controller look again at what is plugged into a port.
     /// @param port  1 to 3 or 255; others give E_INVALID_GET
     /// @note Wire: 80 B2 02 M
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error refreshPortInfo(std::uint8_t port) = 0;
 
     /// Slot 25. Stores a callback. The device has no events: it is never called.
@@ -265,42 +285,51 @@ struct STRANDHUB_Operations : DEV_LIGHTING {
 
     /// Slot 28. Sets the multilayer mode.
     /// @note Wire: 80 C0 02 value
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error setMultilayerMode(std::uint8_t value) = 0;
 
     /// Slot 29. Reads the multilayer mode.
     /// @note Wire: 80 C0 01, reply P3
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getMultilayerMode(std::uint8_t* value) = 0;
 
     /// Slot 30. Changes the effect of a place; what the place has stored for that effect comes into force.
     /// @param place   `port` and `subPort` filled in by the caller; gets the effect and its parameters
     /// @note Wire: 80 04 01 M S effect, reply as slot 6 | 80 03 02 ... as slot 5
+    /// @note Waits at most 4.032 s, 1.032 s for a device that answers nothing.
     virtual _error setEffectMode(StrandEffectParam* place, std::uint8_t effect) = 0;
 
     /// Slot 31. Reads as slot 6, and gives the effect apart too.
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getEffectMode(StrandEffectParam* place, std::uint8_t* effect) = 0;
 
     /// Slot 32. Sets the overlay mode.
     /// @note Wire: 80 11 02 value 32
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error setOverlayMode(std::uint8_t value) = 0;
 
     /// Slot 33. Reads the overlay mode.
     /// @note Wire: 80 11 01, reply P3
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getOverlayMode(std::uint8_t* value) = 0;
 
     /// Slot 34. Sets a port's overlay effect, and the overlay mode to 1 before; when that fails the call ends
     /// with its result.
     /// @note Wire: 80 11 02 01 32 | 80 10 02 M, 28 parameters, and the last byte at P32
+    /// @note Waits at most 4.032 s, 1.032 s for a device that answers nothing.
     virtual _error setOverlayEffectParameter(const StrandOverlayParam* overlay) = 0;
 
     /// Slot 35. Reads a port's overlay effect.
     /// @param overlay  `port`, 1 to 3, filled in by the caller
     /// @note Wire: 80 10 01 M, reply P4 to P32 as the request of slot 34
+    /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getOverlayEffectParameter(StrandOverlayParam* overlay) = 0;
 
     /// Slot 36. Reads the overlay effects of ports 1 to 3, the port numbers included. The first request that
     /// fails ends the call with its result.
     /// @param overlays  room for three records
     /// @note Wire: slot 35 for each port
+    /// @note Waits at most 6.032 s, 1.032 s for a device that answers nothing.
     virtual _error getOverlayEffectParameterAll(StrandOverlayParam* overlays) = 0;
 
 protected:
@@ -312,6 +341,7 @@ struct PYRUX_STRANDHUB_Base : STRANDHUB_Operations {
 protected:
     ~PYRUX_STRANDHUB_Base() = default;
 };
+/// @note Does not wait.
 PYRUX_API PYRUX_STRANDHUB_Base* strandhub(const char* path);
 
 /// The strand controller STRANDHUBV2, function for function the same.
@@ -319,4 +349,5 @@ struct PYRUX_STRANDHUBV2_Base : STRANDHUB_Operations {
 protected:
     ~PYRUX_STRANDHUBV2_Base() = default;
 };
+/// @note Does not wait.
 PYRUX_API PYRUX_STRANDHUBV2_Base* strandhubv2(const char* path);

@@ -73,6 +73,7 @@ struct PYRUX_TINT_Base : DEV_LIGHTING {
     /// @return E_INVALID_PARAM: a level out of range, behind 41 01
     /// @note Wire: 41 01 | 51 2B 00 00 mode speed (20 in mode 1, else 00) (19 in mode 3, else FF) FF
     ///       brightness red green blue (FF FF FF in mode 2) | 51 28 00 00 mode | 50 55 | 41 00
+    /// @note Waits at most 5 s.
     virtual _error setEffectParameter(std::uint8_t mode, std::uint8_t speed, std::uint8_t brightness,
                                       const std::uint8_t* rgb) = 0;
 
@@ -82,34 +83,40 @@ struct PYRUX_TINT_Base : DEV_LIGHTING {
     /// @return E_INVALID_PARAM: a brightness without a level in modes up to 3, the outputs as they were; E_OK
     ///         with the outputs as they were for a reply with another beginning
     /// @note Wire: 52 2C 00 00 mode, reply 52 2C: P3 mode, P4 speed, P8 brightness, P9 to P11 the colour
+    /// @note Waits at most 2.5 s, 1.5 s for a device that answers nothing.
     virtual _error getEffectParameter(std::uint8_t* mode, std::uint8_t* speed, std::uint8_t* brightness,
                                       std::uint8_t* rgb) = 0;
 
     /// Slot 7. Reads which effect the device plays.
     /// @note Wire: 52 28, reply 52 28: P3
+    /// @note Waits at most 2.5 s, 1.5 s for a device that answers nothing.
     virtual _error getEffectStandardMode(std::uint8_t* mode) = 0;
 
     /// Slot 8. Gives each port a colour. The device stores it when the object is closed, once.
     /// @param colors  a brightness level outside 1 to 5 goes out as 255
     /// @note Wire: 41 80 | 51 28 00 00 04 | 51 30 | 51 A8 with the twelve bytes from P4 | 51 2C 00 00 04 00
     ///       00 FF FF brightness FF FF FF 00 00 00 and FF to the end
+    /// @note Waits at most 5 s.
     virtual _error setPortMultiColor(const TintMultiColor* colors) = 0;
 
     /// Slot 9. Reads the colours of the ports. Always E_OK: what the device does not tell stays as it was.
     /// @note Wire: 41 80 | 52 A8, reply 52 A8 with the twelve bytes from P3 | 52 2C FF FF 04 and FF to the
     ///       end, reply 52 2C: P8 brightness
+    /// @note Waits at most 6 s, 3 s for a device that answers nothing.
     virtual _error getPortMultiColor(TintMultiColor* colors) = 0;
 
     /// Slot 10. Sets a layered effect and stores it. Always E_OK. Deliberate: a layer whose mode is not above
     /// 3, or whose speed is out of range, is not sent but for its 41 01.
     /// @note Wire: for each layer what slot 5 sends, with brightness FF and 51 2B 01; then 41 01 | 51 A0 01
     ///       00 00 01 00 00 red green blue last | 51 28 00 00 E0 | 50 55 | 41 00
+    /// @note Waits at most 25 s.
     virtual _error setEffectMultilayer(const TintMultilayer* effect) = 0;
 
     /// Slot 11. Closes the object: ends its threads and the channel. Always E_OK; further calls do nothing.
     /// @param unplugged  not 0: the device has gone, nothing is sent to it, and calls that wait for a reply
     ///                   end at once; 0: they are given 2 s, colours of slot 8 are stored (50 55), and the
     ///                   device is told goodbye (41 00)
+    /// @note The goodbye waits at most 2 s.
     virtual _error exit_device(std::uint8_t unplugged) = 0;
 
 protected:
@@ -117,4 +124,5 @@ protected:
 };
 
 /// Factory of TINT HUB.
+/// @note Waits at most 4 s, 2 s for a device that answers nothing.
 PYRUX_API PYRUX_TINT_Base* tint_hub(const char* path);

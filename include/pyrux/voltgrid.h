@@ -31,9 +31,11 @@
 /// (temperature), "[R11200]" (fan speed).
 struct PYRUX_VOLTGRID_Base {
     /// Slot 0. Tells the mains side. `inputPower` is voltage times current, without the power factor.
+    /// @note Does not wait.
     virtual _error getInput(PsuInput& input) = 0;
 
     /// Slot 1. Tells voltage and current of each rail.
+    /// @note Does not wait.
     virtual _error getOutput(PsuOutput& output) = 0;
 
     /// Slot 2. Reads the fan's mode and, in mode 5, its curve; the points are 0 in other modes. A curve that
@@ -44,13 +46,16 @@ struct PYRUX_VOLTGRID_Base {
     ///         filled.
     /// @note Wire: "[MQ]", reply "[Mn]"; in mode 5, for i from 1 to 4, "[Qi]", reply "[miTTSS]": temperature
     ///       TT; speed by two digits S1 and S2, 100 + 10 S2 where S1 is 1, 100 S1 + 10 S2 - 10 otherwise.
+    /// @note Waits at most 18 s, 1 s for a device that answers nothing.
     virtual _error getFan(VoltgridFan& fan) = 0;
 
     /// Slot 3. Tells the temperature in degrees Celsius, as last reported.
+    /// @note Does not wait.
     virtual _error getThermal(float& temperature) = 0;
 
     /// Slot 4. Reads the rail mode. A reply that is no "[On]" counts as mode 1, with E_OK.
     /// @note Wire: "[OQ]", reply "[On]"
+    /// @note Waits at most 2 s, 1 s for a device that answers nothing.
     virtual _error getMultiRail(std::uint8_t* mode) = 0;
 
     /// Slot 5. Sets the fan's mode and, in mode 5, its curve. No reply is waited for; the first write that
@@ -59,11 +64,13 @@ struct PYRUX_VOLTGRID_Base {
     /// @note Wire: modes 1 to 4: "[Mn]". Mode 5: "[M5]", for i from 1 to 4 "[miTTSS]", "[M2]", 1 s later
     ///       "[M5]": the supply takes a curve only on entering the mode again. S1 is 0 and S2 the tens of the
     ///       speed plus 1; from 90 percent on they are 1 and 0.
+    /// @note Waits at most 8 s, 1 s for a device that answers nothing.
     virtual _error setFan(const VoltgridFan& fan) = 0;
 
     /// Slot 6. Sets the rail mode; what the modes are is the firmware's.
     /// @param mode  1 to 3; others give E_INVALID_MODE, nothing sent
     /// @note Wire: "[On]"; no reply is waited for
+    /// @note Waits at most 1 s.
     virtual _error setMultiRail(std::uint8_t mode) = 0;
 
     /// Slot 7. Reads the firmware's version.
@@ -72,6 +79,7 @@ struct PYRUX_VOLTGRID_Base {
     ///         nothing is written then
     /// @note Wire: "[SQ]", reply "C" and the version: family 0. When no such reply comes once more "[SQ]",
     ///       reply "F" and the version: family 1.
+    /// @note Waits at most 4 s, 2 s for a device that answers nothing.
     virtual _error getVersion(std::uint8_t* family, std::uint8_t* major, std::uint8_t* minor) = 0;
 
     /// Slot 8. Closes the object: ends its thread and the channel. Always E_OK; further calls do nothing.
@@ -84,4 +92,5 @@ protected:
 };
 
 /// Factory of VOLTGRID.
+/// @note Does not wait.
 PYRUX_API PYRUX_VOLTGRID_Base* voltgrid(const char* path);

@@ -282,11 +282,14 @@ public:
     void wait(std::unique_lock<std::mutex>&, std::condition_variable&, const std::function<bool()>&) override
     {
     }
-    void await(std::unique_lock<std::mutex>& lock, std::condition_variable&, std::chrono::milliseconds,
-               const std::function<bool()>&) override
+    bool awaitDevice(Owed owed, std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
+                     std::chrono::milliseconds limit, const std::function<bool()>& done) override
     {
         EXPECT_TRUE(lock.owns_lock());
+        if (owed != Owed::reply)
+            return Clock::awaitDevice(owed, lock, changed, limit, done);
         ++awaited;
+        return false;
     }
 
     std::atomic<int> awaited{0};

@@ -29,6 +29,7 @@ struct Model {
     std::vector<EventName> events;
     std::vector<Operation> operations;
     HostCalls calls;
+    DeviceTiming timing{};
     std::vector<std::string_view> monitored{}; ///< The operations that "monitor" repeats; they take no words.
 
     const Operation* findOperation(std::string_view name) const;

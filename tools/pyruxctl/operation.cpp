@@ -24,6 +24,18 @@ std::vector<Word> Operation::words() const
     return words;
 }
 
+Operation Operation::waiting(int requests, int writes) const
+{
+    return waiting({requests, writes}, {requests, writes});
+}
+
+Operation Operation::waiting(Steps all, Steps unanswered) const
+{
+    Operation same = *this;
+    same.waits = {.all = all, .unanswered = unanswered};
+    return same;
+}
+
 std::string Operation::synopsis() const
 {
     std::string text(name);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "value.h"
+#include "worst_times.h"
 
 #include "pyrux/error.h"
 
@@ -20,6 +21,8 @@
 ///     OP(setKeyMappingAll, in<13>("map")),          // a pointer to 13 elements
 ///     OP(getMacro, inout("macro", {"button"})),     // the caller fills in `button`, the device the rest
 ///     OP(getEffect, inout("mode"), out("speed")),   // a number that goes both ways
+///     OP(saveConfig).waiting(3, 1),                 // three requests, one plain write
+///     OP(getMap, out("map")).waiting({9, 1}, {1, 1}), // gives up when the first request has no reply
 ///
 /// The types come from the operation itself. What two models do alike is a list in a function template over
 /// `Interface`.
@@ -52,6 +55,12 @@ struct Operation {
     std::vector<Argument> arguments;
     /// Calls the operation on a host object; `memory` holds one block for each argument.
     std::int32_t (*call)(void* host, std::byte* const* memory);
+    Waits waits{};
+
+    /// The same operation, which sends so many requests and plain writes, whatever becomes of them.
+    Operation waiting(int requests, int writes = 0) const;
+    /// The same operation, which gives up on a device that answers nothing.
+    Operation waiting(Steps all, Steps unanswered) const;
 
     /// What it takes on the command line, in order.
     std::vector<Word> words() const;

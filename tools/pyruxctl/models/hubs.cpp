@@ -83,16 +83,16 @@ struct EventOf<PlayDockNotify> {
 
 namespace {
 
-/// Operations of `DEV_LIGHTING` of a device with so many zones.
+/// Operations of `DEV_LIGHTING` of a device with so many zones, and what each but the frames waits for.
 template <class Interface, std::size_t zones>
-std::vector<Operation> lightingOperations()
+std::vector<Operation> lightingOperations(Steps init, Steps uninit, Steps portColor = {}, Steps turnOff = {})
 {
     return {
-        OP(setLightingInit),
-        OP(setLightingUninit),
-        portColorOperation<Interface, LightingPortColorOf<zones>>(),
+        OP(setLightingInit).waiting(init, init),
+        OP(setLightingUninit).waiting(uninit, uninit),
+        portColorOperation<Interface, LightingPortColorOf<zones>>().waiting(portColor, portColor),
         ledFrameOperation<Interface>(),
-        OP(setLightingTurnOff),
+        OP(setLightingTurnOff).waiting(turnOff, turnOff),
     };
 }
 
@@ -116,32 +116,33 @@ Model glow_hub()
         .summary = "Lighting controller GLOW HUB",
         .identities = {{"GLOWHUB", 0x3A7E, 0x1011}},
         .events = {{0, "effect of the ports changed"}, {1, "effect of the strip changed"}},
-        .operations = join(lightingOperations<Interface, 5>(),
+        .operations = join(lightingOperations<Interface, 5>({0, 2}, {0, 2}),
                            {
-                               OP(setEffectParameter, in("record")),
-                               OP(getEffectParameter, inout("record", {"port"})),
-                               OP(setEffectCustomize, in("port"), in("buffer")),
-                               OP(getEffectCustomize, in("port"), out("buffer")),
-                               OP(setRgbLightingEffectParameter, in("record")),
-                               OP(getRgbLightingEffectParameter, out("record")),
-                               OP(setLEDSize, in("port"), in("a"), in("b")),
-                               OP(getLEDSize, in("port"), out("a"), out("b")),
-                               OP(setUID, in<32>("bytes")),
-                               OP(getUID, out<32>("bytes")),
-                               OP(setIdentify, in("value")),
-                               OP(saveConfig),
-                               OP(resetConfig, in("value")),
-                               OP(resetData),
-                               OP(getVersion, out("version")),
-                               OP(setMultilayerMode, in("value")),
-                               OP(getMultilayerMode, out("value")),
-                               OP(setEffectMode, in("port"), in("mode")),
-                               OP(getEffectMode, in("port"), out("mode")),
-                               OP(setRgbEffectMode, in("port"), in("mode")),
-                               OP(getRgbEffectMode, in("port"), out("mode")),
+                               OP(setEffectParameter, in("record")).waiting(0, 2),
+                               OP(getEffectParameter, inout("record", {"port"})).waiting(2),
+                               OP(setEffectCustomize, in("port"), in("buffer")).waiting(0, 1),
+                               OP(getEffectCustomize, in("port"), out("buffer")).waiting({3, 0}, {1, 0}),
+                               OP(setRgbLightingEffectParameter, in("record")).waiting(0, 2),
+                               OP(getRgbLightingEffectParameter, out("record")).waiting(2),
+                               OP(setLEDSize, in("port"), in("a"), in("b")).waiting(0, 1),
+                               OP(getLEDSize, in("port"), out("a"), out("b")).waiting(1),
+                               OP(setUID, in<32>("bytes")).waiting(0, 1),
+                               OP(getUID, out<32>("bytes")).waiting(1),
+                               OP(setIdentify, in("value")).waiting(0, 1),
+                               OP(saveConfig).waiting(0, 1),
+                               OP(resetConfig, in("value")).waiting(0, 1),
+                               OP(resetData).waiting(2, 3),
+                               OP(getVersion, out("version")).waiting(1),
+                               OP(setMultilayerMode, in("value")).waiting(0, 1),
+                               OP(getMultilayerMode, out("value")).waiting(1),
+                               OP(setEffectMode, in("port"), in("mode")).waiting(0, 2),
+                               OP(getEffectMode, in("port"), out("mode")).waiting(2),
+                               OP(setRgbEffectMode, in("port"), in("mode")).waiting(0, 2),
+                               OP(getRgbEffectMode, in("port"), out("mode")).waiting(2),
                                OP(exit_device, in("unplugged")),
                            }),
         .calls = hostCalls<Interface>(),
+        .timing = {.replyMs = 1000, .opening = {.all = {2, 0}, .unanswered = {2, 0}}},
     };
 }
 
@@ -155,22 +156,23 @@ Model glow2()
         .events = {{0, "effect of the ports changed"},
                    {1, "effect of the strip changed"},
                    {2, "audio changed"}},
-        .operations = join(lightingOperations<Interface, 5>(),
+        .operations = join(lightingOperations<Interface, 5>({}, {0, 1}),
                            {
-                               OP(setARGBEffectParameter, in("port"), in("effect"), in("level")),
-                               OP(getARGBEffectParameter, in("port"), out<5>("bytes")),
+                               OP(setARGBEffectParameter, in("port"), in("effect"), in("level")).waiting(1),
+                               OP(getARGBEffectParameter, in("port"), out<5>("bytes")).waiting(1),
                                OP(setARGBCustomize, in("port"), in<36>("rgb")),
-                               OP(getARGBCustomize, in("port"), out<36>("rgb")),
-                               OP(setLayerSelect, in("value")),
-                               OP(setRGBEffectParameter, in("mode"), in("param"), in("speed")),
-                               OP(getRGBEffectParameter, out("mode"), out("param"), out("speed")),
-                               OP(setRGBCustomize, in<3>("rgb")),
-                               OP(getRGBCustomize, out<3>("rgb")),
-                               OP(setRGBFollowParameter, in("source"), in("flag"), in("speed")),
-                               OP(getRGBFollowParameter, out("source"), out("flag"), out("speed")),
-                               OP(exit_device, in("unplugged")),
+                               OP(getARGBCustomize, in("port"), out<36>("rgb")).waiting(1),
+                               OP(setLayerSelect, in("value")).waiting(0, 1),
+                               OP(setRGBEffectParameter, in("mode"), in("param"), in("speed")).waiting(1),
+                               OP(getRGBEffectParameter, out("mode"), out("param"), out("speed")).waiting(1),
+                               OP(setRGBCustomize, in<3>("rgb")).waiting(1, 1),
+                               OP(getRGBCustomize, out<3>("rgb")).waiting(1),
+                               OP(setRGBFollowParameter, in("source"), in("flag"), in("speed")).waiting(0, 1),
+                               OP(getRGBFollowParameter, out("source"), out("flag"), out("speed")).waiting(1),
+                               OP(exit_device, in("unplugged")).waiting(0, 1),
                            }),
         .calls = hostCalls<Interface>(),
+        .timing = {.replyMs = 1000, .opening = {.all = {0, 1}, .unanswered = {0, 1}}},
     };
 }
 
@@ -182,22 +184,23 @@ Model playdock()
         .summary = "Desk dock PLAY DOCK",
         .identities = {{"PLAY_DOCK", 0x3A7E, 0x0153}},
         .events = {{0, "effect of top and body changed"}, {1, "colour of the bottom changed"}},
-        .operations = join(lightingOperations<Interface, 3>(),
+        .operations = join(lightingOperations<Interface, 3>({1, 0}, {1, 0}),
                            {
-                               OP(setEffectParameter, in("effect")),
-                               OP(getEffectParameter, out("effect")),
-                               OP(getAnyEffectParameter, inout("effect", {"effect"})),
-                               OP(setEffectMode, in("zone"), in("effect")),
-                               OP(getEffectMode, in("zone"), out("effect")),
-                               OP(setBottomEffectParameter, in<3>("rgb")),
-                               OP(getBottomEffectParameter, out<3>("rgb")),
-                               OP(saveConfig),
-                               OP(resetConfig, in("value")),
-                               OP(resetData),
-                               OP(getVersion, out("version")),
+                               OP(setEffectParameter, in("effect")).waiting(1),
+                               OP(getEffectParameter, out("effect")).waiting(1),
+                               OP(getAnyEffectParameter, inout("effect", {"effect"})).waiting(1),
+                               OP(setEffectMode, in("zone"), in("effect")).waiting(1),
+                               OP(getEffectMode, in("zone"), out("effect")).waiting(1),
+                               OP(setBottomEffectParameter, in<3>("rgb")).waiting(1),
+                               OP(getBottomEffectParameter, out<3>("rgb")).waiting(1),
+                               OP(saveConfig).waiting(1),
+                               OP(resetConfig, in("value")).waiting(1),
+                               OP(resetData).waiting(1),
+                               OP(getVersion, out("version")).waiting(1),
                                OP(exit_device, in("unplugged")),
                            }),
         .calls = hostCalls<Interface>(),
+        .timing = {.replyMs = 1000, .gapMs = 32},
     };
 }
 
@@ -209,18 +212,20 @@ Model tint_hub()
         .summary = "Lighting controller TINT HUB",
         .identities = {{"TINTHUB", 0x3A7E, 0x004F}},
         .events = {},
-        .operations =
-            join(lightingOperations<Interface, 4>(),
-                 {
-                     OP(setEffectParameter, in("mode"), in("speed"), in("brightness"), in<3>("rgb")),
-                     OP(getEffectParameter, inout("mode"), out("speed"), out("brightness"), out<3>("rgb")),
-                     OP(getEffectStandardMode, out("mode")),
-                     OP(setPortMultiColor, in("colors")),
-                     OP(getPortMultiColor, out("colors")),
-                     OP(setEffectMultilayer, in("effect")),
-                     OP(exit_device, in("unplugged")),
-                 }),
+        .operations = join(
+            lightingOperations<Interface, 4>({0, 3}, {0, 1}, {0, 1}, {0, 1}),
+            {
+                OP(setEffectParameter, in("mode"), in("speed"), in("brightness"), in<3>("rgb")).waiting(0, 5),
+                OP(getEffectParameter, inout("mode"), out("speed"), out("brightness"), out<3>("rgb"))
+                    .waiting(1),
+                OP(getEffectStandardMode, out("mode")).waiting(1),
+                OP(setPortMultiColor, in("colors")).waiting(0, 5),
+                OP(getPortMultiColor, out("colors")).waiting(2, 1),
+                OP(setEffectMultilayer, in("effect")).waiting(0, 25),
+                OP(exit_device, in("unplugged")).waiting(0, 2),
+            }),
         .calls = silentHostCalls<Interface, doNothing>(),
+        .timing = {.replyMs = 1500, .readerMs = 2900},
     };
 }
 

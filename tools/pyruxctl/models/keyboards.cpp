@@ -39,8 +39,17 @@ Operation keyMappingOperation()
             }};
 }
 
+/// Requests of the longest previews, whose every part shows the custom effect's colors.
+struct Previews {
+    int multilayer;
+    int multizone;
+};
+
+/// Requests that read the effects anew, after a profile change.
+constexpr int reading = 56;
+
 template <class Interface, std::size_t zoneBytes>
-Model keyboard(std::string_view command, std::string_view summary, Identity identity)
+Model keyboard(std::string_view command, std::string_view summary, Identity identity, Previews previews)
 {
     return {
         .command = command,
@@ -52,40 +61,45 @@ Model keyboard(std::string_view command, std::string_view summary, Identity iden
                    {KEYBOARD_KEY_UP, "key up"}},
         .operations =
             {
-                OP(setLightingInit),
-                OP(setLightingUninit),
+                OP(setLightingInit).waiting(0, 3),
+                OP(setLightingUninit).waiting(1),
                 OP(setLightingPortColor, in<3>("rgb")),
                 keyColorOperation<Interface>(),
-                OP(setLightingTurnOff),
-                OP(changeProfileId, in("id")),
-                OP(getCurrProfileId, out("id")),
-                OP(resetProfile, in("scope")),
-                OP(resetPartial, in("part")),
-                keyMappingOperation<Interface>(),
-                OP(setKeyMappingAll, in("table")),
-                OP(getKeyMappingAll, out("table")),
-                OP(startRecordMacro),
-                OP(stopRecordMacro),
-                OP(setMacro, in("record")),
-                OP(getMacro, inout("record", {"index"})),
-                OP(getMacroAll, out("list")),
-                OP(clearMacro, in("index")),
-                OP(setEffectMode, in("id")),
-                OP(getEffectMode, out("id")),
-                OP(setGeneralEffect, in("effect")),
-                OP(getGeneralEffect, in("id"), out("effect")),
-                OP(getGeneralEffectAll, out<generalEffects>("effects")),
-                OP(setCustomEffect, in("effect"), in<matrixBytes>("matrix")),
-                OP(getCustomEffect, out("effect"), out<matrixBytes>("matrix")),
-                OP(setMultilayerEffect, in<layers>("effects")),
-                OP(getMultilayerEffect, out<layers>("effects")),
-                OP(setMultizoneEffect, in<zones>("effects"), in<zones * zoneBytes>("zoneMatrix")),
-                OP(getMultizoneEffect, out<zones>("effects"), out<zones * zoneBytes>("zoneMatrix")),
+                OP(setLightingTurnOff).waiting(0, 1),
+                OP(changeProfileId, in("id")).waiting(2),
+                OP(getCurrProfileId, out("id")).waiting(2),
+                OP(resetProfile, in("scope")).waiting(4),
+                OP(resetPartial, in("part")).waiting(2),
+                keyMappingOperation<Interface>().waiting({256, 0}, {2, 0}),
+                OP(setKeyMappingAll, in("table")).waiting({17, 0}, {2, 0}),
+                OP(getKeyMappingAll, out("table")).waiting({17, 0}, {2, 0}),
+                OP(startRecordMacro).waiting(1),
+                OP(stopRecordMacro).waiting({1 + previews.multizone, 0}, {2, 0}),
+                OP(setMacro, in("record")).waiting(17),
+                OP(getMacro, inout("record", {"index"})).waiting({18, 0}, {2, 0}),
+                OP(getMacroAll, out("list")).waiting({362, 0}, {4, 0}),
+                OP(clearMacro, in("index")).waiting(40),
+                OP(setEffectMode, in("id")).waiting({reading + 2, 0}, {2, 0}),
+                OP(getEffectMode, out("id")).waiting({reading + 2, 0}, {2, 0}),
+                OP(setGeneralEffect, in("effect")).waiting({reading + 4, 0}, {1, 0}),
+                OP(getGeneralEffect, in("id"), out("effect")).waiting({reading, 0}, {1, 0}),
+                OP(getGeneralEffectAll, out<generalEffects>("effects")).waiting({reading, 0}, {1, 0}),
+                OP(setCustomEffect, in("effect"), in<matrixBytes>("matrix"))
+                    .waiting({reading + 12, 0}, {1, 0}),
+                OP(getCustomEffect, out("effect"), out<matrixBytes>("matrix")).waiting({reading, 0}, {1, 0}),
+                OP(setMultilayerEffect, in<layers>("effects"))
+                    .waiting({reading + previews.multilayer, 0}, {1, 0}),
+                OP(getMultilayerEffect, out<layers>("effects")).waiting({reading, 0}, {1, 0}),
+                OP(setMultizoneEffect, in<zones>("effects"), in<zones * zoneBytes>("zoneMatrix"))
+                    .waiting({reading + previews.multizone, 0}, {1, 0}),
+                OP(getMultizoneEffect, out<zones>("effects"), out<zones * zoneBytes>("zoneMatrix"))
+                    .waiting({reading, 0}, {1, 0}),
                 OP(setSystemStatusEffect, in("params")),
-                OP(saveConfig),
-                OP(exit_device, in("unplugged")),
+                OP(saveConfig).waiting({reading + 59, 0}, {6, 0}),
+                OP(exit_device, in("unplugged")).waiting(3),
             },
         .calls = hostCalls<Interface>(),
+        .timing = {.replyMs = 3000, .opening = {.all = {59, 2}, .unanswered = {6, 2}}},
     };
 }
 
@@ -94,8 +108,10 @@ Model keyboard(std::string_view command, std::string_view summary, Identity iden
 std::vector<Model> models_of::keyboards()
 {
     return {
-        keyboard<PYRUX_QW210_Base, 192>("qw210", "Keyboard QW210", {"QW205V2", 0x3A7E, 0x0147}),
-        keyboard<PYRUX_QW220_Base, 160>("qw220", "Keyboard QW220", {"QW225V2", 0x3A7E, 0x0145}),
+        keyboard<PYRUX_QW210_Base, 192>("qw210", "Keyboard QW210", {"QW205V2", 0x3A7E, 0x0147},
+                                        {.multilayer = 41, .multizone = 43}),
+        keyboard<PYRUX_QW220_Base, 160>("qw220", "Keyboard QW220", {"QW225V2", 0x3A7E, 0x0145},
+                                        {.multilayer = 40, .multizone = 42}),
     };
 }
 

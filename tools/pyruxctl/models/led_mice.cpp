@@ -14,20 +14,23 @@ Model ledMouse(std::string_view command, std::string_view summary, Identity iden
                const std::vector<Operation>& more = {})
 {
     std::vector<Operation> operations{
-        OP(setLightingInit),
-        OP(setLightingUninit),
+        OP(setLightingInit).waiting(0, 2),
+        OP(setLightingUninit).waiting(0, 1),
         ledFrameOperation<Interface>(),
         OP(setLightingTurnOff),
     };
     operations += profileOperations<Interface>();
     operations += {
-        OP(setEffectMode, in("mode")),        OP(getEffectMode, out("mode")),
-        OP(setGeneralEffect, in("effect")),   OP(getGeneralEffect, inout("effect", {"mode"})),
-        OP(setCustomEffect, in<6>("colors")), OP(getCustomEffect, out<6>("colors")),
+        OP(setEffectMode, in("mode")).waiting(2),
+        OP(getEffectMode, out("mode")).waiting(2),
+        OP(setGeneralEffect, in("effect")).waiting({4, 0}, {2, 0}),
+        OP(getGeneralEffect, inout("effect", {"mode"})).waiting(2),
+        OP(setCustomEffect, in<6>("colors")).waiting({4, 0}, {2, 0}),
+        OP(getCustomEffect, out<6>("colors")).waiting(2),
     };
     operations += mouseOperations<Interface>();
     operations += more;
-    operations += {OP(exit_device, in("unplugged"))};
+    operations += {OP(exit_device, in("unplugged")).waiting(2)};
     return {
         .command = command,
         .summary = summary,
@@ -40,13 +43,14 @@ Model ledMouse(std::string_view command, std::string_view summary, Identity iden
                    {LED_MOUSE_KEY_UP, "key up"}},
         .operations = std::move(operations),
         .calls = hostCalls<Interface>(),
+        .timing = {.replyMs = 2000, .opening = {.all = {1, 4}, .unanswered = {1, 4}}},
     };
 }
 
 std::vector<Operation> rd110Operations()
 {
     using Interface = PYRUX_RD110_Base;
-    return {OP(test), OP(getMacroAll, out("list"))};
+    return {OP(test).waiting(1), OP(getMacroAll, out("list")).waiting({586, 0}, {2, 0})};
 }
 
 } // namespace

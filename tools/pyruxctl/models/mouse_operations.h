@@ -18,10 +18,10 @@ template <class Interface>
 std::vector<Operation> profileOperations()
 {
     return {
-        OP(changeProfileId, in("profile")),
-        OP(getCurrProfileId, out("profile")),
-        OP(resetProfile, in("all")),
-        OP(resetPartial, in("part")),
+        OP(changeProfileId, in("profile")).waiting(2),
+        OP(getCurrProfileId, out("profile")).waiting(2),
+        OP(resetProfile, in("all")).waiting(4),
+        OP(resetPartial, in("part")).waiting({8, 0}, {3, 0}),
     };
 }
 
@@ -30,24 +30,24 @@ template <class Interface>
 std::vector<Operation> mouseOperations()
 {
     return {
-        OP(setKeyMapping, in("button"), in("code")),
-        OP(setKeyMappingAll, in<13>("map")),
-        OP(getKeyMappingAll, out<13>("map")),
-        OP(setMouseCombo, in("on")),
-        OP(getMouseCombo, out("on")),
-        OP(startRecordMacro),
-        OP(stopRecordMacro),
-        OP(setMacro, in("macro")),
-        OP(getMacro, inout("macro", {"button"})),
-        OP(clearMacro, in("button")),
-        OP(setPerformance, in("record")),
-        OP(getPerformance, out("record")),
-        OP(changeDpiLevel, in("level")),
-        OP(startSurfaceLearning),
-        OP(stopSurfaceLearning),
-        OP(getSurfaceLearningStatus, out("status")),
-        OP(getSurfaceLearningResult, out("a"), out("b")),
-        OP(saveConfig),
+        OP(setKeyMapping, in("button"), in("code")).waiting({7, 0}, {2, 0}),
+        OP(setKeyMappingAll, in<13>("map")).waiting({42, 0}, {2, 0}),
+        OP(getKeyMappingAll, out<13>("map")).waiting({56, 0}, {3, 0}),
+        OP(setMouseCombo, in("on")).waiting({6, 0}, {3, 0}),
+        OP(getMouseCombo, out("on")).waiting(2),
+        OP(startRecordMacro).waiting(2),
+        OP(stopRecordMacro).waiting(1),
+        OP(setMacro, in("macro")).waiting({19, 0}, {2, 0}),
+        OP(getMacro, inout("macro", {"button"})).waiting({46, 0}, {2, 0}),
+        OP(clearMacro, in("button")).waiting({4, 0}, {2, 0}),
+        OP(setPerformance, in("record")).waiting({6, 0}, {2, 0}),
+        OP(getPerformance, out("record")).waiting({5, 0}, {2, 0}),
+        OP(changeDpiLevel, in("level")).waiting({4, 0}, {3, 0}),
+        OP(startSurfaceLearning).waiting(2),
+        OP(stopSurfaceLearning).waiting(1),
+        OP(getSurfaceLearningStatus, out("status")).waiting(2),
+        OP(getSurfaceLearningResult, out("a"), out("b")).waiting({5, 0}, {2, 0}),
+        OP(saveConfig).waiting(3),
     };
 }
 

@@ -57,10 +57,14 @@ template <class Interface>
 std::vector<Operation> supplyOperations(const std::vector<Operation>& more = {})
 {
     std::vector<Operation> operations{
-        OP(getInput, out("input")),    OP(getOutput, out("output")),
-        OP(getFan, out("fan")),        OP(getThermal, out("temperature")),
-        OP(getMultiRail, out("mode")), OP(setFan, in("fan")),
-        OP(setMultiRail, in("mode")),  OP(getVersion, out("family"), out("major"), out("minor")),
+        OP(getInput, out("input")),
+        OP(getOutput, out("output")),
+        OP(getFan, out("fan")).waiting({5, 7, 1000}, {1, 0}),
+        OP(getThermal, out("temperature")),
+        OP(getMultiRail, out("mode")).waiting(1),
+        OP(setFan, in("fan")).waiting({0, 7, 1000}, {0, 7, 1000}),
+        OP(setMultiRail, in("mode")).waiting(0, 1),
+        OP(getVersion, out("family"), out("major"), out("minor")).waiting(2),
     };
     operations.insert(operations.end(), more.begin(), more.end());
     operations.push_back(OP(exit_device, in("unplugged")));
@@ -79,6 +83,7 @@ Model voltgrid()
         .events = {},
         .operations = supplyOperations<Interface>(),
         .calls = silentHostCalls<Interface, readTemperature<Interface>>(),
+        .timing = {.replyMs = 1000, .readerMs = 2900, .stopsAtWrite = true},
         .monitored = measurements,
     };
 }
@@ -104,6 +109,7 @@ Model psuCtrl()
         .events = {},
         .operations = supplyOperations<Interface>({OP(getLog, out("log"))}),
         .calls = silentHostCalls<Interface, readTemperature<Interface>>(),
+        .timing = {.replyMs = 1000, .readerMs = 2900, .stopsAtWrite = true},
         .monitored = measurements,
     };
 }

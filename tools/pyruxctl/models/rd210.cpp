@@ -12,7 +12,7 @@ Model rd210()
     using Interface = PYRUX_RD210_Base;
     std::vector<Operation> operations = profileOperations<Interface>();
     operations += mouseOperations<Interface>();
-    operations += {OP(exit_device, in("unplugged"))};
+    operations += {OP(exit_device, in("unplugged")).waiting(2)};
     return {
         .command = "rd210",
         .summary = "Wired mouse RD210",
@@ -23,6 +23,7 @@ Model rd210()
                    {RD210_KEY_UP, "key up"}},
         .operations = std::move(operations),
         .calls = hostCalls<Interface>(),
+        .timing = {.replyMs = 2000, .opening = {.all = {1, 4}, .unanswered = {1, 4}}},
     };
 }
 
