@@ -352,7 +352,7 @@ public:
     std::map<std::string, double> microseconds;
 };
 
-/// Time to load the stand-in and behind it the library, each in a process of its own; the median of some.
+/// Time to load the stand-in and after it the library, each in a process of its own; the median of some.
 std::array<double, 2> loadTimes()
 {
     std::array<std::vector<double>, 2> times;

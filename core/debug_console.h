@@ -31,7 +31,7 @@ struct ConsoleEffect {
 };
 
 /// Interprets one command. Queries are compared as a whole, settings by their first characters, so that a
-/// line feed behind "debug=1" does no harm and one behind "debug?" makes it unknown; deliberate.
+/// line feed after "debug=1" does no harm and one after "debug?" makes it unknown; deliberate.
 ConsoleEffect interpretConsoleCommand(std::string_view command, ConsoleSettings now);
 
 /// Answers the commands of one client until it has gone.

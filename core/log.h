@@ -47,7 +47,7 @@ void log(int category, Text&& text)
 void logCall(int category, std::string_view name, int line);
 void logCall(int category, std::string_view head, std::string_view name, int line);
 
-/// Writes a text to the debug output behind "[PYRUX]", whatever the log's settings. Never fails.
+/// Writes a text to the debug output after "[PYRUX]", whatever the log's settings. Never fails.
 void debugText(std::string_view text);
 
 /// Writes one line to the standard output, at once. A reader that does not read is waited for at most 100 ms.

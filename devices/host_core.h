@@ -46,7 +46,7 @@ protected:
     /// the registry.
     _error exitDevice(std::uint8_t unplugged, int line);
 
-    /// What a host operation asks of the protocol object, with its arguments behind the pointer.
+    /// What a host operation asks of the protocol object, with its arguments after the pointer.
     using Operation = _error (*)(ProtocolObject& target, void* arguments);
 
     /// One call of a host operation, from its entry to its result. The protocol object stays meanwhile.
@@ -54,7 +54,7 @@ protected:
     /// @return E_CLOSED for a closed object; E_FAIL where the system has no room for what the operation needs
     _error call(const char* name, int line, Operation operation, void* arguments);
 
-    // Deliberate order: directly behind the two virtual table pointers, where hosts know them.
+    // Deliberate order: directly after the two virtual table pointers, where hosts know them.
     std::int32_t openFailed = 0;
     std::atomic<ProtocolObject*> device{nullptr};
     std::atomic<std::int32_t> closed{0};

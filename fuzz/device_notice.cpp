@@ -35,7 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string text(reinterpret_cast<const char*>(data + 1), size - 1);
     switch (data[0] % 4) {
     case 0:
-        // As it comes, and behind a beginning that leads further.
+        // As it comes, and after a beginning that leads further.
         for (const char* head : {"", "HID#VID_3A7E&PID_0171&MI_03", "HID#VID_3A7E&PID_0093&MI_03"})
             for (const auto change : {platform::DeviceChange::arrival, platform::DeviceChange::removal})
                 notifyDevice(head + text, change);

@@ -13,7 +13,7 @@ namespace {
 
 constexpr EffectLayout layouts[]{{}, {.maskBytes = 20, .zoneBytes = 160}};
 
-/// Takes bytes from the front; zeros behind the end.
+/// Takes bytes from the front; zeros after the end.
 void fill(std::span<std::uint8_t> to, std::span<const std::uint8_t>& from)
 {
     const std::size_t count = std::min(to.size(), from.size());

@@ -23,7 +23,7 @@ void letHappen(sim::Firmware& model, std::uint8_t number, std::uint8_t value)
 } // namespace
 
 /// Reports from a host to the firmware models, which pyrux-gadget lets any computer send: which model, then
-/// reports, each a length and so many bytes; behind length 0 stand an event and its value.
+/// reports, each a length and so many bytes; after length 0 stand an event and its value.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static const auto& names = *new std::vector<std::string>(sim::firmwareNames());

@@ -2,7 +2,7 @@
 
 namespace pyrux {
 
-/// The bodies of `pyrux_init` and `pyrux_exit`, behind their first log line.
+/// The bodies of `pyrux_init` and `pyrux_exit`, after their first log line.
 void startLibrary();
 void stopLibrary();
 

@@ -21,7 +21,7 @@ constexpr std::uint32_t linkChangeNotice = 1038;
 enum class DeviceChange { arrival, removal };
 
 /// The notices of HID devices and of sound devices: a hidden window with two device notifications on Windows;
-/// on Linux udev's events behind its rules, and the socket that PYRUX_DEVICE_NOTICES names.
+/// on Linux udev's events after its rules, and the socket that PYRUX_DEVICE_NOTICES names.
 ///
 /// Linux: a removal carries the names that the device had. A device that may not be opened yet is told of at
 /// once, and again when its access rights have come.

@@ -13,12 +13,12 @@ namespace pyrux::platform {
 /// thing: input is only told of to whoever has a read under way.
 class DeviceWait {
 public:
-    /// To be opened behind the handle that reads. Null: the system cannot wait so for what has this path, and
+    /// To be opened after the handle that reads. Null: the system cannot wait so for what has this path, and
     /// the reader has to look again and again.
     static std::unique_ptr<DeviceWait> open(const std::string& path);
     virtual ~DeviceWait() = default;
 
-    /// Forgets what has come: reports from now on end a wait. Whoever reads looks once more behind this.
+    /// Forgets what has come: reports from now on end a wait. Whoever reads looks once more after this.
     virtual void mark() = 0;
 
     /// Waits for a report since `mark`, the device's end, or a `wake`.

@@ -15,7 +15,7 @@ namespace pyrux::platform {
 /// One piece of a message.
 struct PipePiece {
     std::size_t length = 0;
-    bool more = false; ///< The message goes on behind this piece.
+    bool more = false; ///< The message goes on after this piece.
 };
 
 /// A client's end of a message pipe (SOCK_SEQPACKET on Linux). Closed by the destructor. For one thread at a

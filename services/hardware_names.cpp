@@ -62,7 +62,7 @@ void tellFailure(const Task& task, const HardwareFacts& facts)
     tell(task.failed);
 }
 
-/// A text of the answer; empty behind its end.
+/// A text of the answer; empty after its end.
 std::string textOf(const HardwareFacts& facts, std::size_t index)
 {
     return index < facts.texts.size() ? facts.texts[index] : std::string();

@@ -20,7 +20,7 @@ public:
     PollingThread(std::chrono::milliseconds period, Clock& clock, std::function<void()> cycle);
 
     /// Ends the thread: at once while it sleeps. A cycle that hangs is given 1000 ms; the thread then ends by
-    /// itself behind it.
+    /// itself after it.
     ~PollingThread();
     PollingThread(const PollingThread&) = delete;
     PollingThread& operator=(const PollingThread&) = delete;

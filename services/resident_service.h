@@ -39,7 +39,7 @@ struct NumberPair {
 };
 NumberPair readNumberPair(std::string_view reply);
 
-/// The number that a text begins with, behind blanks and an optional sign.
+/// The number that a text begins with, after blanks and an optional sign.
 /// @return no error; invalid_argument: no number; result_out_of_range: none that fits
 template <class Number>
 std::errc readNumber(std::string_view text, Number& number);

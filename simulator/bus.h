@@ -68,7 +68,7 @@ PYRUX_SIM_API void reset();
 /// Sets the conduct of a plugged device.
 PYRUX_SIM_API void setConduct(const std::string& path, const Conduct& conduct);
 
-/// Lets a stalled write, and those waiting behind it, end now: the device has taken their reports.
+/// Lets a stalled write, and those waiting after it, end now: the device has taken their reports.
 PYRUX_SIM_API void releaseWrites(const std::string& path);
 
 /// Reports to and from the interface of a path since the last call, in order. Waits up to `limit` until

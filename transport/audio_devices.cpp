@@ -12,7 +12,7 @@ namespace pyrux {
 
 namespace {
 
-/// The number in the four hexadecimal digits behind a key; 0 without such digits.
+/// The number in the four hexadecimal digits after a key; 0 without such digits.
 std::uint16_t idBehind(std::string_view hardwareId, std::string_view key)
 {
     constexpr std::size_t digits = 4;

@@ -12,7 +12,7 @@ namespace pyrux {
 
 namespace {
 
-/// The thread gives up at the next failed write behind these, without one between them that succeeds.
+/// The thread gives up at the next failed write after these, without one between them that succeeds.
 constexpr int survivedFailures = 5;
 
 /// Bytes of a packet that the line about its failure shows.
@@ -104,7 +104,7 @@ void CmdQueue::append(std::size_t number, PacketGroup group)
         const std::lock_guard guard(lock);
         Lane& lane = lanes[number];
         std::swap(lane.groups == 0 ? lane.front : lane.newest,
-                  group); // what it replaces goes behind the lock
+                  group); // what it replaces goes after the lock
         ++(lane.groups < 2 ? lane.groups : lane.replaced);
         ++queued;
         asleep = !std::exchange(wake, true);
@@ -218,7 +218,7 @@ void CmdQueue::rounds(std::unique_lock<std::mutex>& guard)
     }
 }
 
-/// Pacing begins when rounds come quickly one behind the other: when the producer is fast.
+/// Pacing begins when rounds come quickly one after the other: when the producer is fast.
 void CmdQueue::choosePacing()
 {
     pacing = true;

@@ -22,11 +22,11 @@ class usbHid;
 
 /// Decouples a producer of reports, such as an animation, from the wire. A caller puts a group of reports
 /// into one of the lanes and returns at once; a thread sends them, keeps only the newest group of each lane
-/// when it falls behind, paces the writes, and gives up on a device that stops taking them. Reports that need
+/// when it falls after, paces the writes, and gives up on a device that stops taking them. Reports that need
 /// a reply never go this way.
 ///
 /// What may replace each other goes into one lane. A round of the thread takes one group of each lane, lane 0
-/// first; the reports of a group go out one right behind the other. All functions may be called from any
+/// first; the reports of a group go out one right after the other. All functions may be called from any
 /// thread.
 class CmdQueue {
 public:
@@ -45,7 +45,7 @@ public:
     CmdQueue& operator=(const CmdQueue&) = delete;
 
     // Settings. A device sets them once its channel is open, the first two whenever its mode changes.
-    std::atomic<std::int32_t> paceDelayMs{10};  ///< Pause behind each group while pacing is on, in ms.
+    std::atomic<std::int32_t> paceDelayMs{10};  ///< Pause after each group while pacing is on, in ms.
     std::atomic<std::int32_t> paceWindowMs{10}; ///< Rounds that begin closer than this, in ms, are paced.
     std::atomic<bool> forcePacing{false};       ///< Pacing is always on.
     std::atomic<std::uint32_t> minGapMs{0};     ///< Least time between rounds, in ms; 0 for none.
@@ -67,7 +67,7 @@ public:
     void clearLanes();
 
     /// Ends the thread for good. Gives up after `limit`, for a thread that is held by a write; it still ends
-    /// behind that write.
+    /// after that write.
     /// @return whether the thread has ended
     bool stopWithin(std::chrono::milliseconds limit);
 
@@ -82,7 +82,7 @@ public:
     std::size_t queuedBytes() const;
 
 private:
-    /// The packets of one `push`, one behind the other.
+    /// The packets of one `push`, one after the other.
     struct PacketGroup {
         std::vector<std::uint8_t> bytes;
         std::size_t packetSize = 0;

@@ -37,7 +37,7 @@ struct DeviceEvent {
     ReportHead head;
     std::optional<std::size_t> flagByte{}; ///< The byte that must be 1, where one must.
     std::string_view
-        text{}; ///< Written to the debug output, behind the model's name where it begins with a blank.
+        text{}; ///< Written to the debug output, after the model's name where it begins with a blank.
     std::optional<Report> acknowledgement{};
     Record (*record)(const Reply& report); ///< What the host's callback gets.
 

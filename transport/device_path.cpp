@@ -38,7 +38,7 @@ Number leadingNumber(std::string_view digits, int base)
     return result.ec == std::errc{} ? number : Number{};
 }
 
-/// The four hexadecimal digits behind a key such as "VID_".
+/// The four hexadecimal digits after a key such as "VID_".
 std::uint16_t idBehind(std::string_view piece, std::string_view key)
 {
     const std::size_t place = piece.find(key);

@@ -57,7 +57,7 @@ public:
     void scanReceivers(std::string_view except);
 
     /// Corrects the records of an enumeration: those of linked receivers become their devices', with the
-    /// receivers' mark behind the path. Takes down the releases of all.
+    /// receivers' mark after the path. Takes down the releases of all.
     void correctRecords(std::vector<DevInfoRecord>& records);
 
     /// The releases under a model's name as of the last enumeration: low half the receiver's, high half the

@@ -1,7 +1,7 @@
 #include "transport/exchange.h"
 
 #include "core/log.h"
-#include "transport/brief_look.h"
+#include "transport/spin_briefly.h"
 
 #include <algorithm>
 #include <condition_variable>
@@ -55,7 +55,7 @@ _error Exchange::exchange(std::span<const std::uint8_t> command, std::span<const
         turn.unlock();
     }
     const auto done = [&] { return entry.answered || ended || deaf; };
-    lookBriefly(done);
+    spinBriefly(done);
     {
         std::unique_lock lock(mutex);
         clock.awaitDevice(Clock::Owed::reply, lock, entry.changed, rules.wait, done);

@@ -21,7 +21,7 @@ namespace pyrux {
 
 /// How a family of devices pairs commands with replies.
 struct ExchangeRules {
-    std::chrono::milliseconds wait{2000};  ///< Time for a reply, behind the write.
+    std::chrono::milliseconds wait{2000};  ///< Time for a reply, after the write.
     std::string_view timeoutText{};        ///< Logged when no reply comes; empty: nothing is.
     int logCategory = 0;                   ///< Category of that line.
     std::size_t reportSize = Report::size; ///< Bytes of a command that go out, the report id included.

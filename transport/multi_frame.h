@@ -8,12 +8,12 @@
 
 namespace pyrux {
 
-/// How a stream of bytes, such as colours, is cut over several frames. P0 of a frame is its number from 0,
-/// with bit 7 set in the last one. The data fill a frame from a report byte to its end, so that a colour may
+/// How a stream of bytes, such as colors, is cut over several frames. P0 of a frame is its number from 0,
+/// with bit 7 set in the last one. The data fill a frame from a report byte to its end, so that a color may
 /// begin in one frame and end in the next.
 struct FrameShape {
     std::size_t firstData; ///< Report byte at which the data of the first frame begin,
-    std::size_t nextData;  ///< and those of the frames behind it.
+    std::size_t nextData;  ///< and those of the frames after it.
 
     constexpr std::size_t dataByte(std::size_t frame) const { return frame == 0 ? firstData : nextData; }
     constexpr std::size_t room(std::size_t frame) const { return Report::size - dataByte(frame); }

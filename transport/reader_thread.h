@@ -20,8 +20,8 @@ namespace pyrux {
 struct ReaderRules {
     std::size_t reportSize = 65; ///< Bytes asked for, and kept of a report.
     int survivedFailures = 30;   ///< The next failed read ends the thread; counted over its whole life.
-    std::chrono::milliseconds failurePause{100}; ///< Pause behind a failed read that is survived.
-    std::chrono::milliseconds polledPause{0}; ///< Pause behind a look at a polled channel that found nothing.
+    std::chrono::milliseconds failurePause{100}; ///< Pause after a failed read that is survived.
+    std::chrono::milliseconds polledPause{0}; ///< Pause after a look at a polled channel that found nothing.
     std::string failureText{};                ///< Logged when the thread gives up.
     /// Category of that line; none: it goes to the debug output alone, whatever the log's settings.
     std::optional<int> logCategory = systemCategory;

@@ -38,7 +38,7 @@ public:
         return copy;
     }
 
-    /// A copy with `values` from a report byte on; what would stand behind the report's end is left out.
+    /// A copy with `values` from a report byte on; what would stand after the report's end is left out.
     constexpr ReportOf at(std::size_t byte, std::span<const std::uint8_t> values) const
     {
         ReportOf copy = *this;

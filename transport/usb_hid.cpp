@@ -10,7 +10,7 @@ namespace pyrux {
 namespace {
 
 /// A read is cut into slices of this length, and closing a device waits no longer than this. Where the system
-/// can wait for a device and for the end of its reads at once, that takes over behind a slice of silence.
+/// can wait for a device and for the end of its reads at once, that takes over after a slice of silence.
 constexpr int sliceMs = 100;
 
 /// One wake-up a second for a silent device, should ever a word get lost.

@@ -2,7 +2,7 @@
 
 #include "core/boundary.h"
 #include "platform/threads.h"
-#include "transport/brief_look.h"
+#include "transport/spin_briefly.h"
 
 #include <algorithm>
 #include <atomic>
@@ -41,7 +41,7 @@ public:
         state = State::full;
         changed.notify_all();
         lock.unlock();
-        lookBriefly([&] { return state == State::empty; });
+        spinBriefly([&] { return state == State::empty; });
         lock.lock();
         if (clock.awaitDevice(Clock::Owed::write, lock, changed, limit,
                               [&] { return state == State::empty; }))
@@ -90,7 +90,7 @@ private:
                 break;
             changed.notify_all();
             lock.unlock();
-            lookBriefly([&] { return state == State::full || ending; });
+            spinBriefly([&] { return state == State::full || ending; });
             lock.lock();
         }
         state = State::ended;

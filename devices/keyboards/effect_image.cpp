@@ -171,7 +171,7 @@ class Memory {
 public:
     explicit Memory(std::span<const std::uint8_t> bytes) : bytes(bytes) {}
 
-    /// All bytes from a place on; none behind the end.
+    /// All bytes from a place on; none after the end.
     std::span<const std::uint8_t> from(std::size_t place) const
     {
         return bytes.subspan(std::min(place, bytes.size()));
@@ -274,7 +274,7 @@ private:
             cache.multilayer[layer] = frames[(*effects)[layer] ? layer + 1 : 0].effect;
     }
 
-    /// Deliberate: a zone that cannot be read is left out, and those behind it move up.
+    /// Deliberate: a zone that cannot be read is left out, and those after it move up.
     void takeZones(const std::vector<Frame>& frames)
     {
         std::size_t taken = 0;
@@ -402,7 +402,7 @@ bool readImage(const EffectLayout& layout, const Descriptors& descriptors,
 bool addMissingEffects(const EffectLayout& layout, EffectCache& cache)
 {
     constexpr EffectRecord fresh;
-    constexpr std::uint8_t partlyNew = 10; // gets its colour and direction anew too
+    constexpr std::uint8_t partlyNew = 10; // gets its color and direction anew too
     if (cache.slots[layout.rain].effectId == layout.rain)
         return false;
     makeFresh(cache.slots[layout.rain], layout.rain);

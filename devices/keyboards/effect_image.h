@@ -57,7 +57,7 @@ struct EffectImage {
     std::vector<std::uint8_t> memory;
 };
 
-/// The image of all effects: records, masks and header of one behind those of the other.
+/// The image of all effects: records, masks and header of one after those of the other.
 /// @return no value: an effect in the cache has no record
 std::optional<EffectImage> storedImage(const EffectLayout& layout, const EffectCache& cache);
 

@@ -22,7 +22,7 @@ constexpr Report setPreviewPage{0x56, 0x83}; // 3: page, 5 to 64
 } // namespace cmd
 
 constexpr std::size_t pageBytes = 60;
-constexpr std::size_t memoryBytes = 3072; // what lies behind the last page reads as zeros
+constexpr std::size_t memoryBytes = 3072; // what lies after the last page reads as zeros
 
 /// Whether a reply is the answer to a command.
 bool answers(const Reply& reply, const Report& command)
@@ -99,7 +99,7 @@ _error EffectMemory::preview(std::uint8_t effect, const EffectData& data)
     const Report announcement = cmd::previewEffect.at(5, effect).at(9, row.frames).at32(13, row.word);
     if (const _error failure = link.get(announcement, reply, keys::numberedMatch))
         return failure;
-    // Deliberate: an image of whole pages has one more, empty page behind it.
+    // Deliberate: an image of whole pages has one more, empty page after it.
     for (std::size_t page = 0; page <= image->size() / pageBytes; ++page)
         if (const _error failure =
                 link.get(pageOf(cmd::setPreviewPage, *image, page), reply, keys::numberedMatch))

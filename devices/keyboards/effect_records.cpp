@@ -26,41 +26,41 @@ constexpr SpeedColumns backwardSpeeds{
 
 } // namespace
 
-// Sizes are those of the device's table, but for the custom effect, whose colours are not counted here.
+// Sizes are those of the device's table, but for the custom effect, whose colors are not counted here.
 // The device knows one more opcode, 10 A0, which no effect has: such a record is refused as unknown.
 // clang-format off
 constinit const std::array<RecordForm, 19> statusKeyboardForms{{
-    {.effectId = 0, .opcode = {0x00, 0x01}, .size = 16, .head = still, .coloured = true},
+    {.effectId = 0, .opcode = {0x00, 0x01}, .size = 16, .head = still, .colored = true},
     {.effectId = 1, .opcode = {0x00, 0x32}, .size = 20, .head = still, .optionByte = 13,
      .speeds = {{{4, {23, 13, 7, 9, 8}}, {14, {1, 4, 6, 12, 17}}}},
      .fixed = {{{8, {0xFF, 0xFF, 0xFF}}, {16, {0x00, 0x04, 0x08, 0x00}}}}},
-    {.effectId = 2, .opcode = {0x00, 0x80}, .size = 20, .head = moving, .coloured = true,
+    {.effectId = 2, .opcode = {0x00, 0x80}, .size = 20, .head = moving, .colored = true,
      .direction = {0, 2}, .directedOpcode = 0x04, .speeds = waveSpeeds,
      .fixed = {{{15, {0x01, 0x03}}}}, .telling = TellingByte{16, 0x03}},
-    {.effectId = 3, .opcode = {0x00, 0x80}, .size = 20, .head = moving, .coloured = true,
+    {.effectId = 3, .opcode = {0x00, 0x80}, .size = 20, .head = moving, .colored = true,
      .direction = {0, 2}, .directedOpcode = 0x04, .speeds = waveSpeeds, .telling = TellingByte{16, 0x00}},
     {.effectId = 4, .opcode = {0x80, 0x01}, .size = customColors, .head = 0x00, .matrix = true,
      .fixed = {{{4, {0xFF}}, {10, {0xFF}}}}},
-    {.effectId = 5, .opcode = {0x00, 0x40}, .size = 24, .head = moving, .coloured = true,
+    {.effectId = 5, .opcode = {0x00, 0x40}, .size = 24, .head = moving, .colored = true,
      .direction = {0, 2}, .directedOpcode = 0x08,
      .speeds = {{{4, {23, 14, 8, 10, 10}}, {14, {1, 1, 1, 2, 4}}}},
      .fixed = {{{16, {0x01, 0x10, 0x08, 0x01, 0x10}}}}},
-    {.effectId = 6, .opcode = {0x81, 0x40}, .size = 24, .head = moving, .coloured = true,
+    {.effectId = 6, .opcode = {0x81, 0x40}, .size = 24, .head = moving, .colored = true,
      .direction = {0, 2}, .speeds = dropSpeeds,
      .fixed = {{{14, {3}}, {17, {0xFF, 0x10, 0x10, 0x01, 0x40}}}}, .telling = TellingByte{21, 0x40}},
     {.effectId = 7, .opcode = {0x00, 0x31}, .size = 20, .head = still,
      .speeds = {{{4, {16, 12, 8, 4, 0}}}}, .fixed = {{{8, {0x40, 0x00, 0xFF}}, {14, {3}}}}},
-    {.effectId = 8, .opcode = {0x00, 0x30}, .size = 20, .head = still, .coloured = true,
+    {.effectId = 8, .opcode = {0x00, 0x30}, .size = 20, .head = still, .colored = true,
      .direction = {1, 3}, .speeds = {{{4, {8, 10, 12, 7, 9}}, {14, {1, 2, 4, 4, 9}}}}},
-    {.effectId = 9, .opcode = {0x01, 0x82}, .size = 20, .head = moving, .coloured = true,
+    {.effectId = 9, .opcode = {0x01, 0x82}, .size = 20, .head = moving, .colored = true,
      .direction = {0, 2}, .speeds = sweepSpeeds, .fixed = {{{14, {1}}, {17, {0x01}}}},
      .telling = TellingByte{17, 0x01}},
-    {.effectId = 10, .opcode = {0x28, 0x80}, .size = 16, .head = moving, .coloured = true,
+    {.effectId = 10, .opcode = {0x28, 0x80}, .size = 16, .head = moving, .colored = true,
      .direction = {0, 2}, .speeds = {{{4, {14, 10, 7, 4, 1}}}}, .fixed = {{{14, {1}}}}},
-    {.effectId = 11, .opcode = {0x20, 0xA0}, .size = 20, .head = moving, .coloured = true,
+    {.effectId = 11, .opcode = {0x20, 0xA0}, .size = 20, .head = moving, .colored = true,
      .direction = {0, 2}, .speeds = {{{4, {32, 32, 32, 32, 32}}, {14, {1, 2, 3, 5, 9}}}},
      .fixed = {{{16, {0x02, 0xFF, 0x00, 0x03}}}}, .telling = TellingByte{16, 0x02}},
-    {.effectId = 12, .opcode = {0x20, 0xA0}, .size = 20, .head = moving, .coloured = true,
+    {.effectId = 12, .opcode = {0x20, 0xA0}, .size = 20, .head = moving, .colored = true,
      .direction = {0, 2}, .speeds = {{{4, {16, 16, 16, 16, 16}}, {14, {1, 2, 3, 5, 9}}}},
      .fixed = {{{16, {0x01, 0x08, 0x09, 0x04}}}}, .telling = TellingByte{16, 0x01}},
     {.effectId = 13, .opcode = {0x00, 0x34}, .size = 24, .head = still,
@@ -69,11 +69,11 @@ constinit const std::array<RecordForm, 19> statusKeyboardForms{{
     {.effectId = 14, .opcode = {0x00, 0x83}, .size = 24, .head = still,
      .speeds = forwardSpeeds, .reversed = backwardSpeeds,
      .fixed = {{{4, {4}}, {10, {0xFF}}, {19, {0x00, 0x30, 0x00, 0x10}}}}},
-    {.effectId = 15, .opcode = {0x01, 0x82}, .size = 20, .head = moving, .coloured = true,
+    {.effectId = 15, .opcode = {0x01, 0x82}, .size = 20, .head = moving, .colored = true,
      .direction = {0, 2}, .speeds = sweepSpeeds, .fixed = {{{14, {6}}, {17, {0x90, 0x14, 0x20}}}},
      .telling = TellingByte{17, 0x90}},
     {.effectId = 16, .opcode = {0x10, 0x00}, .size = 8, .head = still, .bright = false},
-    {.effectId = 17, .opcode = {0x81, 0x40}, .size = 24, .head = moving, .coloured = true,
+    {.effectId = 17, .opcode = {0x81, 0x40}, .size = 24, .head = moving, .colored = true,
      .direction = {0, 2}, .speeds = dropSpeeds,
      .fixed = {{{14, {3}}, {17, {0x18, 0x04, 0x10, 0x01}}}}, .telling = TellingByte{21, 0x00}},
     {.effectId = 20, .opcode = {0x04, 0xF0}, .size = shortest, .head = still, .bright = false},
@@ -156,7 +156,7 @@ std::optional<std::vector<std::uint8_t>> encodeRecord(std::span<const RecordForm
         for (std::size_t i = 0; i < bytes.values.size(); ++i)
             if (bytes.values[i])
                 record[bytes.from + i] = bytes.values[i];
-    if (form->coloured)
+    if (form->colored)
         std::ranges::copy(std::array{effect.red, effect.green, effect.blue}, record.begin() + colorByte);
     if (form->bright)
         record[brightnessByte] = effect.brightness;
@@ -182,7 +182,7 @@ std::optional<EffectRecord> decodeRecord(std::span<const RecordForm> all,
     const auto record = memory.first(form->size);
     EffectRecord effect = clearedEffect;
     effect.effectId = form->effectId;
-    if (form->coloured) {
+    if (form->colored) {
         effect.red = record[colorByte];
         effect.green = record[colorByte + 1];
         effect.blue = record[colorByte + 2];

@@ -33,16 +33,16 @@ struct TellingByte {
 };
 
 /// The device record of one effect: a program for the device's lights. Two opcode bytes, a zero, then
-/// parameters: 3 head, 4 period, 5 10 behind a head of 80, 8 to 10 colour, 11 brightness, 12 direction, 14
+/// parameters: 3 head, 4 period, 5 10 after a head of 80, 8 to 10 color, 11 brightness, 12 direction, 14
 /// step, and some of each effect's own. Multiples of 4 bytes.
 struct RecordForm {
     std::uint8_t effectId;
     std::array<std::uint8_t, 2> opcode;
     std::uint8_t size;
     std::uint8_t head;
-    bool coloured = false;
+    bool colored = false;
     bool bright = true;
-    bool matrix = false; ///< The colours of the LEDs stand behind it.
+    bool matrix = false; ///< The colors of the LEDs stand after it.
     std::optional<std::uint8_t> optionByte{};
     std::array<std::uint8_t, 2> direction{};      ///< Byte 12 without and with it; equal: there is none.
     std::optional<std::uint8_t> directedOpcode{}; ///< First opcode byte with a direction, told by that alone.
@@ -61,7 +61,7 @@ extern const std::array<RecordForm, 19> statusKeyboardForms;
 /// A record without anything in it.
 inline constexpr EffectRecord clearedEffect{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
 
-/// The device record of an effect. That of the custom effect has its colours behind it.
+/// The device record of an effect. That of the custom effect has its colors after it.
 /// @return no value: an effect without a device record
 std::optional<std::vector<std::uint8_t>> encodeRecord(std::span<const RecordForm> forms,
                                                       const EffectRecord& effect,
@@ -72,7 +72,7 @@ std::optional<std::vector<std::uint8_t>> encodeRecord(std::span<const RecordForm
 std::optional<EffectRecord> decodeRecord(std::span<const RecordForm> forms,
                                          std::span<const std::uint8_t> memory);
 
-/// Where the colours stand in the record of the custom effect.
+/// Where the colors stand in the record of the custom effect.
 inline constexpr std::size_t customColors = 16;
 
 } // namespace pyrux

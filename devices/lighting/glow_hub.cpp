@@ -47,7 +47,7 @@ constexpr FrameShape portShape{.firstData = 5, .nextData = 2};
 constexpr FrameShape colorShape{.firstData = 6, .nextData = 2};
 constexpr std::size_t colorFrames = colorShape.frames(3 * ledsPerPort);
 constexpr std::uint32_t stripZone = 5;
-constexpr std::size_t stripLane = 4; // behind those of the ports
+constexpr std::size_t stripLane = 4; // after those of the ports
 constexpr std::size_t uidBytes = 32;
 constexpr std::uint8_t followingMode = 12;
 constexpr std::uint8_t followingRgbMode = 7;
@@ -419,7 +419,7 @@ _error GLOW_HUB::resetData()
         return E_OK;
     record = resting;
     record.mode = followingMode;
-    setEffectParameter(&record); // deliberate: `followMode` stays set behind the next report
+    setEffectParameter(&record); // deliberate: `followMode` stays set after the next report
     write(cmd::portsBack);
     return E_OK;
 }

@@ -29,7 +29,7 @@ constexpr Report setFollow{0x80, 0x18, 0x02};              // 4: source, 5: flag
 namespace {
 
 constexpr std::uint32_t portCount = 4;
-constexpr std::uint32_t stripZone = 5; // in the lane behind those of the ports
+constexpr std::uint32_t stripZone = 5; // in the lane after those of the ports
 constexpr std::size_t colorBytes = 3;
 constexpr std::size_t customBytes = 12 * colorBytes;
 constexpr std::uint8_t shiftedEffect = 3; // its param is less one on the wire

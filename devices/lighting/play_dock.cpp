@@ -13,9 +13,9 @@ constexpr Report getEffect{0x80, 0x03, 0x01, 0xFF};    // reply 3: see `EffectBy
 constexpr Report setEffect{0x80, 0x03, 0x02, 0xFF};    // 5: see `EffectBytes`
 constexpr Report getAnyEffect{0x80, 0x04, 0x01, 0xFF}; // 5: effect; reply as `getEffect`
 constexpr Report setMode{0x80, 0x06, 0x02, 0xFF};      // 5: effect
-constexpr Report zoneFrame{0x80, 0x09};                // 3: zone, 4: 1 for one colour, 5 to 7: colour
-constexpr Report getBottom{0x80, 0x11, 0x01, 0xFF};    // reply 3 to 5: colour
-constexpr Report setBottom{0x80, 0x11, 0x02, 0xFF};    // 5 to 7: colour
+constexpr Report zoneFrame{0x80, 0x09};                // 3: zone, 4: 1 for one color, 5 to 7: color
+constexpr Report getBottom{0x80, 0x11, 0x01, 0xFF};    // reply 3 to 5: color
+constexpr Report setBottom{0x80, 0x11, 0x02, 0xFF};    // 5 to 7: color
 constexpr Report save{0x80, 0xB0, 0x02};
 constexpr Report resetConfig{0x80, 0xB1, 0x02};
 constexpr Report getVersion{0x80, 0xB4, 0x01}; // reply 3: version
@@ -131,7 +131,7 @@ PLAY_DOCK::PLAY_DOCK(const std::string& path)
 _error PLAY_DOCK::setLightingInit()
 {
     queue().minGapMs =
-        minGapMs; // deliberate: the pace stays slow, and the gap stays behind `setLightingUninit`
+        minGapMs; // deliberate: the pace stays slow, and the gap stays after `setLightingUninit`
     queue().clearLanes();
     const _error result = EnterDeviceControl(__func__, true);
     setLightingTurnOff();

@@ -223,7 +223,7 @@ _error StrandController::setLightingPortColor(const LightingPortColor* color)
             continue;
         const std::optional<Zone> zone = Zone::ofPortColor(code);
         if (!zone)
-            break; // deliberate: what stands behind it is not painted
+            break; // deliberate: what stands after it is not painted
         paint(*zone, colors);
     }
     return E_OK;
@@ -534,7 +534,7 @@ _error StrandController::getOverlayEffectParameterAll(StrandOverlayParam* overla
     return E_OK;
 }
 
-/// Deliberate: parameter A goes ahead of the color, parameter B behind it.
+/// Deliberate: parameter A goes ahead of the color, parameter B after it.
 _error StrandController::writeEffect(std::string_view operation, const StrandEffectParam& effect)
 {
     const std::array bytes{effect.effect,     std::uint8_t(effect.speed - 1),

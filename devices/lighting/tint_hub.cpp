@@ -36,7 +36,7 @@ constexpr std::uint32_t portCount = 4;
 constexpr std::size_t colorBytes = 3;
 constexpr std::size_t portBytes = portCount * colorBytes;
 constexpr std::size_t framePorts = 5;         // byte of the first port in a direct frame
-constexpr std::uint8_t multiColorMode = 4;    // shows the colours of the ports
+constexpr std::uint8_t multiColorMode = 4;    // shows the colors of the ports
 constexpr std::uint8_t multilayerMode = 0xE0; // shows the layers
 constexpr std::uint8_t lastLevelledMode = 3;  // modes above have brightness as it stands
 constexpr std::uint8_t noLevel = 0xFF;
@@ -56,7 +56,7 @@ constexpr std::array<SpeedTable, 3> speedTables{{
 }};
 constexpr Codes brightnessCodes{63, 90, 127, 153, 255};
 constexpr Codes dimmerCodes{63, 90, 127, 153, 223};
-constexpr std::uint8_t dimmerMode = 2; // it also has colours of its own
+constexpr std::uint8_t dimmerMode = 2; // it also has colors of its own
 
 constexpr ControllerTraits traits{
     .model = TINT_HUB::model, .mode = usbHid::Mode::blocking, .wait = std::chrono::milliseconds(1500)};
@@ -158,7 +158,7 @@ _error TINT_HUB::setLightingPortColor(const LightingPortColor* color)
     return E_OK;
 }
 
-/// Deliberate: does nothing; a port is one colour.
+/// Deliberate: does nothing; a port is one color.
 _error TINT_HUB::setSyncLightingData(const std::vector<LightingLedZone>&)
 {
     return E_OK;

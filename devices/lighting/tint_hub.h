@@ -46,9 +46,9 @@ private:
                        std::span<const std::uint8_t> color);
     void commitPortMultiColor();
 
-    std::atomic<bool> pendingCommit{false}; ///< Colours of the ports are not stored yet.
+    std::atomic<bool> pendingCommit{false}; ///< Colors of the ports are not stored yet.
     std::mutex frameMutex;                  ///< Guards `frame`.
-    Report frame; ///< The last colours of slot 2. Deliberate: without a head before the first slot 0.
+    Report frame; ///< The last colors of slot 2. Deliberate: without a head before the first slot 0.
 };
 
 class PYRUX_TINT final : public LitHost<HostObject<TINT_HUB, PYRUX_TINT_Base>> {

@@ -87,7 +87,7 @@ bool isPossible(std::span<const PsuFanPoint<std::uint16_t>> curve)
     return true;
 }
 
-/// One or two digits from `place` on, which goes behind them; none where there are none, or more.
+/// One or two digits from `place` on, which goes after them; none where there are none, or more.
 std::optional<std::uint8_t> shortNumber(const Reply& reply, std::size_t& place)
 {
     Digits digits;

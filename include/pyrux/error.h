@@ -3,7 +3,7 @@
 #include <cstdint>
 
 // Windows headers define E_FAIL as a macro. A host that includes them can still include this header, before
-// or behind them; it then writes _error(-1) where it needs that one member.
+// or after them; it then writes _error(-1) where it needs that one member.
 #pragma push_macro("E_FAIL")
 #undef E_FAIL
 

@@ -10,7 +10,7 @@
 
 #pragma pack(push, 1)
 
-/// Colours of the 48 LEDs of a port.
+/// Colors of the 48 LEDs of a port.
 struct ArgbCustomBuffer {
     std::uint8_t unused[4]; ///< Neither read nor written.
     RgbColor leds[48];
@@ -23,7 +23,7 @@ struct ArgbEffectNotify {
     std::uint8_t colorSource; ///<
     std::uint8_t speed;       ///< From 1.
     std::uint8_t brightness;  ///< Of the ports only.
-    std::uint8_t parameter;   ///< Of the ports only; the byte behind the brightness.
+    std::uint8_t parameter;   ///< Of the ports only; the byte after the brightness.
     std::uint8_t unused[2];   ///< 0
 };
 
@@ -82,14 +82,14 @@ struct PYRUX_GLOW_Base : DEV_LIGHTING {
     /// @param record  `port` filled in by the caller; counted down in place before the device is asked
     /// @return E_INVALID_SET: port outside 1 to 4, `port` counted down
     /// @note Wire: status | 80 0B 01 mask, reply 80 0B 03: P4 mode, P5 colorSource, P6 speed-1, P7
-    ///       brightness, with colorSource 16 also P8 to P10 the colour
+    ///       brightness, with colorSource 16 also P8 to P10 the color
     /// @note Waits at most 4 s, 2 s for a device that answers nothing.
     virtual _error getEffectParameter(ArgbEffectParam* record) = 0;
 
-    /// Slot 7. Sets the colours of a port's LEDs, through the queue. When mode 12 was set before, the ports
+    /// Slot 7. Sets the colors of a port's LEDs, through the queue. When mode 12 was set before, the ports
     /// are taken back first.
     /// @param port  1 to 4; deliberately unchecked, a number up to 20 goes out. Above: E_INVALID_SET.
-    /// @note Wire: 80 01 01 behind mode 12; three reports: 00 10 02 port-1 30 with bytes 4 to 62 of the
+    /// @note Wire: 80 01 01 after mode 12; three reports: 00 10 02 port-1 30 with bytes 4 to 62 of the
     ///       buffer from P5 | 01 with bytes 63 to 125 from P1 | 82 with bytes 126 to 147 from P1
     /// @note Waits at most 1 s.
     virtual _error setEffectCustomize(std::uint8_t port, const ArgbCustomBuffer* buffer) = 0;
@@ -112,7 +112,7 @@ struct PYRUX_GLOW_Base : DEV_LIGHTING {
     /// Slot 10. Reads the strip's effect. While the host drives the strip: mode 7, colorSource 0, speed 1,
     /// the rest as it was.
     /// @note Wire: status | 80 0A 01, reply 80 0A 03: P3 mode, P4 colorSource, P5 speed-1, with colorSource
-    ///       16 also P6 brightness and P7 to P9 the colour
+    ///       16 also P6 brightness and P7 to P9 the color
     /// @note Waits at most 4 s, 2 s for a device that answers nothing.
     virtual _error getRgbLightingEffectParameter(ArgbEffectParam* record) = 0;
 

@@ -56,8 +56,8 @@ using GlowHub2NotifyCallback = void (*)(GlowHub2Notify record);
 /// Slots: the operations stand in the order of the object's virtual table; a host that does not use this
 /// header calls the N-th entry.
 ///
-/// Lights (slots 0 to 4): zones 1 to 4 are the ports, each of one colour; zone 5 is the strip. Slot 2 takes a
-/// `LightingPortColorOf<5>`. Slot 3 takes the colour of the first LED that a zone lists, and skips a zone
+/// Lights (slots 0 to 4): zones 1 to 4 are the ports, each of one color; zone 5 is the strip. Slot 2 takes a
+/// `LightingPortColorOf<5>`. Slot 3 takes the color of the first LED that a zone lists, and skips a zone
 /// without LEDs. Frames go out at least 10 ms apart between slots 0 and 1 while the host is fast. Slot 0
 /// itself sends only the dark frames of slot 4: a frame is what takes the lights over. Wire of slot 1: 80 16
 /// 02 04; a port's frame: 80 16 02 02 port(0 to 3) red green blue; the strip's: 80 16 02 01 00 red green
@@ -93,7 +93,7 @@ struct PYRUX_GLOW2_Base : DEV_LIGHTING {
     /// @note Waits at most 2 s, 1 s for a device that answers nothing.
     virtual _error getARGBEffectParameter(std::uint8_t port, std::uint8_t* bytes) = 0;
 
-    /// Slot 7. Sets the colours of twelve LEDs, through the queue.
+    /// Slot 7. Sets the colors of twelve LEDs, through the queue.
     /// @param port  1 to 4
     /// @param rgb   twelve times red, green, blue
     /// @note Wire: 80 10 02 0F 0C and the 36 bytes from P5
@@ -103,7 +103,7 @@ struct PYRUX_GLOW2_Base : DEV_LIGHTING {
     /// Slot 8. Reads them.
     /// @param port  1 to 4
     /// @param rgb   room for 36 bytes
-    /// @note Wire: request 80 10 01 0F 0C, reply 80 10 03 and the colours from P5
+    /// @note Wire: request 80 10 01 0F 0C, reply 80 10 03 and the colors from P5
     /// @note Waits at most 2 s, 1 s for a device that answers nothing.
     virtual _error getARGBCustomize(std::uint8_t port, std::uint8_t* rgb) = 0;
 
@@ -125,13 +125,13 @@ struct PYRUX_GLOW2_Base : DEV_LIGHTING {
     /// @note Waits at most 2 s, 1 s for a device that answers nothing.
     virtual _error getRGBEffectParameter(std::uint8_t* mode, std::uint8_t* param, std::uint8_t* speed) = 0;
 
-    /// Slot 12. Sets the strip's own colour, three bytes, and effect 4, which shows it.
+    /// Slot 12. Sets the strip's own color, three bytes, and effect 4, which shows it.
     /// @note Wire: 80 11 02 red green blue | request 80 0A 02 04
     /// @note Waits at most 3 s, 1 s for a device that answers nothing.
     virtual _error setRGBCustomize(const std::uint8_t* rgb) = 0;
 
-    /// Slot 13. Reads that colour.
-    /// @note Wire: request 80 11 01, reply 80 11 03 and the colour from P3
+    /// Slot 13. Reads that color.
+    /// @note Wire: request 80 11 01, reply 80 11 03 and the color from P3
     /// @note Waits at most 2 s, 1 s for a device that answers nothing.
     virtual _error getRGBCustomize(std::uint8_t* rgb) = 0;
 

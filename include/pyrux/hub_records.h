@@ -8,7 +8,7 @@
 
 #pragma pack(push, 1)
 
-/// One colour among several.
+/// One color among several.
 struct RgbColor {
     std::uint8_t red, green, blue;
 };
@@ -17,7 +17,7 @@ struct RgbColor {
 struct ArgbEffectParam {
     std::uint8_t port;             ///< 1 to 4. Some operations count it down in place.
     std::uint8_t mode;             ///< Effect number of the device.
-    std::uint8_t colorSource;      ///< 16: the colour below counts, and is read back.
+    std::uint8_t colorSource;      ///< 16: the color below counts, and is read back.
     std::uint8_t speed;            ///< From 1; the wire carries it less one.
     std::uint8_t brightness;       ///< Sent as it stands.
     std::uint8_t red, green, blue; ///< Meaningful with `colorSource` 16.
@@ -33,5 +33,5 @@ static_assert(offsetof(ArgbEffectParam, speed) == 3 && offsetof(ArgbEffectParam,
 static_assert(offsetof(ArgbEffectParam, red) == 5 && offsetof(ArgbEffectParam, green) == 6 &&
               offsetof(ArgbEffectParam, blue) == 7);
 
-/// `colorSource` of an effect that has a colour of its own.
+/// `colorSource` of an effect that has a color of its own.
 inline constexpr std::uint8_t argbOwnColor = 16;

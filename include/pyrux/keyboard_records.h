@@ -37,8 +37,8 @@ enum StatusEffectType : std::uint32_t {
 /// Effect numbers with a meaning of their own. The others are general effects: the device plays them by
 /// itself, and defines what they look like.
 enum KeyboardEffect : std::uint8_t {
-    EFFECT_STEADY = 0,         ///< One colour.
-    EFFECT_CUSTOM = 4,         ///< One colour per LED: `setCustomEffect`.
+    EFFECT_STEADY = 0,         ///< One color.
+    EFFECT_CUSTOM = 4,         ///< One color per LED: `setCustomEffect`.
     EFFECT_EMPTY = 16,         ///< Nothing, for a layer or a zone without effect.
     EFFECT_RAIN = 17,          ///< A general effect that older devices do not have in their memory.
     EFFECT_MULTILAYER = 18,    ///< Four effects on top of each other: `setMultilayerEffect`.
@@ -71,7 +71,7 @@ struct KeyMapTable {
 struct MacroEvent {
     std::uint16_t code;  ///< Key code, 10 bits, or a `MacroCode`.
     std::uint8_t kind;   ///< 0 and 1: two key classes; a code of the wheel always reads back with 2.
-    std::uint16_t delay; ///< Pause behind the event, in the device's unit, which keeps 15 bits.
+    std::uint16_t delay; ///< Pause after the event, in the device's unit, which keeps 15 bits.
 };
 
 /// Argument of `setMacro` and `getMacro`.
@@ -95,7 +95,7 @@ struct MacroList {
 /// 0.
 struct EffectRecord {
     std::uint8_t effectId = 0;                       ///< Effect number.
-    std::uint8_t red = 255, green = 255, blue = 255; ///< Main colour.
+    std::uint8_t red = 255, green = 255, blue = 255; ///< Main color.
     std::uint8_t speed = 3;                          ///< 1 (slow) to 5; any other value acts as 5.
     std::uint8_t option = 0;                         ///< Of effect 1; effects 13 and 14: 4 runs in reverse.
     std::uint8_t brightness = 255;                   ///< 0 to 255.

@@ -29,7 +29,7 @@ enum LedMouseEvent : std::uint32_t {
 /// header calls the N-th entry. The model's own interface goes on after them.
 ///
 /// Lights (slots 0 to 4): slot 2 is not supported. The zone numbers of slot 3 do not matter; a LED's index
-/// goes out as one byte. A frame has places for 15 LEDs: what is listed behind them, or has an index above
+/// goes out as one byte. A frame has places for 15 LEDs: what is listed after them, or has an index above
 /// 255, is left out. Frames go out at least 10 ms apart between slots 0 and 1 while the host is fast.
 /// Wire of slot 0: 41 02 | C0 F0 00 00 01 | C0 00; slot 1: 41 00; slot 3: C0 01 count 00 and four bytes for
 /// each LED, index red green blue; slot 4: C0 00. Slots 0 and 1 give E_NOT_OPEN for a closed channel and
@@ -86,7 +86,7 @@ struct LED_MOUSE_Base : DEV_LIGHTING {
 
     /// Slot 11. Sets the parameters of an effect and chooses it.
     /// @return E_INVALID_SET: a mode that the model does not have, nothing sent; E_INVALID_PARAM: mode 1 or 2
-    ///         with a speed outside 1 to 5, behind 41 80
+    ///         with a speed outside 1 to 5, after 41 80
     /// @note Wire: 41 80 | 51 2B 00 00 mode speed direction FF FF brightness red green blue | 41 80 |
     ///       51 28 00 00 mode. Speeds 1 to 5 go out as 60 55 49 44 38 (decimal) in mode 1 and as
     ///       50 45 40 35 30 in mode 2; the direction of mode 1 as 160 or 32, of other modes as 0; the
@@ -153,7 +153,7 @@ struct LED_MOUSE_Base : DEV_LIGHTING {
     /// @note Waits at most 3 s, 2 s for a device that answers nothing.
     virtual _error stopRecordMacro() = 0;
 
-    /// Slot 22. Puts a macro on a button. Writes the end event {0, 3, 0xFFFF} behind the record's last event.
+    /// Slot 22. Puts a macro on a button. Writes the end event {0, 3, 0xFFFF} after the record's last event.
     /// @note Waits at most 57 s, 4 s for a device that answers nothing.
     virtual _error setMacro(MouseMacroRecord* macro) = 0;
 

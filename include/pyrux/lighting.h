@@ -10,7 +10,7 @@
 /// @file
 /// Lights that a host drives by itself, frame by frame.
 
-/// One colour for several zones, as `setLightingPortColor` takes it: the head of a `LightingPortColorOf` with
+/// One color for several zones, as `setLightingPortColor` takes it: the head of a `LightingPortColorOf` with
 /// as many zones as the device has, which the record itself does not tell.
 struct LightingPortColor {};
 
@@ -65,7 +65,7 @@ struct DEV_LIGHTING {
     /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error setLightingUninit() { return E_NOT_SUPPORTED; }
 
-    /// Slot 2. Paints the listed zones in one colour.
+    /// Slot 2. Paints the listed zones in one color.
     /// @param color  a `LightingPortColorOf` with the number of zones that the device states
     /// @note Waits at most 1 s.
     virtual _error setLightingPortColor(const LightingPortColor* /*color*/) { return E_NOT_SUPPORTED; }

@@ -44,7 +44,7 @@ struct PerformanceRecord {
 struct MouseMacroEvent {
     std::uint16_t code;  ///< Key code, 10 bits, or `KEY_STEP_UP` or `KEY_STEP_DOWN`.
     std::uint8_t kind;   ///< 0 and 1: two key classes; 2: the third one.
-    std::uint16_t delay; ///< Pause behind the event; the device keeps 15 bits.
+    std::uint16_t delay; ///< Pause after the event; the device keeps 15 bits.
 };
 
 /// Argument of `setMacro` and `getMacro`.

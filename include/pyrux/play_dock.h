@@ -25,7 +25,7 @@ struct PlayDockEffect {
 
 /// A light that was changed on the device itself. Bytes that are not named with a kind are FF.
 struct PlayDockNotify {
-    std::uint8_t kind; ///< 0 top and body; 1 bottom, with the colour alone.
+    std::uint8_t kind; ///< 0 top and body; 1 bottom, with the color alone.
     /// Of kind 0: all but `unused` and `rate`. Deliberate: `speed` is the byte of the wire plus one, unlike
     /// what a get gives, for effect 0 too.
     PlayDockEffect effect;
@@ -52,7 +52,7 @@ using PlayDockNotifyCallback = void (*)(PlayDockNotify record);
 /// Slots: the operations stand in the order of the object's virtual table; a host that does not use this
 /// header calls the N-th entry.
 ///
-/// Lights (slots 0 to 4): zones 1 to 3. Slot 2 takes a `LightingPortColorOf<3>`. Slot 3 takes the colour of
+/// Lights (slots 0 to 4): zones 1 to 3. Slot 2 takes a `LightingPortColorOf<3>`. Slot 3 takes the color of
 /// the last LED that a zone lists, and skips a zone without LEDs. Frames go out at least 32 ms apart from the
 /// first slot 0 on. Slot 0 asks 80 01 02 01, slot 1 80 01 02, as the operations below; their result is that
 /// of the request, and the dark frames of slot 4 follow slot 0 in any case. Wire of slot 2: 80 09 zone 01 red
@@ -64,7 +64,7 @@ using PlayDockNotifyCallback = void (*)(PlayDockNotify record);
 /// device refuses (04 in P2), which is logged with the operation's full name, ", error code = " and P3 in
 /// decimal; E_WRONG_REPLY: any other reply; E_NOT_OPEN: the channel closes while the call waits.
 ///
-/// Time: requests go out at least 32 ms behind the one before; each waits up to 1 s for its reply, and up to
+/// Time: requests go out at least 32 ms after the one before; each waits up to 1 s for its reply, and up to
 /// 1 s before that for a device that does not take it.
 ///
 /// Threads: any thread may call; calls may overlap.
@@ -81,7 +81,7 @@ struct PYRUX_PLAY_DOCK_Base : DEV_LIGHTING {
     /// Slot 6. Reads the effect that top and body play; `zone` and `unused` stay, and of `speed` and `rate`
     /// the one that the effect does not have.
     /// @param effect  `effect` under 9, though it does not matter otherwise
-    /// @note Wire: 80 03 01 FF, reply: P3 effect, P4 3-speed or rate, P5 to P7 the colour, P8 colorCount, P9
+    /// @note Wire: 80 03 01 FF, reply: P3 effect, P4 3-speed or rate, P5 to P7 the color, P8 colorCount, P9
     ///       effectData, P25 effectExtra, P29 effectTail
     /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getEffectParameter(PlayDockEffect* effect) = 0;
@@ -102,13 +102,13 @@ struct PYRUX_PLAY_DOCK_Base : DEV_LIGHTING {
     /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getEffectMode(std::uint8_t zone, std::uint8_t* effect) = 0;
 
-    /// Slot 10. Sets the colour of the bottom, three bytes.
+    /// Slot 10. Sets the color of the bottom, three bytes.
     /// @note Wire: 80 11 02 FF red green blue
     /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error setBottomEffectParameter(const std::uint8_t* rgb) = 0;
 
     /// Slot 11. Reads it.
-    /// @note Wire: 80 11 01 FF, reply: the colour from P3
+    /// @note Wire: 80 11 01 FF, reply: the color from P3
     /// @note Waits at most 2.032 s, 1.032 s for a device that answers nothing.
     virtual _error getBottomEffectParameter(std::uint8_t* rgb) = 0;
 

@@ -60,7 +60,7 @@ struct PYRUX_PSUCTRL_Base {
 
     /// Slot 5. Tells all measurements, from memory. The power of each rail is its mean voltage times its mean
     /// current.
-    /// @note Log: fifteen lines, each "getPsuCtrlDeviceLog", directly behind it one of these texts, and the
+    /// @note Log: fifteen lines, each "getPsuCtrlDeviceLog", directly after it one of these texts, and the
     ///       number: "TEMP=", "VOUT_V12=", ",IOUT_V12=", ",POUT_V12=", ",VOUT_V5=", ",IOUT_V5=",
     ///       ",POUT_V5=", "VOUT_V3d3=", ",IOUT_V3d3=", ",POUT_V3d3=", ",speed=", ",P_IN=", ",P_OUT=",
     ///       ",V_AC=", "I_AC=". Numbers as a stream writes them: 230.5, 12, 1200.

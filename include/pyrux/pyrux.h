@@ -28,7 +28,7 @@
 /// the first call; it stays valid to the end of the process, and answers -11 once the device has gone. The
 /// result is null when the device cannot be opened.
 
-/// Starts the library's threads. Repeated calls, also behind `pyrux_exit`, do nothing. Always 0.
+/// Starts the library's threads. Repeated calls, also after `pyrux_exit`, do nothing. Always 0.
 /// @note Tells the control application "app_control_on" unless in background mode, and waits for it up to 3 s
 ///       when its pipe is there but busy, and up to 3 s more when it takes the text and does not answer.
 PYRUX_API std::int32_t pyrux_init();
@@ -48,7 +48,7 @@ PYRUX_API std::uint32_t pyrux_background(std::uint8_t flag);
 /// @return `version`.
 PYRUX_API float* pyrux_version(float* version);
 
-/// Exported as `dprintf`: writes a formatted text, behind "[PYRUX]", to the debug output. It has another name
+/// Exported as `dprintf`: writes a formatted text, after "[PYRUX]", to the debug output. It has another name
 /// in C++ because C libraries declare a function of theirs as `dprintf`.
 #if defined(PYRUX_API_NAMES)
 PYRUX_API void pyrux_dprintf(const char* format, ...) PYRUX_API_NAME("dprintf") PYRUX_API_FORMAT(1);

@@ -59,7 +59,7 @@ struct QW_KEYBOARD_Base {
     /// @note Waits at most 4 s, 3 s for a device that answers nothing.
     virtual _error setLightingUninit() = 0;
 
-    /// Slot 2. Paints the whole keyboard in one colour.
+    /// Slot 2. Paints the whole keyboard in one color.
     /// @param rgb  three bytes
     /// @note Wire: C0 00 00 00 red green blue, through the queue. Before the first `setLightingInit` the
     ///       report has no command yet, 00 00 00 00 red green blue.
@@ -136,7 +136,7 @@ struct QW_KEYBOARD_Base {
     /// @note Waits at most 176 s, 6 s for a device that answers nothing.
     virtual _error stopRecordMacro() = 0;
 
-    /// Slot 14. Writes a macro; `triggerMode` 3 deletes it. Writes the end mark {0, 3, 0xFFFF} behind the
+    /// Slot 14. Writes a macro; `triggerMode` 3 deletes it. Writes the end mark {0, 3, 0xFFFF} after the
     /// record's last event.
     /// @return E_OK, also when replies are missing; E_INVALID_SET: `index` above 19, `eventCount` above 198
     ///         or `triggerMode` above 3, nothing sent
@@ -156,7 +156,7 @@ struct QW_KEYBOARD_Base {
     /// @return E_OK; E_INVALID_GET: `index` above 19, no reply, or more events than the record has places
     /// @note Wire: 41 80 | 52 18 index, reply bytes 4 to 6 | 52 19 index, reply bytes 4 to 19; a missing name
     ///       is empty | 51 18 index 00 and the three bytes | 53 10 0F for the first 15 events, then 53 11 0F,
-    ///       and 53 11 05 behind 195; the replies repeat three bytes, events stand from byte 4 on
+    ///       and 53 11 05 after 195; the replies repeat three bytes, events stand from byte 4 on
     /// @note Waits at most 72 s, 6 s for a device that answers nothing.
     virtual _error getMacro(MacroRecord* record) = 0;
 
@@ -204,7 +204,7 @@ struct QW_KEYBOARD_Base {
     /// @note Waits at most 224 s, 3 s for a device that answers nothing.
     virtual _error getGeneralEffectAll(EffectRecord* effects) = 0;
 
-    /// Slot 23. Shows one colour per LED and makes that the current effect. Writes 4 into the caller's
+    /// Slot 23. Shows one color per LED and makes that the current effect. Writes 4 into the caller's
     /// `effectId`.
     /// @param matrix  red, green and blue of each of the 168 LEDs: 504 bytes
     /// @note Wire: a preview as in slot 20

@@ -12,9 +12,9 @@ struct PYRUX_RD110_Base : LED_MOUSE_Base {
     virtual _error test() = 0;
 
     /// Slot 36. Reads the macros of all buttons that have one, in the order of the buttons.
-    /// @param list  receives the macros; the places behind the last one keep what they held. When a button
+    /// @param list  receives the macros; the places after the last one keep what they held. When a button
     ///              cannot be read, the result is its error and the list has the macros of those before it.
-    /// @note Wire: 41 80, then for each button what slot 23 sends behind that
+    /// @note Wire: 41 80, then for each button what slot 23 sends after that
     /// @note Waits at most 1758 s, 4 s for a device that answers nothing.
     virtual _error getMacroAll(MouseMacroList* list) = 0;
 

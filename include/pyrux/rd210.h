@@ -96,7 +96,7 @@ struct PYRUX_RD210_Base {
     /// @note Waits at most 3 s, 2 s for a device that answers nothing.
     virtual _error stopRecordMacro() = 0;
 
-    /// Slot 11. Puts a macro on a button. Writes the end event {0, 3, 0xFFFF} behind the record's last event.
+    /// Slot 11. Puts a macro on a button. Writes the end event {0, 3, 0xFFFF} after the record's last event.
     /// @note Waits at most 57 s, 4 s for a device that answers nothing.
     virtual _error setMacro(MouseMacroRecord* macro) = 0;
 

@@ -15,7 +15,7 @@
 ///
 /// Addresses: a port is 1 to 3, or 255 for all; a sub-port is 0 (the port itself), 1 to 5 (a fan in its
 /// chain), or 255 for all. On the wire both are masks: M is bit port - 1, S bit sub-port - 1; 0 stays 0, 255
-/// stays FF, and a number behind the last bit gives 0.
+/// stays FF, and a number after the last bit gives 0.
 
 #pragma pack(push, 1)
 
@@ -65,7 +65,7 @@ struct StrandGen1Size {
 struct StrandGen2Size {
     std::uint8_t port;    ///< 1 to 3.
     std::uint8_t count;   ///< Fans, at most 5.
-    std::uint8_t leds[5]; ///< LEDs of each fan; 0 behind the last one.
+    std::uint8_t leds[5]; ///< LEDs of each fan; 0 after the last one.
 };
 
 /// One fan that gets another number.
@@ -174,17 +174,17 @@ struct STRANDHUB_Operations : DEV_LIGHTING {
     /// @note Waits at most 4.032 s, 1.032 s for a device that answers nothing.
     virtual _error getAllEffectParameter(StrandEffectTable* table) = 0;
 
-    /// Slot 9. Sets the colour of each LED of a custom zone. A zone has as many LEDs as slots 12 and 13 have
+    /// Slot 9. Sets the color of each LED of a custom zone. A zone has as many LEDs as slots 12 and 13 have
     /// told, 4 before that; more than 60 are refused.
     /// @param zone  1 to 3: ports 1 to 3 themselves; 4 to 18: fans 1 to 5 of port 1, then of ports 2 and 3
     /// @return E_INVALID_GET also for an answer whose first byte is not that of the frame
-    /// @note Wire: frames n 08 02 M S and up to 59 bytes of colours, in one stream; n counts from 0, with bit
+    /// @note Wire: frames n 08 02 M S and up to 59 bytes of colors, in one stream; n counts from 0, with bit
     ///       7 set in the last one. Each is a request of its own, answered before the next goes out.
     /// @note Waits at most 8.032 s, 1.032 s for a device that answers nothing.
     virtual _error setEffectCustomize(std::uint8_t zone, const StrandCustomBuffer* buffer) = 0;
 
-    /// Slot 10. Reads the colours that slot 9 sets. LEDs behind those of the zone stay as they were.
-    /// @note Wire: for each frame n 08 01 M S, answer the same with the colours from P5 on
+    /// Slot 10. Reads the colors that slot 9 sets. LEDs after those of the zone stay as they were.
+    /// @note Wire: for each frame n 08 01 M S, answer the same with the colors from P5 on
     /// @note Waits at most 8.032 s, 1.032 s for a device that answers nothing.
     virtual _error getEffectCustomize(std::uint8_t zone, StrandCustomBuffer* buffer) = 0;
 

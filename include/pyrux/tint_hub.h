@@ -10,7 +10,7 @@
 
 #pragma pack(push, 1)
 
-/// A colour for each of the four ports.
+/// A color for each of the four ports.
 struct TintMultiColor {
     RgbColor ports[4];
     std::uint8_t brightness; ///< Level 1 to 5.
@@ -46,8 +46,8 @@ static_assert(offsetof(TintMultilayer, blue) == 22 && offsetof(TintMultilayer, l
 /// header calls the N-th entry.
 ///
 /// Lights (slots 0 to 4): zones 1 to 4 are the ports. Slot 2 takes a `LightingPortColorOf<4>` and writes at
-/// once, without a queue; ports that it does not name keep their colours. Slot 3 does nothing and gives E_OK.
-/// Wire of slot 0: 41 03 | C0 F0, then slot 4; of slot 1: 41 00; of slot 2: C0 02 with the four colours from
+/// once, without a queue; ports that it does not name keep their colors. Slot 3 does nothing and gives E_OK.
+/// Wire of slot 0: 41 03 | C0 F0, then slot 4; of slot 1: 41 00; of slot 2: C0 02 with the four colors from
 /// P4; of slot 4: C0 02. Before the first slot 0 the frames of slot 2 lack their C0 02.
 ///
 /// Results: every operation gives E_CLOSED once the device has gone or `exit_device` has run. A null pointer
@@ -69,8 +69,8 @@ struct PYRUX_TINT_Base : DEV_LIGHTING {
     /// Slot 5. Sets the effect of all ports and stores it in the device.
     /// @param speed       level 1 to 5
     /// @param brightness  level 1 to 5; any byte in modes above 3
-    /// @param rgb         three bytes; mode 2 has colours of its own
-    /// @return E_INVALID_PARAM: a level out of range, behind 41 01
+    /// @param rgb         three bytes; mode 2 has colors of its own
+    /// @return E_INVALID_PARAM: a level out of range, after 41 01
     /// @note Wire: 41 01 | 51 2B 00 00 mode speed (20 in mode 1, else 00) (19 in mode 3, else FF) FF
     ///       brightness red green blue (FF FF FF in mode 2) | 51 28 00 00 mode | 50 55 | 41 00
     /// @note Waits at most 5 s.
@@ -82,7 +82,7 @@ struct PYRUX_TINT_Base : DEV_LIGHTING {
     /// @param mode  filled in by the caller with the mode to read; receives the mode that the reply tells of
     /// @return E_INVALID_PARAM: a brightness without a level in modes up to 3, the outputs as they were; E_OK
     ///         with the outputs as they were for a reply with another beginning
-    /// @note Wire: 52 2C 00 00 mode, reply 52 2C: P3 mode, P4 speed, P8 brightness, P9 to P11 the colour
+    /// @note Wire: 52 2C 00 00 mode, reply 52 2C: P3 mode, P4 speed, P8 brightness, P9 to P11 the color
     /// @note Waits at most 2.5 s, 1.5 s for a device that answers nothing.
     virtual _error getEffectParameter(std::uint8_t* mode, std::uint8_t* speed, std::uint8_t* brightness,
                                       std::uint8_t* rgb) = 0;
@@ -92,14 +92,14 @@ struct PYRUX_TINT_Base : DEV_LIGHTING {
     /// @note Waits at most 2.5 s, 1.5 s for a device that answers nothing.
     virtual _error getEffectStandardMode(std::uint8_t* mode) = 0;
 
-    /// Slot 8. Gives each port a colour. The device stores it when the object is closed, once.
+    /// Slot 8. Gives each port a color. The device stores it when the object is closed, once.
     /// @param colors  a brightness level outside 1 to 5 goes out as 255
     /// @note Wire: 41 80 | 51 28 00 00 04 | 51 30 | 51 A8 with the twelve bytes from P4 | 51 2C 00 00 04 00
     ///       00 FF FF brightness FF FF FF 00 00 00 and FF to the end
     /// @note Waits at most 5 s.
     virtual _error setPortMultiColor(const TintMultiColor* colors) = 0;
 
-    /// Slot 9. Reads the colours of the ports. Always E_OK: what the device does not tell stays as it was.
+    /// Slot 9. Reads the colors of the ports. Always E_OK: what the device does not tell stays as it was.
     /// @note Wire: 41 80 | 52 A8, reply 52 A8 with the twelve bytes from P3 | 52 2C FF FF 04 and FF to the
     ///       end, reply 52 2C: P8 brightness
     /// @note Waits at most 6 s, 3 s for a device that answers nothing.
@@ -114,7 +114,7 @@ struct PYRUX_TINT_Base : DEV_LIGHTING {
 
     /// Slot 11. Closes the object: ends its threads and the channel. Always E_OK; further calls do nothing.
     /// @param unplugged  not 0: the device has gone, nothing is sent to it, and calls that wait for a reply
-    ///                   end at once; 0: they are given 2 s, colours of slot 8 are stored (50 55), and the
+    ///                   end at once; 0: they are given 2 s, colors of slot 8 are stored (50 55), and the
     ///                   device is told goodbye (41 00)
     /// @note The goodbye waits at most 2 s.
     virtual _error exit_device(std::uint8_t unplugged) = 0;

@@ -10,7 +10,7 @@ namespace pyrux::platform {
 enum class Written {
     all,
     none, ///< The reader has not made room.
-    cut,  ///< The same, behind a part.
+    cut,  ///< The same, after a part.
     lost, ///< There is no reader any more, or the system refuses.
 };
 

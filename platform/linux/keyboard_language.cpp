@@ -34,7 +34,7 @@ constexpr Atom text = 31;
 constexpr long mostWords = 1024;
 } // namespace x
 
-/// One of the texts of a list; empty behind its end.
+/// One of the texts of a list; empty after its end.
 std::string item(std::string_view list, std::size_t index, char separator)
 {
     for (; index > 0; --index) {

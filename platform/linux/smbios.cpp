@@ -10,7 +10,7 @@ constexpr std::size_t headerSize = 4; // type, length, and the handle in two byt
 constexpr std::uint8_t memoryDevice = 17;
 constexpr std::uint8_t endOfTable = 127;
 
-/// One structure: its fixed part, and the texts behind it.
+/// One structure: its fixed part, and the texts after it.
 class Structure {
 public:
     Structure(std::span<const std::uint8_t> fixedPart, std::string_view textPart)

@@ -8,7 +8,7 @@
 #include <utility>
 #include <windows.h>
 
-#include <dbt.h> // behind windows.h, whose types it takes for granted
+#include <dbt.h> // after windows.h, whose types it takes for granted
 
 namespace pyrux::platform {
 namespace {

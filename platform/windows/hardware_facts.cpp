@@ -13,7 +13,7 @@ struct Question {
     std::array<const wchar_t*, 3> properties; ///< Ended by null where there are fewer.
 };
 
-/// By `Hardware`. Two blanks behind two of the FROMs: as it has always been sent.
+/// By `Hardware`. Two blanks after two of the FROMs: as it has always been sent.
 constexpr Question questions[]{
     {L"SELECT * FROM Win32_Processor", {L"Name"}},
     {L"SELECT * FROM  Win32_BaseBoard", {L"Manufacturer", L"Product"}},

@@ -51,7 +51,7 @@ std::vector<UsbDevice> presentUsbDevices()
 PlugAndPlayStatus plugAndPlayStatus(const std::string& name)
 {
     constexpr const wchar_t* status[]{L"Status"};
-    // Two blanks behind FROM: as it has always been sent.
+    // Two blanks after FROM: as it has always been sent.
     const WmiAnswer answer =
         firstObject(L"SELECT * FROM  Win32_PnPEntity WHERE name = '" + widened(name) + L"'", status);
     return {.failure = failures[static_cast<std::size_t>(answer.failure)],

@@ -10,7 +10,7 @@
 
 /// @file
 /// What the mice and keyboards have in common whose commands are answered by their first four bytes: settings
-/// that are written with 51 and read with 52, and macro events behind 53. Bytes are payload bytes, counted
+/// that are written with 51 and read with 52, and macro events after 53. Bytes are payload bytes, counted
 /// from 0.
 
 namespace pyrux::sim {
@@ -54,7 +54,7 @@ protected:
     }
 
     /// The commands of macro events: 53 00/01 n writes n of them from byte 4 into the area under the cursor,
-    /// 00 from its beginning, wiping it, 01 behind the ones before; 53 10/11 n reads likewise.
+    /// 00 from its beginning, wiping it, 01 after the ones before; 53 10/11 n reads likewise.
     std::vector<Row> macroRows(States taken);
     virtual std::span<std::uint8_t> macroArea(std::size_t area) = 0;
 

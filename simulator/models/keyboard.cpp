@@ -105,7 +105,7 @@ const std::vector<FactoryEffect>& factoryEffects()
     return effects;
 }
 
-/// Puts the effect memory together, one piece behind the other.
+/// Puts the effect memory together, one piece after the other.
 class Assembler {
 public:
     /// The pointer of a piece.

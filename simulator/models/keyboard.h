@@ -7,7 +7,7 @@
 ///
 /// The device is composite: interface 0 is the boot keyboard, interface 1 takes the commands.
 ///
-/// Bytes below are payload bytes, counted from 0. An accepted command is answered by its bytes 0 to 3, behind
+/// Bytes below are payload bytes, counted from 0. An accepted command is answered by its bytes 0 to 3, after
 /// them zeros or, for a read, what was asked for; 42, C0 and 56 42 are taken without a word. Everything else
 /// is met with silence: unknown commands, values out of range, commands in the wrong state.
 ///
@@ -28,7 +28,7 @@
 ///     51/52 28              4: effect 0 to 20; FF: the preview is shown, until another effect or profile
 ///     51 98 b               a bit each of the current profile goes back: 1 effects, 2 keys, 4 macros
 ///     53 00/01 n            n (0 to 15) macro events of 4 bytes from byte 4, into the area under the cursor:
-///                           00 from its beginning, wiping it; 01 behind the ones before
+///                           00 from its beginning, wiping it; 01 after the ones before
 ///     53 10/11 n            reading likewise
 ///     56 14/15 effect       descriptor. Read: 4 frames, 5 extra words, 6, 7 header pointer; written: the
 ///                           same and 8-11 the effect's word
@@ -44,7 +44,7 @@
 ///
 /// Effect memory. A pointer is an offset in the image in units of 4 bytes. A descriptor points at a header:
 /// the extra words; with more than one frame a word with the pointer of the masks, twice; then an entry
-/// {record pointer, frame number, 0} for each frame. Masks stand one behind the other, one per frame, with a
+/// {record pointer, frame number, 0} for each frame. Masks stand one after the other, one per frame, with a
 /// bit for each LED. Frames are shown one over the other: a later one covers what is under its mask.
 ///
 /// What a record shows: 00 01 one color (8-10) at a brightness (11); 80 01 a color for each LED (from 16 on)

@@ -7,7 +7,7 @@
 /// bottom.
 ///
 /// Commands; bytes are payload bytes, counted from 0. All but the frames are answered: 80 command 03 and what
-/// is named behind the arrow, or 80 command 04 01 for a value that the device does not have.
+/// is named after the arrow, or 80 command 04 01 for a value that the device does not have.
 ///
 ///     80 01 02 v            v 1: the host drives the zones; 0: the device does
 ///     80 03 02 FF effect settings
@@ -36,7 +36,7 @@ public:
     static constexpr std::size_t effectCount = 9;
     static constexpr std::uint16_t version = 0x0107;
 
-    using Effect = std::array<std::uint8_t, 26>; ///< As on the wire, behind the effect's number.
+    using Effect = std::array<std::uint8_t, 26>; ///< As on the wire, after the effect's number.
 
     struct Settings {
         std::uint8_t effect = 1;

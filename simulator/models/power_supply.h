@@ -10,7 +10,7 @@
 /// @file
 /// Firmware models of the digital power supplies: VOLTGRID, and the lines that share PSUCTRL.
 ///
-/// They speak short ASCII texts in brackets, with zeros behind, in reports of 16 bytes. By themselves they
+/// They speak short ASCII texts in brackets, with zeros after, in reports of 16 bytes. By themselves they
 /// send, one report after the other, round by round:
 ///
 ///     [P1a.bc]        power factor

@@ -7,7 +7,7 @@
 ///
 /// The device is composite: interface 0 is a boot mouse, interface 1 takes the commands.
 ///
-/// Bytes below are payload bytes, counted from 0. An accepted command is answered by its bytes 0 to 3, behind
+/// Bytes below are payload bytes, counted from 0. An accepted command is answered by its bytes 0 to 3, after
 /// them zeros or, for a read, what was asked for. Everything else is met with silence: unknown commands,
 /// values out of range, commands in the wrong state.
 ///
@@ -33,7 +33,7 @@
 ///                           4 performance
 ///     51/52 F0              4: a setting
 ///     53 00/01 n            n (1 to 15) macro events of 4 bytes from byte 4, into the area under the cursor:
-///                           00 from its beginning, wiping it; 01 behind the ones before
+///                           00 from its beginning, wiping it; 01 after the ones before
 ///     53 10/11 n            reading likewise
 ///     80 00                 4: 1 while the device learns its surface, else 0
 ///     80 01 .. .. v         learning: v 1 begin, 0 end without a result
@@ -41,7 +41,7 @@
 /// Layout of the memory. Each of the five profiles has all of the settings, the macros included. A button has
 /// an address and a page; its macro area is known by the number address + 256 * page, 10 bits, as an
 /// assignment holds it. There are areas for the addresses B0 to BF of pages 0 and 1, of 200 events each;
-/// where nothing was written there are end events, also behind an area's end. Address D8 of page 0 is the
+/// where nothing was written there are end events, also after an area's end. Address D8 of page 0 is the
 /// code that the shifting button has for itself. An event is {code low, class and code high, delay}.
 ///
 /// Factory settings: no order table, seven levels from 400 to 16000 DPI, the second of them current; buttons

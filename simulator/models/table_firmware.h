@@ -86,7 +86,7 @@ private:
     std::size_t count = 0;
 };
 
-/// An output report with zeros behind its end.
+/// An output report with zeros after its end.
 class Command {
 public:
     Command(const Channel& on, Bytes payload) : channel(on), payload(payload.begin(), payload.end()) {}
@@ -188,8 +188,8 @@ Answer carried(bool write, const Command& command, std::size_t from, std::span<s
 struct Form {
     std::size_t echoed = 4;   ///< So many bytes of the command begin the answer.
     std::uint8_t added = 0;   ///< To the first of them.
-    std::uint8_t success = 0; ///< The byte behind them; 0 is no different from nothing.
-    std::uint8_t refusal = 0; ///< The same of a refusal, with the code behind it. 0: refusals are silence.
+    std::uint8_t success = 0; ///< The byte after them; 0 is no different from nothing.
+    std::uint8_t refusal = 0; ///< The same of a refusal, with the code after it. 0: refusals are silence.
     std::size_t dataFrom = 4;
 };
 

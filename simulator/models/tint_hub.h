@@ -17,7 +17,7 @@
 ///                           (layer in byte 2, mode in byte 4) the same sessions: parameters of a mode, or
 ///                           with layer 1 one of the four layers, in turn
 ///     51 30                 the colors follow
-///     51 A8                 4 to 15: the four colors, behind 51 30
+///     51 A8                 4 to 15: the four colors, after 51 30
 ///     51 2C .. .. 04        parameters of mode 4, placed as in 51 2B
 ///     51 A0 .. 01           effect session: ends the layers; 8 to 11 are kept
 ///     50 55                 stores mode, parameters, colors and layers

@@ -45,7 +45,7 @@ static int failures;
         }                                                                                                    \
     } while (0)
 
-/* The N-th entry of an object's first virtual table, as a function with these arguments behind the object. */
+/* The N-th entry of an object's first virtual table, as a function with these arguments after the object. */
 #define SLOT(object, number, ...) ((int32_t(MEMBER*)(void*, ##__VA_ARGS__))(*(void***)(object))[number])
 
 static volatile int events;
@@ -83,7 +83,7 @@ static int awaitSignal(Signal* signal)
 }
 #endif
 
-/* Writes a text and the zeros behind it, each letter changed by `form`; gives the place behind the field. */
+/* Writes a text and the zeros after it, each letter changed by `form`; gives the place after the field. */
 static uint8_t* putText(uint8_t* at, size_t size, const char* text, int (*form)(int))
 {
     size_t i;
@@ -269,7 +269,7 @@ static void notices(void* mouse, Happen* happen, const char* path)
     const int level = 4;
     EXPECT(SLOT(mouse, 21, void (*)(void*))(mouse, onEvent) == 0);
     EXPECT(happen(path, "dpi", &level, 1) == 0);
-    EXPECT(SLOT(mouse, 10)(mouse) == 0); /* its reply comes behind the event */
+    EXPECT(SLOT(mouse, 10)(mouse) == 0); /* its reply comes after the event */
     EXPECT(events == 1 && lastEvent == 1 && lastValue == 0);
     const int key[2] = {3, 1};
     EXPECT(happen(path, "key", key, 2) == 0);

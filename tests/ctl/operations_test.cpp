@@ -305,7 +305,7 @@ TEST(MacroJson, givesANameThatIsNoTextAsItsBytesAndTakesItBack)
     call(mouse, "setMacro", {macro.dump()});
     EXPECT_EQ(static_cast<unsigned char>(mouse.macro.name[39]), 0xFF);
 
-    std::memcpy(mouse.macro.name, "ab\0c", 5); // something behind the end of the text
+    std::memcpy(mouse.macro.name, "ab\0c", 5); // something after the end of the text
     std::memset(mouse.macro.name + 5, 0, 35);
     EXPECT_EQ(Json::parse(call(mouse, "getMacro", {"1"}).outputs)["macro"]["name"][3], 'c');
     EXPECT_EQ(usageError("setMacro", {R"({"button":0,"name":[1,2],"mode":0,"events":[]})"}),

@@ -70,7 +70,7 @@ TEST(Program, listsItsModels)
 
 TEST(Program, refusesWrongWords)
 {
-    for (const char* words : {"", "rd211", "rd210 rd210", "--colour rd210", "rd210 --udc", "--name a/b rd210",
+    for (const char* words : {"", "rd211", "rd210 rd210", "--color rd210", "rd210 --udc", "--name a/b rd210",
                               "--name .. rd210"}) {
         const Ended ended = run(words);
         EXPECT_EQ(ended.code, 2) << words;

@@ -256,7 +256,7 @@ TEST_F(Live, survivesDevicesThatComeAndGo)
     Users users(ports);
     Footprint start;
     for (int done = 0; done < cycles; done += ports) {
-        // Behind the first rounds everything that is made once is there.
+        // After the first rounds everything that is made once is there.
         if (done <= 4 * ports)
             start = footprint();
         std::vector<std::string> paths;

@@ -133,7 +133,7 @@ protected:
     Hotplug()
     {
         registerDevNotify(callback);
-        // Behind these two the notices of other tests' devices have been handled.
+        // After these two the notices of other tests' devices have been handled.
         RawGadget last("raw-last", 1, 0x1006, {vendorCollections({0xFF00})});
         EXPECT_TRUE(last.plug());
         bool gone = false;

@@ -18,7 +18,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::uint32_t ports = 4;
 constexpr std::uint32_t leds = 48;
 
-/// Every LED of every port in a colour that no other frame has there.
+/// Every LED of every port in a color that no other frame has there.
 std::vector<LightingLedZone> frameOf(int number)
 {
     std::vector<LightingLedZone> zones;
@@ -32,7 +32,7 @@ std::vector<LightingLedZone> frameOf(int number)
     return zones;
 }
 
-/// The same LEDs on the wire: those from `first` to `last` behind the report's head.
+/// The same LEDs on the wire: those from `first` to `last` after the report's head.
 std::string reportOf(std::string head, const LightingLedZone& zone, std::size_t first, std::size_t last)
 {
     for (std::size_t led = first; led <= last; ++led)

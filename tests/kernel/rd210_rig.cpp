@@ -14,7 +14,7 @@ std::mutex eventsMutex;
 std::condition_variable eventsChanged;
 std::deque<std::string> eventsSoFar;
 
-/// The library is started once for all tests, and shut down behind them.
+/// The library is started once for all tests, and shut down after them.
 class Library : public testing::Environment {
 public:
     void SetUp() override { ASSERT_EQ(pyrux_init(), 0); }

@@ -227,7 +227,7 @@ TEST_F(RD210Rig, pulledOutWhileACallWaits)
     ASSERT_TRUE(gadget->waitForWritten("41 80")); // the device has it, and the call waits
     unplug();
     const auto [result, time] = waiting.get();
-    EXPECT_EQ(result, E_NOT_OPEN); // when the object lets its device go, a second behind the notice
+    EXPECT_EQ(result, E_NOT_OPEN); // when the object lets its device go, a second after the notice
     EXPECT_LT(time, replyLimit + margin);
 
     std::uint8_t profile = 0xEE;

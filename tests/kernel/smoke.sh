@@ -61,7 +61,7 @@ hidraw_of()
     done
 }
 
-# pass TEXT FROM TO HEAD BYTES : 64 bytes, hexadecimal and filled up with zeros, written to one end behind HEAD in one
+# pass TEXT FROM TO HEAD BYTES : 64 bytes, hexadecimal and filled up with zeros, written to one end after HEAD in one
 # piece (so they may hold no line feed) must come out of the other.
 pass()
 {

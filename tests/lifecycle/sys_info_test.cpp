@@ -1,4 +1,4 @@
-// The export `sysInfo`: its object through the raw virtual table, and what stays of it behind `pyrux_exit`.
+// The export `sysInfo`: its object through the raw virtual table, and what stays of it after `pyrux_exit`.
 // Its services write to the log from time to time, so each test has a process of its own.
 
 #include "tests/support/debug_log.h"
@@ -131,7 +131,7 @@ ISOLATED_TEST(SysInfoExport, hasItsOperationsInTheirSlots)
     EXPECT_TRUE(told.waitFor([] { return told.status.cpuTemp == 45 && told.details.field14 == 14; }));
     EXPECT_EQ(told.status.gpuTemp, 60);
     EXPECT_EQ(callSlot(object, 1, &a, &b), 0); // getSysTemp
-    EXPECT_TRUE(a == 45 || a == 0);            // kept behind the callback
+    EXPECT_TRUE(a == 45 || a == 0);            // kept after the callback
     EXPECT_EQ(callSlot(object, 9), 0);         // unRegisterStatusNotify
     EXPECT_EQ(callSlot(object, 14), 0);        // unRegisterInfoNotify
     EXPECT_EQ(callSlot(object, 11), 0);        // unRegisterLanguageNotify

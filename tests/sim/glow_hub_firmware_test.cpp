@@ -17,7 +17,7 @@ protected:
     /// 144 color bytes from `first` on, in three reports with these heads.
     void paint(const std::string& head, std::uint8_t first)
     {
-        const std::size_t room = head.size() == 11 ? 60 : 59; // behind four bytes or five
+        const std::size_t room = head.size() == 11 ? 60 : 59; // after four bytes or five
         EXPECT_EQ(ask(head + " " + counting(first, room)), "");
         EXPECT_EQ(ask("01 " + counting(std::uint8_t(first + room), 63)), "");
         EXPECT_EQ(ask("82 " + counting(std::uint8_t(first + room + 63), 144 - 63 - room)), "");

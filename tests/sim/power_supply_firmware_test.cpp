@@ -110,7 +110,7 @@ TEST_F(PsuCtrlFirmwareTest, tellsAllThatItMeasures)
     EXPECT_EQ(least[14], "[R10060]");
 }
 
-/// A number behind the head of a report.
+/// A number after the head of a report.
 double number(const std::string& report)
 {
     return std::strtod(report.c_str() + 3, nullptr);

@@ -564,7 +564,7 @@ TEST_F(StandinTest, answersEachReplyAtItsOwnTime)
     write(device, "01");
     setConduct(path, {.replyTime = 20ms});
     write(device, "02");
-    EXPECT_EQ(read(device), "02"); // not behind the one of an hour
+    EXPECT_EQ(read(device), "02"); // not after the one of an hour
 }
 
 TEST_F(StandinTest, fallsSilent)

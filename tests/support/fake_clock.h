@@ -40,7 +40,7 @@ private:
 
     void enter(const Waiting& entered, std::unique_lock<std::mutex>& lock);
 
-    // Taken behind the lock of whoever waits.
+    // Taken after the lock of whoever waits.
     mutable std::mutex mutex;
     std::condition_variable told;
     std::uint32_t time;

@@ -25,7 +25,7 @@ public:
 };
 
 /// Whether the queue of a device lets a pause that is as long as these two pass between frames that come one
-/// right behind the other.
+/// right after the other.
 /// @param send            sends the frame of a number
 /// @param reportsOfFrame  how many reports that is
 template <class Send>

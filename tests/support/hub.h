@@ -119,7 +119,7 @@ public:
     }
 
     /// Sends a report that nobody waits for, and waits until the reader has looked at it: the second read
-    /// that begins behind it begins behind that.
+    /// that begins after it begins after that.
     void sendUnasked(std::string_view report)
     {
         this->device->send(report);
@@ -127,7 +127,7 @@ public:
             std::this_thread::yield();
     }
 
-    /// The output reports so far, when the model's question has gone out behind them.
+    /// The output reports so far, when the model's question has gone out after them.
     std::string writtenBeforeQuestion()
     {
         settle();

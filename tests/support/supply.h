@@ -57,7 +57,7 @@ public:
     std::string asked(std::size_t atLeast = 0) { return takeTexts(this->path, atLeast); }
 
 private:
-    /// A reply comes behind all that was sent before.
+    /// A reply comes after all that was sent before.
     void awaitRead()
     {
         std::uint8_t mode = 0;

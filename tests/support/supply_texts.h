@@ -14,7 +14,7 @@ std::string ascii(std::string_view text);
 
 /// Takes the reports to a supply since the last call as texts, one from the next by " | ": "[M5] | [MQ]".
 /// Waits until there are `atLeast`. One that is not 17 bytes long, has a report id, or has anything but zeros
-/// behind the text stands in full in braces, in hexadecimal.
+/// after the text stands in full in braces, in hexadecimal.
 std::string takeTexts(const std::string& path, std::size_t atLeast = 0);
 
 } // namespace pyrux::test

@@ -353,7 +353,7 @@ TEST_F(CmdQueueTest, pacesARoundThatComesLessThanTheWindowBehindTheLast)
     EXPECT_EQ(clock.settle(), 1U);
     EXPECT_EQ(wire.written(), "");
     clock.advance(1);
-    EXPECT_EQ(clock.settle(), idle); // ten ms behind the last: not paced any more
+    EXPECT_EQ(clock.settle(), idle); // ten ms after the last: not paced any more
     EXPECT_EQ(wire.written(), "03");
 }
 
@@ -447,7 +447,7 @@ TEST_F(CmdQueueTest, forcedPacingLeavesTheTimeOfTheLastRoundAlone)
     EXPECT_EQ(clock.settle(), 6U);
     queue.push(0, Report{0x03});
     queue.forcePacing = false;
-    clock.advance(6); // eleven ms behind the first round, six behind the forced one
+    clock.advance(6); // eleven ms after the first round, six after the forced one
     EXPECT_EQ(clock.settle(), idle);
     EXPECT_EQ(wire.written(), "01 | 02 | 03");
 }

@@ -31,7 +31,7 @@ std::unique_ptr<PipeClient> connected()
     return std::move(connection.pipe);
 }
 
-/// One piece as text, with "+" behind it when the message goes on; "-" for none.
+/// One piece as text, with "+" after it when the message goes on; "-" for none.
 std::string piece(PipeClient& client, std::size_t size, std::chrono::milliseconds limit = longLimit)
 {
     std::string buffer(size, '\0');

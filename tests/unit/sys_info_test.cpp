@@ -244,7 +244,7 @@ TEST_F(SysInfo, tellsNothingOfACardWithoutCores)
         EXPECT_EQ(status->gpuUsage, 0);
         EXPECT_EQ(status->cpuUsage, 75);
         EXPECT_EQ(gpuCalls, 0);
-        // The temperature is kept all the same; it is stored behind the first call.
+        // The temperature is kept all the same; it is stored after the first call.
         ASSERT_TRUE(statuses.next());
         std::int32_t cpu = 0;
         std::int32_t gpu = 0;
@@ -472,7 +472,7 @@ TEST_F(SysInfo, takesOnlyTheLanguageFromTheHook)
     EXPECT_EQ(object->unRegisterLanguageNotify(), 0);
     primaryLanguage = 9;
     EXPECT_TRUE(platform::postThreadMessage(thread, {1029, 0, 81}));
-    object.reset(); // behind all messages
+    object.reset(); // after all messages
     EXPECT_TRUE(languages.empty());
 }
 

@@ -216,7 +216,7 @@ TEST_F(Telemetry, systeminfoLogsAFieldThatIsNoNumber)
 
 TEST_F(Telemetry, systeminfoReadsItsRecordFromTheLastPieceOfALongReply)
 {
-    // 127 bytes fill a piece; the record stands behind them.
+    // 127 bytes fill a piece; the record stands after them.
     Resident resident(std::string(127, 'x') + fifteen);
     subscribe("systeminfo", 1000);
     EXPECT_EQ(recordAfter1000ms().field14, 14);

@@ -129,7 +129,7 @@ TEST_F(Channel, writesReportsAsTheyAre)
 
 TEST_F(Channel, copiesTheBytesOfAWatchedWrite)
 {
-    // The caller's buffer may go as soon as the call has returned, also behind a time-out.
+    // The caller's buffer may go as soon as the call has returned, also after a time-out.
     conduct({.writeTime = 60s});
     {
         auto out = std::make_unique<ByteVector>(report("51 00 00 00 04"));

@@ -16,7 +16,7 @@ using Effect = ArgbEffectParam;
 
 class GlowHubEffects : public testing::Test {
 protected:
-    /// What a record is behind a call, and what the call sends.
+    /// What a record is after a call, and what the call sends.
     struct Outcome {
         _error result;
         std::string record;

@@ -16,7 +16,7 @@ using Buffer = ArgbCustomBuffer;
 /// A buffer whose bytes count up: byte 4, the first color's red, is 04.
 const std::string countedBuffer = "EE EE EE EE " + counting(4, 144);
 
-/// The three reports of that buffer behind the head of the first one.
+/// The three reports of that buffer after the head of the first one.
 const std::string countedReports =
     " " + counting(4, 59) + " | 01 " + counting(63, 63) + " | 82 " + counting(126, 22);
 
@@ -243,7 +243,7 @@ bool follows(Hub& hub)
     return first;
 }
 
-/// A step of the host, and whether the ports follow behind it.
+/// A step of the host, and whether the ports follow after it.
 struct Step {
     const char* what;
     std::function<void(Hub&)> call;

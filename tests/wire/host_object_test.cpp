@@ -409,7 +409,7 @@ TEST(UnRegisterNotify, worksInsideTheCallback)
     mouse.device->send("42 20 40 00 01");
     mouse.device->send("42 20 40 00 01");
     EXPECT_EQ(mouse.written(2), wire("42 10 40 00 01 | 42 10 40 00 01"));
-    EXPECT_EQ(mouse->stopSurfaceLearning(), E_OK); // its reply comes behind both
+    EXPECT_EQ(mouse->stopSurfaceLearning(), E_OK); // its reply comes after both
     EXPECT_EQ(calls, 1);
 }
 

@@ -296,7 +296,7 @@ TEST(HubReader, endsAtItsThirtiethFailure)
     forModels(HubModels(), []<class Model>() {
         const std::string text = Model::facts().reader;
         HubOf<Model> hub;
-        // 29 failures, 100 ms behind one another: a request that begins meanwhile may get its reply in the
+        // 29 failures, 100 ms after one another: a request that begins meanwhile may get its reply in the
         // end.
         sim::setConduct(hub.path, {.readFailures = 29});
         int value = 0;

@@ -114,7 +114,7 @@ std::vector<Slot> tintHubSlots()
          "04 01 11 12 13 05 05 21 22 23 00 01 31 32 33 09 06 41 42 43 51 52 53 54",
          "41 01 | 51 2B 01 00 04 01 00 FF FF FF 11 12 13 | 51 28 00 00 04 | 50 55 | 41 00 | "
          "41 01 | 51 2B 01 00 05 05 00 FF FF FF 21 22 23 | 51 28 00 00 05 | 50 55 | 41 00 | "
-         "41 01 | 41 01 | " // two layers that are refused behind their first frame
+         "41 01 | 41 01 | " // two layers that are refused after their first frame
          "41 01 | 51 A0 01 00 00 01 00 00 51 52 53 54 | 51 28 00 00 E0 | 50 55 | 41 00"},
         {"exit_device", with(Byte{0}), "", "41 00", "", Sort::exit},
     };
@@ -163,7 +163,7 @@ std::string strandDark()
     return text;
 }
 
-/// A colour in 60 LEDs.
+/// A color in 60 LEDs.
 std::string strandFrame(const std::string& place, const std::string& color)
 {
     const ByteVector all = bytes(times(60, color));
@@ -175,7 +175,7 @@ std::string strandFrame(const std::string& place, const std::string& color)
 
 std::vector<Slot> strandSlots()
 {
-    // Effect 5, speed 3, A, B, colour, port 2, fan 4.
+    // Effect 5, speed 3, A, B, color, port 2, fan 4.
     constexpr const char* effect = "05 EE 03 0A 0B 11 22 33 02 04";
     constexpr const char* got = "07 EE 05 1A 1B 21 22 23 02 04";
     const std::string id = counting(0x61, 32);

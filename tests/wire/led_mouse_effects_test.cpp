@@ -15,7 +15,7 @@ namespace {
 template <class Model>
 class LedMouseEffects : public testing::Test {
 protected:
-    /// What goes out for an effect behind 41 80, and before 41 80 and the mode.
+    /// What goes out for an effect after 41 80, and before 41 80 and the mode.
     std::string parametersOf(const MouseEffectRecord& effect)
     {
         EXPECT_EQ(mouse->setGeneralEffect(&effect), E_OK);

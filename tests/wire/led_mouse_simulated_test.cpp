@@ -60,7 +60,7 @@ TYPED_TEST(SimulatedLedMouse, showsTheFramesOfTheHost)
     this->awaitFrames(4);
     EXPECT_EQ(this->device->picture(), leds({}, {}));
     EXPECT_EQ(this->host->setLightingUninit(), E_OK);
-    EXPECT_EQ(this->host->stopRecordMacro(), E_OK); // its reply comes behind
+    EXPECT_EQ(this->host->stopRecordMacro(), E_OK); // its reply comes after
     EXPECT_FALSE(this->device->driven());
 }
 

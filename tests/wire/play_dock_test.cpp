@@ -116,7 +116,7 @@ TEST_F(PlayDock, tellsOfARefusal)
         EXPECT_EQ(request.call(dock.host), E_INVALID_GET) << request.name;
         const std::string name = request.name;
         EXPECT_EQ(debugLines(), (Lines{hostLine<PlayDockModel>(name + ", #"),
-                                       // "error code = 201"; a number behind a comma is shown as "#"
+                                       // "error code = 201"; a number after a comma is shown as "#"
                                        hostLine<PlayDockModel>(name + ", error code = 201"),
                                        hostLine<PlayDockModel>(name + ", ret = -3")}))
             << name;
@@ -199,7 +199,7 @@ TEST_F(PlayDock, needsItsRecords)
 
 TEST_F(PlayDock, readsEffects)
 {
-    // Behind the effect and its speed: color, color count, data, extra, tail.
+    // After the effect and its speed: color, color count, data, extra, tail.
     const std::string onWire = " 1A 1B 1C 56 " + counting(0x41, 16) + " 51 52 53 54 55 99";
     const std::string inRecord = " 1A 1B 1C " + counting(0x41, 16) + " 51 52 53 54 55 56 E1 E2 E3 ";
     for (int any = 0; any < 2; ++any) {
@@ -315,7 +315,7 @@ TEST_F(PlayDock, spacesItsFramesOnceTheHostHasTakenThem)
 {
     // Two frames so far apart that the queue does not pace the second one: how long both take.
     const auto pair = [&] {
-        // Out of the pause behind the frames before.
+        // Out of the pause after the frames before.
         EXPECT_EQ(dock->setSyncLightingData({{1, {{0, 1, 1, 1}}}}), E_OK);
         dock.written(1);
         std::this_thread::sleep_for(200ms);

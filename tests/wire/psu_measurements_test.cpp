@@ -339,7 +339,7 @@ void readerEndsAtTheThirtiethFailure()
     int attempts = 1;
     while (supply->getMultiRail(&mode) != E_OK && attempts < 10)
         ++attempts;
-    EXPECT_GT(attempts, 2); // the reader pauses for 100 ms behind each failure
+    EXPECT_GT(attempts, 2); // the reader pauses for 100 ms after each failure
     EXPECT_LT(attempts, 10);
     EXPECT_EQ(std::ranges::count(debugLines(), line), 0);
     sim::setConduct(supply.path, {.readFailures = 1});

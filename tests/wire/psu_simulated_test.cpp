@@ -45,7 +45,7 @@ public:
         for (int i = 0; i < count; ++i) {
             device->sendRound();
             std::uint8_t mode = 0;
-            EXPECT_EQ(host->getMultiRail(&mode), E_OK); // its reply comes behind
+            EXPECT_EQ(host->getMultiRail(&mode), E_OK); // its reply comes after
         }
     }
 

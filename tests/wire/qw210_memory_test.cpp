@@ -24,7 +24,7 @@ TYPED_TEST_SUITE(KeyboardMemory, KeyboardModels, ModelName);
 /// An effect memory that is put together piece by piece.
 class Memory {
 public:
-    /// Puts a piece behind the others.
+    /// Puts a piece after the others.
     /// @return its pointer, as two bytes
     std::string put(const std::string& piece)
     {
@@ -352,7 +352,7 @@ TYPED_TEST(KeyboardMemory, mayHoldRecordsThatAreNotKnown)
     EXPECT_EQ(copyOf(keyboard, 8), "08 11 22 33 03 00 80 00 00 00 00 00");
 }
 
-/// The entries stand behind the extra words and the word of the masks, by the device's own numbers.
+/// The entries stand after the extra words and the word of the masks, by the device's own numbers.
 TYPED_TEST(KeyboardMemory, isReadByTheDevicesNumbers)
 {
     Memory memory;

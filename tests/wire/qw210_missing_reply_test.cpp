@@ -259,7 +259,7 @@ WAITING_TEST(KeyboardMissingReply, givesTheOperationsOwnCode)
             EXPECT_EQ(keyboard.written(), scenario.then) << scenario.name;
         });
     }
-    // No operation above misses more than two replies, and no reading behind it more than one.
+    // No operation above misses more than two replies, and no reading after it more than one.
     EXPECT_LT(milliseconds([&] { together(running); }), 25000);
 }
 

@@ -182,7 +182,7 @@ ISOLATED_TEST(KeyboardStatus, givesAnApplicationItsFrames)
 const char* const preparation = "56 81 00 00 01 00 00 00 01 00 00 00 BB 0B 55 55 | "
                                 "56 83 00 00 01 00 00 00 04 F0 00 C1 | 41 80 | 51 28 00 00 FF";
 
-/// The colors of a frame out of its reports, of which the last is `keys` LEDs behind the full ones.
+/// The colors of a frame out of its reports, of which the last is `keys` LEDs after the full ones.
 ByteVector frameOf(const std::vector<std::string>& reportsOfFrame, std::uint8_t keys)
 {
     ByteVector frame(504 + 21);
@@ -196,7 +196,7 @@ ByteVector frameOf(const std::vector<std::string>& reportsOfFrame, std::uint8_t 
         for (std::size_t at = 8U + 3U * count; at < report.size(); ++at)
             EXPECT_EQ(report[at], 0) << i;
     }
-    // What lies behind the frame is sent as zeros.
+    // What lies after the frame is sent as zeros.
     for (std::size_t i = 504; i < frame.size(); ++i)
         EXPECT_EQ(frame[i], 0);
     frame.resize(504);

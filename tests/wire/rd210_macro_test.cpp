@@ -48,7 +48,7 @@ std::string byteText(std::size_t value)
     return hex(std::span(&byte, 1));
 }
 
-/// The chunks of `numbered`, its end event behind it.
+/// The chunks of `numbered`, its end event after it.
 std::string numberedChunks(std::size_t count)
 {
     std::vector<std::string> chunks;
@@ -427,7 +427,7 @@ TEST(RD210GetMacro, endsWithoutAnEndMark)
     MouseMacroRecord record = dirty(2);
     EXPECT_EQ(mouse->getMacro(&record), E_INVALID_GET);
     EXPECT_TRUE(mouse.written().ends_with("| 53 11 0F | 53 11 05"));
-    // Nothing is written behind the record's last place.
+    // Nothing is written after the record's last place.
     EXPECT_EQ(record.button, 2);
 }
 
@@ -466,7 +466,7 @@ TEST(RD210GetMacro, endsWhenTheObjectIsClosed)
 
 WAITING_TEST(RD210GetMacro, endsWhenTheDeviceHasGone)
 {
-    // The reader gives up at the 31st failed read, 3 s behind the first.
+    // The reader gives up at the 31st failed read, 3 s after the first.
     Mouse mouse;
     holdsMacro(*mouse.device, "52 18 02 00 B2 3C", {});
     mouse.device->silence("53");

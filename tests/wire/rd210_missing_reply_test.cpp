@@ -497,7 +497,7 @@ TEST(RD210Reader, survivesThirtyFailedReadsAndEndsAtTheNext)
     Mouse mouse;
     forgetDebugOutput();
     sim::setConduct(mouse.path, {.readFailures = 30});
-    // The reader pauses for 100 ms behind each failure: the first reply comes too late.
+    // The reader pauses for 100 ms after each failure: the first reply comes too late.
     const auto time = milliseconds([&] {
         EXPECT_EQ(mouse->stopSurfaceLearning(), E_INVALID_SET);
         int attempts = 1;

@@ -374,7 +374,7 @@ TEST(RD210ChangeDpiLevel, writesThePlaceOfTheLevel)
     EXPECT_EQ(mouse.written(), wire("41 80 | 52 9B | 52 40 | 51 40 02 03 03 05" + rest));
     EXPECT_EQ(mouse->changeDpiLevel(3), E_OK);
     EXPECT_EQ(mouse.written(), wire("41 80 | 52 9B | 52 40 | 51 40 02 03 00 05" + rest));
-    // Levels 4 and 2 stand behind the enabled ones.
+    // Levels 4 and 2 stand after the enabled ones.
     EXPECT_EQ(mouse->changeDpiLevel(4), E_INVALID_SET);
     EXPECT_EQ(mouse.written(), wire("41 80 | 52 9B | 52 40"));
     EXPECT_EQ(mouse->changeDpiLevel(2), E_INVALID_SET);

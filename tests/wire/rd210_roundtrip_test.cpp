@@ -137,7 +137,7 @@ TEST_F(RD210RoundTrip, crossesTheWheelsDirections)
     codes[7] = 0x0500;
     EXPECT_EQ(host->setKeyMappingAll(codes.data()), E_OK);
     EXPECT_EQ(map()[6], 0x0501);
-    EXPECT_EQ(map()[7], 0x00BF); // its own function: the code is the byte behind the command
+    EXPECT_EQ(map()[7], 0x00BF); // its own function: the code is the byte after the command
 }
 
 TEST_F(RD210RoundTrip, mapsDpiLevels)

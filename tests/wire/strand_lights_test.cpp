@@ -28,7 +28,7 @@ std::string frameOf(const std::string& place, const std::string& stream)
                 part(121, 59));
 }
 
-/// One colour everywhere.
+/// One color everywhere.
 std::string solid(const std::string& place, const std::string& color)
 {
     return frameOf(place, times(60, color));
@@ -60,7 +60,7 @@ std::string framesBeside(const std::string& command, const std::string& text)
 template <class Model>
 class StrandLights : public testing::Test {
 protected:
-    /// Codes from the first entry on, in the colour 11 22 33.
+    /// Codes from the first entry on, in the color 11 22 33.
     _error paint(const std::vector<std::uint32_t>& codes)
     {
         StrandPortColor color{};
@@ -85,7 +85,7 @@ protected:
         sim::setConduct(hub.path, {});
     }
     static std::string held() { return frameOf("04 20", ""); }
-    /// The reports behind that frame.
+    /// The reports after that frame.
     std::string letGo(std::size_t count)
     {
         sim::releaseWrites(hub.path);
@@ -211,7 +211,7 @@ TYPED_TEST(StrandLights, shareALaneWhereNumbersMeet)
     this->holdQueue();
     this->paint({255});
     EXPECT_EQ(this->send(9), E_OK);
-    this->paint({36}); // lane 18: behind all others
+    this->paint({36}); // lane 18: after all others
     this->paint({35});
     EXPECT_EQ(this->letGo(9),
               this->sent(9) + " | " + solid("04 10", "11 22 33") + " | " + solid("04 20", "11 22 33"));

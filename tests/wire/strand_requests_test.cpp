@@ -23,7 +23,7 @@ protected:
 };
 TYPED_TEST_SUITE(StrandRequests, StrandModels, ModelName);
 
-/// A place as a record: effect 5, speed 3, A, B, a colour.
+/// A place as a record: effect 5, speed 3, A, B, a color.
 StrandEffectParam effectAt(Byte port, Byte subPort)
 {
     return {5, 0xEE, 3, 0x0A, 0x0B, 0x11, 0x22, 0x33, port, subPort};
@@ -187,7 +187,7 @@ TYPED_TEST(StrandRequests, nameAPlaceByMasks)
         }
 }
 
-// Parameter A stands before the colour, B behind it. Speeds are one less on the wire, both ways.
+// Parameter A stands before the color, B after it. Speeds are one less on the wire, both ways.
 TYPED_TEST(StrandRequests, carrySpeedsOneLess)
 {
     for (const int speed : {1, 2, 5, 128, 255, 0}) {
@@ -380,7 +380,7 @@ TYPED_TEST(StrandRequests, keepTheirDistance)
     EXPECT_LT(fastestOf(5, [&] { return milliseconds([&] { this->hub->saveConfig(); }); }), 45);
 }
 
-// Custom colours.
+// Custom colors.
 
 /// Where a custom zone is on the wire.
 struct CustomZone {
@@ -392,7 +392,7 @@ constexpr CustomZone customZones[]{{1, "01 00"},  {2, "02 00"},  {3, "04 00"},  
                                    {11, "02 04"}, {12, "02 08"}, {13, "02 10"}, {14, "04 01"}, {15, "04 02"},
                                    {16, "04 04"}, {17, "04 08"}, {18, "04 10"}};
 
-/// Colours that count up.
+/// Colors that count up.
 StrandCustomBuffer countingBuffer()
 {
     return recordOf<StrandCustomBuffer>("EE EE EE EE " + counting(1, 180));

@@ -204,7 +204,7 @@ TYPED_TEST(SimulatedStrand, showsTheFramesOfAHost)
     for (const sim::LightZone& zone : this->device->picture())
         EXPECT_EQ(zone.leds, std::vector<sim::Light>(zone.leds.size())) << zone.name;
     EXPECT_EQ(this->host->setLightingUninit(), E_OK);
-    EXPECT_EQ(this->host->setMultilayerMode(0), E_OK); // its reply comes behind
+    EXPECT_EQ(this->host->setMultilayerMode(0), E_OK); // its reply comes after
     EXPECT_FALSE(this->device->driven());
 }
 

@@ -162,7 +162,7 @@ public:
             if (!isScript)
                 addSetup(*command);
         }
-        app.footer(exitCodes); // behind the commands, which would take it over
+        app.footer(exitCodes); // after the commands, which would take it over
     }
 
     void parse(std::vector<std::string> words)

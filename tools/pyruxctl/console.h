@@ -4,7 +4,7 @@
 #include <string_view>
 
 /// @file
-/// The terminal. The library writes a few lines of its own to the standard output; so that a pipe behind
+/// The terminal. The library writes a few lines of its own to the standard output; so that a pipe after
 /// pyruxctl gets results alone, they go elsewhere.
 
 namespace pyrux::ctl::console {
@@ -19,7 +19,7 @@ void print(std::string_view text);
 /// The same to the standard error output: messages, and the bytes on the wire.
 void note(std::string_view text);
 
-/// Whether the standard output is a terminal that shows colours and can be drawn over. NO_COLOR in the
+/// Whether the standard output is a terminal that shows colors and can be drawn over. NO_COLOR in the
 /// environment denies it.
 bool isScreen();
 

@@ -29,7 +29,7 @@ std::string textOf(const char (&field)[N])
     return std::string(field, std::find(field, field + N, '\0'));
 }
 
-/// The number behind "mi_" of a device path; nothing for a device that is not composite.
+/// The number after "mi_" of a device path; nothing for a device that is not composite.
 std::optional<int> interfaceOf(const std::string& path)
 {
     const auto at = upperCase(path).find("&MI_");

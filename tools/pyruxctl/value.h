@@ -83,7 +83,7 @@ inline constexpr Type typeOf<char[N]>{Type::Kind::text, N};
 #member, offsetof(R, member), &::pyrux::ctl::typeOf < decltype(R::member)>, offsetof(R, count)       \
     }
 
-/// The value in `memory` as JSON. A text whose bytes are no clean text (not UTF-8, or something behind the
+/// The value in `memory` as JSON. A text whose bytes are no clean text (not UTF-8, or something after the
 /// first NUL) is given as the array of its bytes, so that nothing is lost.
 Json toJson(const Type& type, const std::byte* memory);
 

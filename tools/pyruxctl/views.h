@@ -7,8 +7,8 @@
 
 namespace pyrux::ctl {
 
-/// A picture zone by zone, each with its name. On a screen every LED is a block of its colour; elsewhere the
-/// colours are written out, equal neighbours as one: "ff0000 x20 000000 x28".
+/// A picture zone by zone, each with its name. On a screen every LED is a block of its color; elsewhere the
+/// colors are written out, equal neighbours as one: "ff0000 x20 000000 x28".
 std::string asText(const Picture& picture, bool onScreen);
 
 /// The same as an object: "ff0000 x20 000000 x28" by the names of the zones.
@@ -18,7 +18,7 @@ Json asJson(const Picture& picture);
 /// change, as long as `command.seconds` says.
 void showLights(Session& session, const Command& command);
 
-/// Behind a model's name: shows what its operations give, once a second.
+/// After a model's name: shows what its operations give, once a second.
 inline constexpr std::string_view monitorWord = "monitor";
 Exit monitor(Session& session, const Command& command);
 

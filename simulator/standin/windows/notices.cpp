@@ -5,7 +5,7 @@
 #include <vector>
 #include <windows.h>
 
-#include <dbt.h> // behind windows.h, whose types it takes for granted
+#include <dbt.h> // after windows.h, whose types it takes for granted
 
 namespace pyrux::sim {
 
@@ -17,7 +17,7 @@ constexpr GUID hidClass{0x4D1E55B2, 0xF16F, 0x11CF, {0x88, 0xCB, 0x00, 0x11, 0x1
 /// A listener that has stopped taking notices must not hold the bus for ever.
 constexpr UINT limitMs = 5000;
 
-/// The broadcast record of a device interface, with its name behind it.
+/// The broadcast record of a device interface, with its name after it.
 std::vector<char> recordOf(const std::string& path)
 {
     const std::wstring name(path.begin(), path.end());

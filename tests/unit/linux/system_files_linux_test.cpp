@@ -176,10 +176,10 @@ TEST_F(SystemFiles, surviveTablesThatEndAnywhere)
     }
     write("sys/firmware/dmi/tables/DMI", tables);
     expectTexts(Hardware::memory, {"Ram Maker", "R-1", "8589934592"});
-    // A length below the header's, behind which nothing is to be found.
+    // A length below the header's, after which nothing is to be found.
     write("sys/firmware/dmi/tables/DMI", std::string("\x01\x03\x00\x00\x00\x00", 6) + tables);
     expectTexts(Hardware::memory, {});
-    // Behind the end of the table.
+    // After the end of the table.
     write("sys/firmware/dmi/tables/DMI", endOfTables + tables);
     expectTexts(Hardware::memory, {});
     // A text's number above those that there are; an old, short structure.

@@ -53,7 +53,7 @@ struct Layout<PlayDockEffect> {
         FIELD(blue),   FIELD(colorCount), FIELD(effectData), FIELD(effectExtra), FIELD(effectTail)};
 };
 
-// The value of an event is the effect that was chosen, or the colour that was set.
+// The value of an event is the effect that was chosen, or the color that was set.
 
 template <>
 struct EventOf<ArgbEffectNotify> {
@@ -183,7 +183,7 @@ Model playdock()
         .command = "playdock",
         .summary = "Desk dock PLAY DOCK",
         .identities = {{"PLAY_DOCK", 0x3A7E, 0x0153}},
-        .events = {{0, "effect of top and body changed"}, {1, "colour of the bottom changed"}},
+        .events = {{0, "effect of top and body changed"}, {1, "color of the bottom changed"}},
         .operations = join(lightingOperations<Interface, 3>({1, 0}, {1, 0}),
                            {
                                OP(setEffectParameter, in("effect")).waiting(1),

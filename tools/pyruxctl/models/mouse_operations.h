@@ -7,7 +7,7 @@
 
 namespace pyrux::ctl {
 
-/// Puts one list of operations behind another.
+/// Puts one list of operations after another.
 inline std::vector<Operation>& operator+=(std::vector<Operation>& all, const std::vector<Operation>& more)
 {
     all.insert(all.end(), more.begin(), more.end());

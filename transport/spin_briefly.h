@@ -9,7 +9,7 @@ namespace pyrux {
 /// more processor time and no more. It keeps its processor meanwhile: where all are busy, a thread that gives
 /// its turn away gets it back milliseconds later.
 template <class Done>
-void lookBriefly(Done done)
+void spinBriefly(Done done)
 {
     constexpr std::chrono::microseconds longEnough{30};
     const auto end = std::chrono::steady_clock::now() + longEnough;
