@@ -45,7 +45,7 @@ constexpr std::string_view head = R"(# Longest times
 How long each operation can keep its caller, in seconds. `script/bench --worst` prints this page from the numbers of
 requests and plain writes in pyruxctl's tables; the tests measure every operation of every model against it.
 
-A plain write takes 1 s at most. A request is a write, and a wait for its reply behind that: 2 s with mice, 3 s with
+A plain write takes 1 s at most. A request is a write, and a wait for its reply after that: 2 s with mice, 3 s with
 keyboards, 1 s with lighting controllers and power supplies, 1.5 s with TINT HUB. The columns:
 
 - longest: whatever the device does; each report is taken, and answered, at the last moment;
