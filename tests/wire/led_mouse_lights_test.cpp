@@ -2,6 +2,7 @@
 
 #include "tests/support/debug_log.h"
 #include "tests/support/frame_pace.h"
+#include "tests/support/handles.h"
 #include "tests/support/led_mouse.h"
 #include "tests/support/waiting_test.h"
 
@@ -209,7 +210,7 @@ TYPED_TEST(LedMouseLights, doNotHoldUpTheEnd)
     this->mouse.forget();
     this->mouse->setSyncLightingData(frame(9)); // in the queue's pause
     EXPECT_LT(milliseconds([&] { EXPECT_EQ(this->mouse->exit_device(0), E_OK); }), 1000);
-    EXPECT_EQ(sim::openHandles(), before - 2);
+    EXPECT_TRUE(awaitHandles(before - 2));
     std::vector<std::string> commands = reports(this->mouse.written());
     std::erase_if(commands, [](const std::string& report) { return report.starts_with("C0"); });
     EXPECT_EQ(joined(commands), wire("41 01 | 41 00"));

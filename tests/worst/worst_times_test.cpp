@@ -186,8 +186,9 @@ TEST(WorstTimesNotes, standBeforeTheOperationsInTheHeaders)
                 line.substr(declaration.size(), line.find('(') - declaration.size());
             for (const char* model : header.models)
                 told.emplace(model, operation);
-            if (const std::string note = noteOf(header, operation); !note.empty())
+            if (const std::string note = noteOf(header, operation); !note.empty()) {
                 EXPECT_EQ(before, "    /// @note " + note) << header.file << " " << operation;
+            }
         }
     }
     for (const ctl::Model& model : ctl::models()) {
