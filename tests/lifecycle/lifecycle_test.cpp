@@ -172,6 +172,7 @@ ISOLATED_TEST(Exit, letsASecondThreadWaitForTenSeconds)
 
 ISOLATED_TEST(Console, switchesTheLog)
 {
+    Mouse mouse; // before the start and to the end, since its coming and going would be logged
     EXPECT_EQ(pyrux_init(), 0);
     BytePipeClient console("mypip");
     ASSERT_TRUE(console.connected());
@@ -190,7 +191,6 @@ ISOLATED_TEST(Console, switchesTheLog)
                   devNums();
               }),
               (Lines{"[PYRUX]direct"}));
-    Mouse mouse; // to the end, since its removal would be logged a second later
     forgetDebugOutput();
     mouse.device->send("42 20 40 00 01");
     EXPECT_EQ(mouse->changeProfileId(1), E_OK);

@@ -57,7 +57,8 @@ void endsInTime(const Kept& which)
     auto end = std::async(std::launch::async, [&] { callHook(device.host, Hook::exit, false); });
     std::intptr_t result = 0;
     const auto time = milliseconds([&] { result = call.get(); });
-    EXPECT_LT(time, 2000 + 1000) << which.model;
+    EXPECT_LT(time, 2000 + 6000)
+        << which.model; // far below what it would take, far above a busy machine's delay
     EXPECT_NE(result, 0) << which.model;
     EXPECT_TRUE(!which.cut || time > 1500) << which.model << " " << time; // it was given its time
     sim::unplug(device.path);                                             // which ends the goodbye
