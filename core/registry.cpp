@@ -72,6 +72,11 @@ void Registry::remove(const DeviceEntry* entry)
     entries.erase(place);
 }
 
+void Registry::retire(void* host)
+{
+    attempt([&] { retiredHosts.push_back(host); });
+}
+
 void Registry::exitAll()
 {
     ++exits;

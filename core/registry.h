@@ -75,6 +75,9 @@ public:
     /// Takes an entry out. Its host object stays in the world: hosts may call it to the end of the process.
     void remove(const DeviceEntry* entry);
 
+    /// Keeps a host object that has come too late to have an entry, as long as its last threads may use it.
+    void retire(void* host);
+
     /// Ends every entry as `device_exit` does, with the device still there unless it is known to have gone,
     /// and empties the registry. The log lines stand in order; the goodbyes run side by side, so that it
     /// takes as long as the slowest device.

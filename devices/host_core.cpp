@@ -190,6 +190,7 @@ void* findOrMake(const ModelRow& model, const std::string& key, MadeHost (*make)
         made.core->announceExit();
         made.core->shutDown(false);
         lock.lock();
+        all.retire(made.interface);
         return nullptr;
     }
     if (place.gone)

@@ -168,7 +168,7 @@ ISOLATED_TEST(SlotTables, answerThatTheDevicesHaveGone)
     pyrux_background(1); // no control application is told
     pyrux_init();
     // Left as they are: the core ends them while the process does.
-    std::vector<Device*> devices;
+    static auto& devices = *new std::vector<Device*>;
     for (const SlotTable& table : slotTables())
         devices.push_back(new Device(table));
     for (Device* device : devices)

@@ -94,12 +94,26 @@ ISOLATED_TEST(ForkedChild, getsNothing)
     info->destroy(1);
 }
 
+/// Whether this process is the child of the test.
+bool inChild = false;
+
 ISOLATED_TEST(ForkedChild, ends)
 {
+#ifdef __SANITIZE_ADDRESS__
+    // What only the parent's threads hold counts as leaked in a child: it ends before that is looked for.
+    std::atexit([] {
+        if (inChild)
+            std::_Exit(allAsExpected);
+    });
+#endif
     std::atexit([] { pyrux_exit(); });
     EXPECT_EQ(pyrux_init(), 0);
     Mouse mouse;
-    EXPECT_EQ(exitCodeOf([]() -> int { std::exit(allAsExpected); }), allAsExpected);
+    EXPECT_EQ(exitCodeOf([]() -> int {
+                  inChild = true;
+                  std::exit(allAsExpected);
+              }),
+              allAsExpected);
 }
 
 } // namespace

@@ -230,6 +230,7 @@ TEST_F(PlatformDebugOutputLinux, aLogThatIsStartedAnewIsFound)
             debugOutput("one");
             found = log.take() == Texts{"log: one"};
         }
+        systemLogSocket = nowhere.c_str();
         debugOutput("lost, as there is none any more");
         LogSocket log(folder.path());
         debugOutput("two");
