@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -52,8 +53,8 @@ public:
         return E_OK;
     }
 
-    static inline int alive = 0;
-    static inline int goodbyes = 0;
+    static inline std::atomic<int> alive{0};
+    static inline std::atomic<int> goodbyes{0};
 
 private:
     const std::int32_t failure;
