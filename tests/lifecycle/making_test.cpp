@@ -67,7 +67,9 @@ ISOLATED_TEST(Making, holdsBackNoOtherDevice)
     }
     EXPECT_FALSE(keyboard.stands());
     sim::unplug(keyboard.path);
-    EXPECT_NE(keyboard.host.get(), nullptr);
+    PYRUX_QW210_Base* const host = keyboard.host.get();
+    ASSERT_NE(host, nullptr);
+    EXPECT_EQ(host->exit_device(1), E_OK);
 }
 
 ISOLATED_TEST(Making, givesAllCallersOneObject)
