@@ -3,6 +3,7 @@
 #include <gtest/gtest-spi.h>
 
 #include <future>
+#include <semaphore>
 
 namespace pyrux::test {
 namespace {
@@ -42,13 +43,32 @@ void run(WaitingTest& test)
 
 } // namespace
 
-void together(const std::vector<std::function<void()>>& scenarios)
+namespace {
+
+/// How many run at a time: so many that the waiting costs little, so few that a busy machine still serves each of
+/// them in time. Tests and the scenarios of tests are counted apart, since a test waits for its scenarios.
+std::counting_semaphore<> tests{24};
+std::counting_semaphore<> parts{64};
+
+void runTogether(const std::vector<std::function<void()>>& bodies, std::counting_semaphore<>& room)
 {
     std::vector<std::future<void>> running;
-    for (const auto& scenario : scenarios)
-        running.push_back(std::async(std::launch::async, scenario));
+    for (const auto& body : bodies) {
+        room.acquire();
+        running.push_back(std::async(std::launch::async, [&body, &room] {
+            body();
+            room.release();
+        }));
+    }
     for (auto& each : running)
         each.get();
+}
+
+} // namespace
+
+void together(const std::vector<std::function<void()>>& scenarios)
+{
+    runTogether(scenarios, parts);
 }
 
 bool addWaitingTest(const char* suite, const char* name, void (*body)())
@@ -68,7 +88,7 @@ void reportWaitingTest(const char* suite, const char* name)
             test->hasRun = true;
             due.emplace_back([&test] { run(*test); });
         }
-    together(due);
+    runTogether(due, tests);
     for (const auto& test : all()) {
         if (test->suite != suite || test->name != name)
             continue;
