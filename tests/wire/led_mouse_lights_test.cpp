@@ -195,7 +195,7 @@ TYPED_TEST(LedMouseLights, sendNothingMoreToADeviceThatHasGone)
 {
     this->holdQueue();
     this->mouse->setSyncLightingData(frame(9));
-    EXPECT_LT(milliseconds([&] { EXPECT_EQ(this->mouse->exit_device(1), E_OK); }), 1000);
+    EXPECT_LT(milliseconds([&] { EXPECT_EQ(this->mouse->exit_device(1), E_OK); }), 5000);
     const auto deadline = std::chrono::steady_clock::now() + patience;
     while (sim::openHandles() != 0 && std::chrono::steady_clock::now() < deadline)
         std::this_thread::yield();
@@ -209,7 +209,7 @@ TYPED_TEST(LedMouseLights, doNotHoldUpTheEnd)
     this->pausesBetween(0ms, 1000ms);
     this->mouse.forget();
     this->mouse->setSyncLightingData(frame(9)); // in the queue's pause
-    EXPECT_LT(milliseconds([&] { EXPECT_EQ(this->mouse->exit_device(0), E_OK); }), 1000);
+    EXPECT_LT(milliseconds([&] { EXPECT_EQ(this->mouse->exit_device(0), E_OK); }), 5000);
     EXPECT_TRUE(awaitHandles(before - 2));
     std::vector<std::string> commands = reports(this->mouse.written());
     std::erase_if(commands, [](const std::string& report) { return report.starts_with("C0"); });
@@ -254,7 +254,7 @@ TEST(LedMouseStalled, endsWithAFrameInTheAir)
     mouse->setSyncLightingData(frame(1));
     while (sim::writersInside() == 0)
         std::this_thread::yield();
-    EXPECT_LT(milliseconds([&] { EXPECT_EQ(mouse->exit_device(1), E_OK); }), 1000);
+    EXPECT_LT(milliseconds([&] { EXPECT_EQ(mouse->exit_device(1), E_OK); }), 5000);
     EXPECT_EQ(mouse->setLightingTurnOff(), E_CLOSED);
     sim::releaseWrites(mouse.path);
 }
